@@ -1,0 +1,64 @@
+#include "support/yardstick.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <vector>
+
+namespace yardstick {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+template<class Accept>
+std::string gather(std::initializer_list<const char*> roots, std::size_t size, Accept accept) {
+    std::vector<fs::path> files;
+    for (const char* root : roots) {
+        const auto options = fs::directory_options::skip_permission_denied;
+        for (const auto& entry : fs::recursive_directory_iterator(root, options))
+            if (entry.is_regular_file() && !entry.is_symlink() && accept(entry.path()))
+                files.push_back(entry.path());
+    }
+    std::sort(files.begin(), files.end());
+    std::string bytes;
+    while (bytes.size() < size) {
+        const auto before = bytes.size();
+        for (const auto& file : files)
+            if (bytes.size() < size)
+                bytes += file_bytes(file);
+        if (bytes.size() == before)
+            throw std::runtime_error("this machine has no files to make a benchmark's input of");
+    }
+    bytes.resize(size);
+    return bytes;
+}
+
+} // namespace
+
+std::string file_bytes(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in)
+        throw std::runtime_error("cannot read " + path);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+std::string source_text(std::size_t size) {
+    return gather({"/usr/include"}, size, [](const fs::path& path) {
+        const auto suffix = path.extension();
+        return suffix.empty() || suffix == ".h" || suffix == ".hpp" || suffix == ".tcc";
+    });
+}
+
+std::string programs(std::size_t size) {
+    return gather({"/usr/bin", "/usr/lib"}, size, [](const fs::path& path) {
+        std::ifstream in(path, std::ios::binary);
+        char magic[4] = {};
+        return in.read(magic, 4) && std::string(magic, 4) == "\x7f"
+                                                             "ELF";
+    });
+}
+
+} // namespace yardstick

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "stream/filter_output.h"
+
+namespace stream {
+
+/// Writes to a series of streams, each for `segment_size` bytes. Whoever derives from it attaches a stream
+/// and sets `segment_size` for the first segment, and again in next() for each further one. A write ends a
+/// segment as soon as it is full, the empty ones behind it included. With no stream attached, bytes are
+/// counted and dropped.
+class HARBOR6_API multi_output : public filter_output {
+public:
+    multi_output();
+    ~multi_output() override;
+
+    using filter_output::write;
+
+    void write(const char* buffer, unsigned length) override;
+    void write(char byte) override;
+    std::uint64_t tell() const override;
+    /// All ones: not known.
+    std::uint64_t size() const override;
+
+    /// A segment is full: the base detaches the stream.
+    virtual void next();
+
+protected:
+    std::uint64_t segment_size = 0;
+    std::uint64_t written = 0;     ///< through this output so far
+    std::uint64_t write_state = 0; ///< bytes in the current segment
+};
+
+} // namespace stream
