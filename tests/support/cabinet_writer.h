@@ -33,61 +33,61 @@ constexpr std::uint16_t lzx(unsigned bits) {
 
 /// Reserve areas. A record's own reserve bytes are cut or filled up with zeros to the size given here.
 struct reserve_area {
-    std::string header; ///< the bytes behind the header
+    std::string header{}; ///< the bytes behind the header
     std::uint8_t folder_size = 0;
     std::uint8_t data_size = 0;
-    std::optional<std::uint16_t> header_size;
+    std::optional<std::uint16_t> header_size{};
 };
 
 /// Names of a neighbouring cabinet and its disk, without their zero bytes.
 struct neighbour {
-    std::string cabinet;
-    std::string disk;
+    std::string cabinet{};
+    std::string disk{};
 };
 
 struct header_record {
     std::string signature = "MSCF";
     std::optional<std::uint32_t> checksum = 0; ///< none by default; empty means a right one
-    std::optional<std::uint32_t> cabinet_size;
+    std::optional<std::uint32_t> cabinet_size{};
     std::uint32_t reserved_word_1 = 0;
-    std::optional<std::uint32_t> files_offset;
+    std::optional<std::uint32_t> files_offset{};
     std::uint32_t reserved_word_2 = 0;
     std::uint16_t version = 0x0103;
-    std::optional<std::uint16_t> folder_count;
-    std::optional<std::uint16_t> file_count;
+    std::optional<std::uint16_t> folder_count{};
+    std::optional<std::uint16_t> file_count{};
     std::uint16_t flags = 0; ///< added to those that `reserve`, `previous` and `next` call for
     std::uint16_t set_id = 0;
     std::uint16_t cabinet_index = 0;
-    std::optional<reserve_area> reserve;
-    std::optional<neighbour> previous;
-    std::optional<neighbour> next;
+    std::optional<reserve_area> reserve{};
+    std::optional<neighbour> previous{};
+    std::optional<neighbour> next{};
 };
 
 struct block_record {
-    std::string payload;
-    std::optional<std::uint32_t> checksum; ///< 0 for none, empty for a right one
-    std::optional<std::uint16_t> compressed_size;
-    std::optional<std::uint16_t> uncompressed_size; ///< empty: as many bytes as `payload` has
-    std::string reserve;
+    std::string payload{};
+    std::optional<std::uint32_t> checksum{}; ///< 0 for none, empty for a right one
+    std::optional<std::uint16_t> compressed_size{};
+    std::optional<std::uint16_t> uncompressed_size{}; ///< empty: as many bytes as `payload` has
+    std::string reserve{};
 };
 
 struct folder_record {
     std::uint16_t compression = stored;
-    std::optional<std::uint32_t> data_offset;
-    std::optional<std::uint16_t> block_count;
-    std::string reserve;
+    std::optional<std::uint32_t> data_offset{};
+    std::optional<std::uint16_t> block_count{};
+    std::string reserve{};
 
-    std::string content; ///< what the files of the folder hold; cut into blocks of `block_size`
+    std::string content{}; ///< what the files of the folder hold; cut into blocks of `block_size`
     unsigned block_size = 32768;
     bool checksums = true;
     /// The payload of one block of `content`, called in order. Empty: stored and MSZIP do the right thing,
     /// any other method keeps the bytes as they are.
-    std::function<std::string(std::string_view)> encode;
-    std::deque<block_record> blocks; ///< made by hand; they follow those of `content`
+    std::function<std::string(std::string_view)> encode{};
+    std::deque<block_record> blocks{}; ///< made by hand; they follow those of `content`
 };
 
 struct file_record {
-    std::string name;
+    std::string name{};
     std::uint32_t size = 0;
     std::uint32_t folder_offset = 0;
     std::uint16_t folder_index = 0;
@@ -117,8 +117,8 @@ public:
     std::string header_bytes() const;
 
     header_record header;
-    std::deque<folder_record> folders;
-    std::deque<file_record> files;
+    std::deque<folder_record> folders{};
+    std::deque<file_record> files{};
 
 private:
     folder_record& last_folder();
