@@ -44,7 +44,7 @@ install_packages() {
     local as_root=(env DEBIAN_FRONTEND=noninteractive)
     command -v apt-get >/dev/null || fail "please install (names as in Debian): $*"
     if ((EUID != 0)); then
-        sudo -n true 2>/dev/null || fail "please install: $*" "(sudo apt-get install $*)"
+        sudo -n true 2>/dev/null || fail "please run: sudo apt-get install $*"
         as_root=(sudo -n "${as_root[@]}")
     fi
     say "installing $* ..."
@@ -85,7 +85,7 @@ build() {
         fi
         # Ninja's reasons come before its first command, and only when there is one.
         if ! ninja -C "$tree" -d explain "$@" </dev/null 2>&1 | announce "$preset" >"$tree/build.log"; then
-            cat "$tree/build.log" >&2
+            grep -vE '^(\[[0-9]+/|ninja: Entering)' "$tree/build.log" >&2
             fail "failed to build"
         fi
     ) 9>"$tree.lock"

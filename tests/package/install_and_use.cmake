@@ -1,6 +1,8 @@
 # Installs the build into a fresh folder, then builds and runs a program against what stands there.
 # cmake -D BUILD=folder -D GENERATOR=name -D COMPILER=path -P install_and_use.cmake
 
+cmake_minimum_required(VERSION 3.25)
+
 set(place ${BUILD}/package)
 file(REMOVE_RECURSE ${place})
 

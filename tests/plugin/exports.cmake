@@ -1,6 +1,8 @@
 # The plug-in gives its host one function, and asks for nothing but libharbor6 and the C and C++ runtime.
 # cmake -D MODULE=cab.so -D NM=nm -D READELF=readelf -P exports.cmake
 
+cmake_minimum_required(VERSION 3.25)
+
 execute_process(COMMAND ${NM} --dynamic --defined-only --format=posix ${MODULE}
                 OUTPUT_VARIABLE table COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "[^\n]+" symbols "${table}")
