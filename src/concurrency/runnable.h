@@ -4,15 +4,12 @@
 
 namespace basic {
 
-/// What a thread runs. Nobody owns a runnable through this interface.
+/// Something to run on a thread. Nobody owns or destroys one through this interface.
 class HARBOR6_API runnable {
 public:
     virtual void run() = 0;
 
 protected:
-    runnable() = default;
-    runnable(const runnable&) = default;
-    runnable& operator=(const runnable&) = default;
     ~runnable() = default;
 };
 
