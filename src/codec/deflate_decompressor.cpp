@@ -87,6 +87,7 @@ void decompressor::read_block(code_table& literal_table) {
     }
     literal_table.build();
     distance_table->build();
+    fast.forget();
     decode_codes(literal_table);
 }
 
@@ -158,7 +159,10 @@ void decompressor::decode_stored() {
 }
 
 void decompressor::decode_codes(const code_table& literal_table) {
+    const bool fast_form = !exact_only && distance_table->flag && !literal_table.flag;
     for (;;) {
+        if (fast_form && bits.end_count == 0 && fast_loop::worthwhile(buffered, window))
+            fast.run(literal_table, *distance_table, buffered, bits, window);
         const unsigned next = symbol(literal_table);
         if (next == end_of_block)
             return;

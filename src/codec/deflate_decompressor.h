@@ -2,6 +2,7 @@
 
 #include "codec/deflate_bit_input.h"
 #include "codec/deflate_code_table.h"
+#include "codec/deflate_fast_loop.h"
 #include "codec/deflate_history_window.h"
 #include "concurrency/buffered_input.h"
 #include "concurrency/transform.h"
@@ -52,6 +53,7 @@ private:
     std::optional<code_table> distance_table; ///< made anew on each run
     code_table code_length_table;
     history_window window;
+    fast_loop fast;
 };
 
 } // namespace deflate
