@@ -226,15 +226,13 @@ bool join_worker(worker& handle) noexcept {
     if (handle.generation != workers.generation)
         return false;
     const auto is_over = [&] { return handle.state.load(std::memory_order_acquire) == ended; };
-    std::uint64_t began = 0;
-    if (handle.joining.spin(is_over, began))
+    if (handle.joining.spin(is_over))
         return true;
     std::uint32_t seen = running;
     handle.state.compare_exchange_strong(seen, awaited, std::memory_order_relaxed);
     bool slept = true;
     while (!is_over() && slept)
         slept = sleep_while(handle.state, awaited);
-    handle.joining.learn(began);
     return is_over();
 }
 
