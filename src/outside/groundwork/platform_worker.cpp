@@ -9,6 +9,7 @@
 #include <sched.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <type_traits>
 #include <unistd.h>
 #include <utility>
 
@@ -67,8 +68,9 @@ private:
     bool closed = false;
 };
 
-/// Has no destructor to speak of: a run that outlasts the library's end may still use it.
 constinit pool workers;
+static_assert(std::is_trivially_destructible_v<pool>,
+              "a run that outlasts the library's end may still use it");
 
 void collect(worker* gone) noexcept {
     if (gone == nullptr)
