@@ -12,7 +12,7 @@ class DiskFile;
 /// The data of a file on disk.
 class DiskFork : public harbor6::Fork {
 public:
-    explicit DiskFork(DiskFile& owner) : owner(owner) {}
+    explicit DiskFork(DiskFile& file) : owner(file) {}
 
     harbor6::data::CountedOutput output(bool expanding) override;
 

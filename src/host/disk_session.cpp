@@ -4,8 +4,6 @@
 
 namespace host {
 
-journal::~journal() = default;
-
 disk_session::place disk_session::by_place::of(const DiskFile* file) {
     return {file->folder(), file->name()};
 }

@@ -15,8 +15,8 @@ class DiskFile;
 /// What the folders and files of one expansion share. It outlives them all.
 class disk_session {
 public:
-    disk_session(disk_target& target, harbor6::Format& format, journal& log)
-        : target(target), format(format), log(log) {}
+    disk_session(disk_target& where, harbor6::Format& of_items, journal& told)
+        : target(where), format(of_items), log(told) {}
 
     disk_target& target;
     harbor6::Format& format; ///< the format of items on disk

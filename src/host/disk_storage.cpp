@@ -33,8 +33,8 @@ void cut_short::Raise() const {
     throw cut_short(*this);
 }
 
-storage_input::storage_input(disk_descriptor input, std::string input_name)
-    : source(std::move(input)), name(std::move(input_name)),
+storage_input::storage_input(disk_descriptor opened, std::string input_name)
+    : source(std::move(opened)), name(std::move(input_name)),
       ring(std::make_unique_for_overwrite<char[]>(ring_size)) {
     struct stat status = {};
     regular = fstat(source.get(), &status) == 0 && S_ISREG(status.st_mode);
