@@ -2,7 +2,9 @@
 
 #include "stream/array_input.h"
 #include "stream/output.h"
+#include "stream/random.h"
 
+#include <algorithm>
 #include <string>
 
 namespace support {
@@ -26,6 +28,35 @@ public:
             left.push_back(static_cast<char>(byte));
         return left;
     }
+};
+
+/// Steps back in its own bytes for a push-back or a seek, as a host's storage stream does.
+class seekable_input : public stream::random::input {
+public:
+    explicit seekable_input(std::string source) : text(std::move(source)) {}
+
+    using stream::input::read;
+
+    bool seek(std::uint64_t value) override {
+        const bool inside = value <= text.size();
+        if (inside)
+            place = value;
+        return inside;
+    }
+    std::uint64_t size() const override { return text.size(); }
+
+protected:
+    unsigned _read(char* buffer, unsigned length) override {
+        const auto came = text.copy(buffer, length, place);
+        place += came;
+        return static_cast<unsigned>(came);
+    }
+    int _read() override { return place < text.size() ? static_cast<unsigned char>(text[place++]) : -1; }
+    std::uint64_t _tell() const override { return place; }
+
+private:
+    std::string text;
+    std::uint64_t place = 0;
 };
 
 /// Keeps what is written.

@@ -2,16 +2,11 @@
 
 #include "archive/cab/archive.h"
 #include "outside/groundwork/text.h"
+#include "outside/shell/shared_index.h"
 
 namespace harbor6::cab {
 
 namespace {
-
-/// An index that all objects of a class share, filled on first use.
-struct SharedIndex {
-    Attributes::Index keys;
-    bool filled = false;
-};
 
 SharedIndex folder_index;
 SharedIndex file_index;
@@ -47,7 +42,7 @@ bool FolderItem::getString(const std::string& key, std::string& value) const {
 }
 
 void FolderItem::populateIndex() const {
-    if (std::exchange(folder_index.filled, true))
+    if (!folder_index.fillNow())
         return;
     Item::populateIndex();
     index()[key::name] = key_id::name;
@@ -97,7 +92,7 @@ bool FileItem::getTime(const std::string& key, any::time& value) const {
 }
 
 void FileItem::populateIndex() const {
-    if (std::exchange(file_index.filled, true))
+    if (!file_index.fillNow())
         return;
     Item::populateIndex();
     index()[key::name] = key_id::name;

@@ -2,6 +2,7 @@
 
 #include "model/file.h"
 #include "model/format.h"
+#include "outside/shell/archive_walk.h"
 #include "outside/shell/fork.h"
 
 #include <algorithm>
@@ -35,6 +36,31 @@ Archive::Archive(const Format& format, Item& storing_item, Mode mode)
     : described(format), storing(pattern::AcquiredPtr<Item>::sharing(storing_item)), open_mode(mode) {}
 
 Archive::~Archive() = default;
+
+EntryFolder* Archive::walkRoot() const {
+    if (open_mode == 0)
+        return nullptr;
+    if (!walk) {
+        walk = std::make_unique<ArchiveWalk>(const_cast<Archive&>(*this));
+        try {
+            walk->build();
+        } catch (...) {
+            walk.reset();
+            throw;
+        }
+    }
+    return walk->shell() ? nullptr : &walk->root();
+}
+
+std::unique_ptr<pattern::Iterator<Item*>> Archive::createIterator() {
+    EntryFolder* const root = walkRoot();
+    return root ? root->createIterator() : Folder::createIterator();
+}
+
+std::unique_ptr<pattern::Iterator<const Item*>> Archive::createIterator() const {
+    const EntryFolder* const root = walkRoot();
+    return root ? root->createIterator() : Folder::createIterator();
+}
 
 void Archive::open(Mode mode) {
     if (open_mode != 0)
@@ -137,6 +163,7 @@ void Archive::close() {
     if (open_mode == 0)
         return;
     open_mode = 0;
+    walk.reset();
     _close();
 }
 
@@ -169,6 +196,11 @@ const Format& Archive::format() const {
 
 Format& Archive::format() {
     return const_cast<Format&>(described);
+}
+
+HarborShell& Archive::shell() const {
+    HarborShell* const scanning = walk ? walk->shell() : nullptr;
+    return scanning ? *scanning : Item::shell();
 }
 
 bool Archive::modifiable(const std::string& key) {

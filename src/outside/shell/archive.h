@@ -5,8 +5,15 @@
 
 namespace harbor6 {
 
+class ArchiveWalk;
+class EntryFolder;
+
 /// A folder that lies in an archive's storage, and the owner of that storage. Made unopened on the item that
 /// stores it, of which it holds a reference; its format outlives it.
+///
+/// A format without an item tree of its own gets one here: while the archive is open, the first walk, count
+/// or lookup runs addContentTo once into entries that are kept until close(). If that fails, the failure
+/// leaves the walk, each time. Walks of a closed archive are empty.
 class HARBOR6_API Archive : public virtual Folder {
 public:
     /// How an archive is open; combined as bits. 0 is closed.
@@ -27,6 +34,8 @@ public:
     };
 
     Archive(const Format& format, Item& storing_item, Mode mode);
+    std::unique_ptr<pattern::Iterator<Item*>> createIterator() override;
+    std::unique_ptr<pattern::Iterator<const Item*>> createIterator() const override;
     ~Archive() override;
 
     /// Raises ModeError if the archive is open already, or `mode` asks a format that makes no archives to
@@ -79,6 +88,7 @@ public:
     void destroy() override;
     const Format& format() const override;
     Format& format() override;
+    HarborShell& shell() const override;
 
     bool modifiable(const std::string& key) override;
     bool hasString(const std::string& key) const override;
@@ -93,11 +103,15 @@ protected:
     Item& storingItem() const;
 
 private:
+    /// The root of the tree; null while there is none to walk.
+    EntryFolder* walkRoot() const;
+
     const Format& described;
     pattern::AcquiredPtr<Item> storing;
     pattern::AcquiredPtr<Archive> outer;
     Mode open_mode;
     std::uint64_t shift = 0;
+    mutable std::unique_ptr<ArchiveWalk> walk;
 };
 
 } // namespace harbor6

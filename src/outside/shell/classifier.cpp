@@ -34,16 +34,24 @@ Archive* Classifier::acquireFileArchive(File& file, std::uint32_t /*a*/, std::ui
 }
 
 Format* Classifier::recognise(const un::array<char>& sample) const {
+    std::unique_ptr<basic::cloneable_exception> cut_short;
     for (const auto& format : known) {
         format::classifier* const recogniser = format->recogniser();
         if (!recogniser)
             continue;
         recogniser->sample = sample;
-        const bool claimed = recogniser->matches_at(0) && recogniser->confirm_at(0);
+        bool claimed = false;
+        try {
+            claimed = recogniser->matches_at(0) && recogniser->confirm_at(0);
+        } catch (const stream::exception& failure) {
+            cut_short = failure.clone();
+        }
         recogniser->sample = {};
         if (claimed)
             return format.get();
     }
+    if (cut_short)
+        cut_short->raise();
     return nullptr;
 }
 

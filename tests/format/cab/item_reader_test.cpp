@@ -131,3 +131,55 @@ TEST(ItemReader, AgreesWithAnotherWriterOnChecksumsAndNames) {
     EXPECT_EQ(output.bytes, "hello\n");
     EXPECT_NE(support::refusal_of([&] { item_reader(&folder).process(damaged, output); }), "");
 }
+
+TEST(ItemReader, RunsDecodersBlockByBlockAndRefusesWhatDoesntFit) {
+    const auto deflated = support::mszip_encoder();
+    const std::string text(40000, 'x');
+    const auto first = deflated(text.substr(0, 32768)), second = deflated(text.substr(32768));
+    const std::string raw_frame("\x00\x30\x30\x00" // no call translation, an uncompressed block of 3 bytes
+                                "\x01\x00\x00\x00\x01\x00\x00\x00\x01\x00\x00\x00" // repeated offsets
+                                "abc\x00",
+                                20);
+    const struct {
+        std::uint16_t compression;
+        std::deque<support::block_record> blocks;
+        const char* refusal;
+        std::string expanded;
+        std::uint64_t place; ///< in the payload of the last block
+    } cases[] = {
+        {support::mszip,
+         {{.payload = first, .uncompressed_size = std::uint16_t{32768}},
+          {.payload = second, .uncompressed_size = std::uint16_t{7232}}},
+         "",
+         text,
+         second.size()},
+        {support::mszip, {{.payload = "CJxx"}}, "invalid deflate block artifact", "", 2},
+        {support::mszip, {{.payload = "C"}}, "invalid deflate block artifact", "", 1},
+        {support::mszip,
+         {{.payload = first, .uncompressed_size = std::uint16_t{32767}}},
+         "Deflate decompression output size mismatch",
+         text.substr(0, 32768),
+         first.size()},
+        {support::lzx(15), {{.payload = raw_frame, .uncompressed_size = std::uint16_t{3}}}, "", "abc", 20},
+        {support::lzx(15),
+         {{.payload = std::string(20, '\xFF'), .uncompressed_size = std::uint16_t{3}}},
+         "LZX decompression output size mismatch",
+         "",
+         20},
+    };
+    for (const auto& c : cases) {
+        std::string data;
+        for (const auto& block : c.blocks)
+            data += bytes_of(block);
+        support::seekable_input input(data);
+        memory_output output;
+        folder_header folder;
+        folder.compression = c.compression;
+        folder.block_count = static_cast<std::uint32_t>(c.blocks.size());
+        const auto refusal = support::refusal_of(
+            [&] { EXPECT_EQ(item_reader(&folder).process(input, output), c.expanded.size()); });
+        EXPECT_EQ(refusal, *c.refusal ? std::string("format::cab::item_reader: ") + c.refusal : "");
+        EXPECT_EQ(output.bytes, c.expanded);
+        EXPECT_EQ(input.tell(), data.size() - c.blocks.back().payload.size() + c.place) << c.refusal;
+    }
+}
