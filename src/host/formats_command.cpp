@@ -10,8 +10,8 @@ void show_formats(workplace& at) {
     for (const auto& format : at.known.formats.formats()) {
         screen.print(nio::printable(format->string(key::formatName)) + '\n');
         for (const auto* const text : {key::longName, key::suffix, key::mimeType})
-            if (format->hasString(text))
-                screen.print("  " + std::string(text) + ": " + nio::printable(format->string(text)) + '\n');
+            if (const auto value = format->string(text); !value.empty())
+                screen.print("  " + std::string(text) + ": " + nio::printable(value) + '\n');
         for (const auto* const flag : {key::expandsArchives, key::createsArchives, key::recoversArchives,
                                        key::isFolder, key::isFile, key::isSegmented})
             if (format->hasBoolean(flag))
