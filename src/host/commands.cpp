@@ -26,6 +26,11 @@ exit_status run(const options& chosen) {
     workplace at{chosen, known, client, items, log};
     try {
         nio::set_code_page(chosen.encoding);
+    } catch (const un::exception& failure) {
+        log.trouble(nio::printable(failure.message()));
+        return exit_status::usage;
+    }
+    try {
         known.load(chosen.formats, log);
         switch (chosen.chosen) {
         case options::command::expand:

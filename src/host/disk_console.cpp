@@ -27,7 +27,9 @@ int write_all(int descriptor, std::string_view text) {
 } // namespace
 
 console::console() {
-    std::signal(SIGPIPE, SIG_IGN); // a reader that leaves must not end an expansion halfway
+    // Neither a reader that leaves nor a limit on file sizes may end an expansion halfway without a word.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 console::~console() {
