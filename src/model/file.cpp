@@ -42,7 +42,7 @@ void File::adopt(Item* other) {
     bool link = false;
     if (containerFormat && !(getBoolean(key::symLink, link) && link)) {
         auto& format = const_cast<Format&>(*containerFormat);
-        const pattern::AcquiredPtr<Archive> inside(format._newArchiveAtItem(this, 0));
+        const pattern::AcquiredPtr<Archive> inside(format.newArchiveAtFile(*this));
         inside->open(Archive::mode_create);
         if (file)
             inside->addItem(*file, false);

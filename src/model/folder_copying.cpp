@@ -247,7 +247,7 @@ void Folder::promoteOnlyItem(AcquiredPtr<Item>& result) {
 /// Where a scratch file may stand: this folder, or, inside archives, beside the outermost archive's file.
 AcquiredPtr<Folder> Folder::scratchFolder() {
     AcquiredPtr<File> outermost;
-    for (Archive* around = archive(); around; around = outermost->archive())
+    for (Archive* around = archive(); around; around = outermost ? outermost->archive() : nullptr)
         outermost = around->acquireArchiveFile();
     return outermost ? AcquiredPtr<Folder>(outermost->acquireParent()) : AcquiredPtr<Folder>::sharing(*this);
 }

@@ -17,6 +17,12 @@ void block_output::start() {
 }
 
 void block_output::finish() {
+    // Empty files behind a full one have all their bytes, although no write came that went over to them.
+    while (currentEntry() && write_state == segment_size && current + 1 < entries.size() &&
+           entries[current + 1].size == 0) {
+        write_state = 0;
+        next();
+    }
     closeCurrent();
     if (block_entry* const entry = currentEntry()) {
         if (entry->target)
