@@ -4,6 +4,8 @@
 #include "host/selection.h"
 #include "outside/shell/client_interface.h"
 
+#include <vector>
+
 namespace host {
 
 /// What happens to a file that would take the place of another.
@@ -22,6 +24,8 @@ public:
 
     selection wanted;
     clash_policy policy = clash_policy::refuse;
+    /// Archives inside archives are expanded down to this depth; with 0 they are files as any other.
+    unsigned depth = 0;
 
     bool sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
                     const harbor6::Format** format) override;
@@ -38,7 +42,10 @@ public:
     void itemFailed(std::uint32_t code, const harbor6::Item& source, harbor6::Item& target) override;
 
 private:
+    bool mayMoveOnto(const std::string& name, const harbor6::Item& existing);
+
     report& log;
+    std::vector<const harbor6::Archive*> around; ///< inner archives that are being expanded, outermost first
 };
 
 } // namespace host

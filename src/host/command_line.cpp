@@ -48,11 +48,19 @@ void add_expand(CLI::App& program, parsed& into) {
         ->type_name("ARCHIVE");
     command
         .add_option("-C,--directory", into.chosen.target,
-                    "Where the files go; a folder named after the archive by default")
+                    "Where the files go; by default a folder named after the archive, or beside it what is "
+                    "alone in it")
         ->type_name("DIR");
     auto* const overwriting = command.add_flag("--overwrite", into.overwrite, "Replace files that exist");
     command.add_flag("--keep", into.keep, "Leave files that exist as they are, silently")
         ->excludes(overwriting);
+    auto* const nesting =
+        command.add_flag("--nested", into.chosen.nested, "Expand archives inside archives too")
+            ->excludes(command.get_option("names"));
+    command.add_option("--depth", into.chosen.depth, "How far down --nested goes; 16 by default")
+        ->needs(nesting)
+        ->check(CLI::Range(1, 1000))
+        ->type_name("N");
     add_common(command, into.chosen);
     command.callback([&into] { finish_expand(into); });
 }

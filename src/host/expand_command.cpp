@@ -13,23 +13,58 @@ std::string folder_for(const std::string& archive) {
     return suffix == name.npos || suffix == 0 ? name + ".contents" : name.substr(0, suffix);
 }
 
+/// The folder in the current one for the content of an archive that was named without a target; null, with a
+/// message, if something else bears its name.
+pattern::AcquiredPtr<harbor6::Folder> wrapper_for(const std::string& archive, DiskFolder& current,
+                                                  report& log) {
+    const auto name = folder_for(archive);
+    const pattern::AcquiredPtr<harbor6::Item> existing(current.acquireItemFromName(name));
+    if (!existing || existing->asFolder())
+        return pattern::AcquiredPtr<harbor6::Folder>(current.acquireNewFolderFromName(name, false));
+    log.failure("cannot use folder " + nio::printable(name) + ": it is not a folder");
+    return {};
+}
+
+/// Lets an archive's only item take the place of the folder that was made for it.
+void promote(DiskFolder& current, pattern::AcquiredPtr<harbor6::Folder> wrapper, report& log) {
+    pattern::AcquiredPtr<harbor6::Item> result(wrapper.detach());
+    const auto from = result->string(harbor6::key::name);
+    current.promoteOnlyItem(result);
+    log.moved(from, result->string(harbor6::key::name));
+}
+
+void expand_one(workplace& at, const std::string& archive) {
+    const bool named_after = at.chosen.target.empty();
+    disk_target target(named_after ? "." : at.chosen.target, true);
+    disk_session session(target, at.items, at.log);
+    const auto way = at.chosen.nested ? road::by_items : road::one_pass;
+    session.folders_on_demand = named_after || at.chosen.nested || !at.client.wanted.everything();
+    const pattern::AcquiredPtr<DiskFolder> top(new DiskFolder(session));
+    auto into = pattern::AcquiredPtr<harbor6::Folder>::sharing(*top);
+    bool fresh = false;
+    if (named_after) {
+        fresh = !top->hasItemNamed(folder_for(archive));
+        into = wrapper_for(archive, *top, at.log);
+        if (!into)
+            return;
+    }
+    const bool ended = run_pass(at.known, at.items, at.log, archive, *into, way);
+    if (ended && fresh)
+        promote(*top, std::move(into), at.log);
+    for (const auto& pattern : at.client.wanted.take_unused())
+        if (ended)
+            at.log.refused(pattern, "no such file in it");
+}
+
 } // namespace
 
 void expand(workplace& at) {
     at.client.wanted = selection(at.chosen.patterns);
     at.client.policy = at.chosen.policy;
+    at.client.depth = at.chosen.nested ? at.chosen.depth : 0;
     for (const auto& archive : at.chosen.archives) {
         at.log.begin(archive);
-        const bool named_after = at.chosen.target.empty();
-        // A link that stands where a new folder is expected leads somewhere the user never named.
-        disk_target target(named_after ? folder_for(archive) : at.chosen.target, !named_after);
-        disk_session session(target, at.items, at.log);
-        session.folders_on_demand = !at.client.wanted.everything();
-        const pattern::AcquiredPtr<DiskFolder> top(new DiskFolder(session));
-        const bool ended = run_pass(at.known, at.items, at.log, archive, *top);
-        for (const auto& pattern : at.client.wanted.take_unused())
-            if (ended)
-                at.log.refused(pattern, "no such file in it");
+        expand_one(at, archive);
         at.log.end();
     }
 }
