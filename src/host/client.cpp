@@ -43,10 +43,16 @@ std::optional<std::string> failure_in_flight() {
 /// An item that is moved up out of its wrapper meets one of its name. Staying in the wrapper loses nothing.
 bool Client::mayMoveOnto(const std::string& name, const harbor6::Item& existing) {
     const auto* const old = dynamic_cast<const DiskFile*>(&existing);
-    if (policy != clash_policy::overwrite || !old || !old->isRegular())
-        return false;
-    old->shared().replace_next(old->folder(), name);
-    return true;
+    if (policy == clash_policy::overwrite && old && old->isRegular()) {
+        old->shared().replace_next(old->folder(), name);
+        return true;
+    }
+    constexpr char stays[] = "exists already, the new one stays in the folder that was made for it";
+    if (policy == clash_policy::keep)
+        log.skipped(name, stays);
+    else
+        log.refused(name, stays);
+    return false;
 }
 
 bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
@@ -90,7 +96,9 @@ void Client::sourceArchiveDone(harbor6::Archive& archive) {
         return;
     around.pop_back();
     if (const auto failure = failure_in_flight())
-        log.refused(archive.string(harbor6::key::name), "kept as it is: " + *failure);
+        log.refused(
+            pattern::AcquiredPtr<harbor6::File>(archive.acquireArchiveFile())->string(harbor6::key::name),
+            "kept as it is: " + *failure);
 }
 
 bool Client::sourceFolder(const harbor6::Folder& /*source*/, harbor6::Folder& /*target*/) {

@@ -13,14 +13,17 @@ std::string folder_for(const std::string& archive) {
     return suffix == name.npos || suffix == 0 ? name + ".contents" : name.substr(0, suffix);
 }
 
-/// The folder in the current one for the content of an archive that was named without a target; null, with a
-/// message, if something else bears its name.
+/// The folder in the current one for the content of an archive that was named without a target, and whether
+/// it is a new one; null, with a message, if other things bear its names.
 pattern::AcquiredPtr<harbor6::Folder> wrapper_for(const std::string& archive, DiskFolder& current,
-                                                  report& log) {
+                                                  report& log, bool& fresh) {
     const auto name = folder_for(archive);
-    const pattern::AcquiredPtr<harbor6::Item> existing(current.acquireItemFromName(name));
-    if (!existing || existing->asFolder())
-        return pattern::AcquiredPtr<harbor6::Folder>(current.acquireNewFolderFromName(name, false));
+    for (const auto& tried : {name, name + ".contents"}) {
+        const pattern::AcquiredPtr<harbor6::Item> existing(current.acquireItemFromName(tried));
+        fresh = !existing;
+        if (fresh || existing->asFolder())
+            return pattern::AcquiredPtr<harbor6::Folder>(current.acquireNewFolderFromName(tried, false));
+    }
     log.failure("cannot use folder " + nio::printable(name) + ": it is not a folder");
     return {};
 }
@@ -43,8 +46,7 @@ void expand_one(workplace& at, const std::string& archive) {
     auto into = pattern::AcquiredPtr<harbor6::Folder>::sharing(*top);
     bool fresh = false;
     if (named_after) {
-        fresh = !top->hasItemNamed(folder_for(archive));
-        into = wrapper_for(archive, *top, at.log);
+        into = wrapper_for(archive, *top, at.log, fresh);
         if (!into)
             return;
     }
