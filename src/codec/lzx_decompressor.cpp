@@ -72,7 +72,7 @@ void decompressor::load_frame(stream::input& input, std::uint32_t size) {
     input_position = input_buffer.data();
     input_limit = input_position + size + look_ahead;
     if (fast)
-        fast->kept_size = 0;
+        fast->swapped_ready[0] = fast->swapped_ready[1] = false;
 }
 
 bool decompressor::decode_frame(std::uint32_t want) {

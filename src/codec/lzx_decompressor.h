@@ -57,7 +57,8 @@ private:
     void decode_fast(std::uint32_t end);
     template<bool Aligned>
     void run_fast_loop(std::uint32_t end);
-    void keep_old_bytes(std::uint32_t end);
+    void copy_unusual(std::uint32_t start, std::uint32_t position, std::uint32_t offset,
+                      std::uint32_t length);
 
     void start_bits();
     void load_word();
