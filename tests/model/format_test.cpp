@@ -177,24 +177,3 @@ TEST(Format, NamesNewArchives) {
     EXPECT_EQ(format.formatQuery(3, 4), 1u);
     EXPECT_EQ(format.recogniser(), nullptr);
 }
-
-TEST(Format, OverflowKeepsItsClassWhenCloned) {
-    EXPECT_THROW(harbor6::Format::Overflow().clone()->raise(), harbor6::Format::Overflow);
-    EXPECT_EQ(support::refusal_of([] { throw harbor6::Format::Overflow(); }),
-              "harbor6::Format::Overflow: value cannot be represented");
-}
-
-TEST(ModelAttributes, HoldANameAndTheFinderInformationThatItemsTakeOver) {
-    harbor6::ModelAttributes model;
-    model.name = "n";
-    model.file_info.type.code = 5;
-    EXPECT_EQ(held(model, "name") + held(model, "fInfo") + held(model, "fXInfo") + held(model, "x"), "sxx");
-    EXPECT_EQ(model.string("name"), "n");
-    EXPECT_FALSE(model.modifiable("name"));
-    io::mac::file_info info;
-    io::mac::folder_info other;
-    EXPECT_TRUE(model.getStructure("fInfo", info));
-    EXPECT_EQ(info.type.code, 5u);
-    EXPECT_FALSE(model.getStructure("fInfo", other) || model.getStructure("dInfo", other));
-    EXPECT_EQ(read(model, "x"), "");
-}

@@ -1,11 +1,9 @@
-#include "model/archive_item.h"
+#include "model/item.h"
 
-#include "outside/shell/spec.h"
 #include "support/memory_host.h"
 #include "support/refusal.h"
 
 #include <gtest/gtest.h>
-#include <thread>
 
 using harbor6::Item;
 using pattern::AcquiredPtr;
@@ -50,24 +48,6 @@ TEST(Item, TheLastReleaseErasesACreatedItemThatWasMarked) {
             item->release();
         EXPECT_EQ(host.log, c.log);
     }
-}
-
-TEST(Item, IsCountedFromManyThreads) {
-    memory_host host;
-    Item* const item = new watched_file(host, std::make_shared<support::memory_node>());
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < 4; ++i) {
-        threads.emplace_back([item] {
-            for (unsigned round = 0; round < 10000; ++round)
-                item->addReference();
-        });
-    }
-    for (auto& thread : threads)
-        thread.join();
-    EXPECT_EQ(item->references(), 40001u);
-    for (unsigned i = 0; i < 40001; ++i)
-        item->release();
-    EXPECT_EQ(host.log, "last;gone;");
 }
 
 TEST(Item, AcquiredPtrHoldsOneReference) {
@@ -185,24 +165,4 @@ TEST(Item, TakesTheModificationTimeForAMissingCreationTime) {
             EXPECT_EQ(target->node->name, with_name ? "a" : "b");
         }
     }
-}
-
-TEST(Item, DefaultsRefuseOrGiveNothing) {
-    memory_host host;
-    const auto file = host.source("a", "");
-    const AcquiredPtr<harbor6::Archive> archive(
-        host.arc._newArchiveAtItem(host.source("b", "arc:1").get(), 0));
-    EXPECT_EQ(file->asFolder(), nullptr);
-    EXPECT_EQ(file->asArchive(), nullptr);
-    EXPECT_EQ(file->archive(), nullptr);
-    EXPECT_EQ(&file->shell(), &host.shell);
-    EXPECT_EQ(support::refusal_of([&] { file->moveTo(*host.root()); }),
-              "un: harbor6::Containable::moveTo(): not a movable Item");
-    EXPECT_EQ(support::refusal_of([&] { archive->erase(); }),
-              "un: harbor6::Containable::erase(): not an erasable Item");
-    EXPECT_EQ(support::refusal_of([&] { archive->position(); }), "un::implemented: harbor6::Item::position");
-    EXPECT_EQ(support::refusal_of([&] { file->retarget(*host.root(), "x"); }),
-              "un::implemented: harbor6::Item::retarget");
-    EXPECT_TRUE(archive->isCreated() && !archive->exists());
-    EXPECT_EQ(archive->acquireParent(), nullptr);
 }

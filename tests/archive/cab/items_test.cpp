@@ -46,22 +46,3 @@ TEST(CabinetItems, AnswerFromTheRecordAndRefuseChanges) {
     EXPECT_EQ(folder->acquireItemFromPath("x"), nullptr);
     EXPECT_FALSE(file->exists());
 }
-
-TEST(CabinetFormat, DescribesItselfAndMakesNoCabinets) {
-    support::cabinet_host host("");
-    auto& format = host.format;
-    for (const auto& [key, value] : {std::pair{"formatName", "cab"},
-                                     {"longName", "CAB"},
-                                     {"suffix", ".cab"},
-                                     {"mimeType", "application/x-cab"}})
-        EXPECT_EQ(format.string(key), value);
-    EXPECT_TRUE(format.boolean("isFolder") && format.boolean("expandsArchives"));
-    for (const auto* key : {"createsArchives", "recoversArchives", "isSegmented", "isFile"})
-        EXPECT_FALSE(format.boolean(key)) << key;
-    EXPECT_EQ(format.integer("fileType"), 0x43414220);
-    EXPECT_EQ(format.integer("fileCreator"), 0);
-    EXPECT_EQ(support::refusal_of([&] { format.newArchiveAtFile(*host.stored); }),
-              "un::implemented: harbor6::Format::_newEmptyArchiveAtItem");
-    EXPECT_EQ(format.recogniser(), format.recogniser());
-    EXPECT_EQ(format.recogniser()->format_number, 35u);
-}
