@@ -1,5 +1,7 @@
 #include "host/command_line.h"
 
+#include "outside/groundwork/text.h"
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
@@ -84,7 +86,7 @@ std::variant<options, exit_status> parse_command_line(int count, char** argument
     program.set_version_flag("--version", "harbor " HARBOR_VERSION);
     program.require_subcommand(1);
     program.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return "harbor: " + std::string(error.what()) + "\nharbor --help says more.\n";
+        return "harbor: " + nio::printable(error.what()) + "\nharbor --help says more.\n";
     });
     add_expand(program, all);
     add_reading(program, chosen, "list", "Show what archives hold", options::command::list);
