@@ -38,6 +38,17 @@ std::optional<std::string> failure_in_flight() {
     }
 }
 
+/// A folder that was made for content which then didn't come.
+void remove_empty(harbor6::Folder& parent, const std::string& name) {
+    const pattern::AcquiredPtr<harbor6::Item> folder(parent.acquireItemFromName(name));
+    try {
+        if (folder && folder->asFolder())
+            folder->erase();
+    } catch (const fs::Exception&) {
+        // It holds something, and stays.
+    }
+}
+
 } // namespace
 
 /// An item that is moved up out of its wrapper meets one of its name. Staying in the wrapper loses nothing.
@@ -87,18 +98,21 @@ bool Client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
                         " deep (--depth)");
         return false;
     }
-    around.push_back(&archive);
+    around.push_back({&archive, pattern::AcquiredPtr<harbor6::Folder>::sharing(target)});
     return true;
 }
 
 void Client::sourceArchiveDone(harbor6::Archive& archive) {
-    if (around.empty() || around.back() != &archive)
+    if (around.empty() || around.back().archive != &archive)
         return;
+    const auto done = std::move(around.back());
     around.pop_back();
-    if (const auto failure = failure_in_flight())
-        log.refused(
-            pattern::AcquiredPtr<harbor6::File>(archive.acquireArchiveFile())->string(harbor6::key::name),
-            "kept as it is: " + *failure);
+    const auto failure = failure_in_flight();
+    if (!failure)
+        return;
+    remove_empty(*done.target, archive.string(harbor6::key::name));
+    log.refused(pattern::AcquiredPtr<harbor6::File>(archive.acquireArchiveFile())->string(harbor6::key::name),
+                "kept as it is: " + *failure);
 }
 
 bool Client::sourceFolder(const harbor6::Folder& /*source*/, harbor6::Folder& /*target*/) {

@@ -2,6 +2,7 @@
 
 #include "host/report.h"
 #include "host/selection.h"
+#include "model/folder.h"
 #include "outside/shell/client_interface.h"
 
 #include <vector>
@@ -45,7 +46,11 @@ private:
     bool mayMoveOnto(const std::string& name, const harbor6::Item& existing);
 
     report& log;
-    std::vector<const harbor6::Archive*> around; ///< inner archives that are being expanded, outermost first
+    struct inner {
+        const harbor6::Archive* archive;
+        pattern::AcquiredPtr<harbor6::Folder> target;
+    };
+    std::vector<inner> around; ///< inner archives that are being expanded, outermost first
 };
 
 } // namespace host

@@ -18,6 +18,7 @@ public:
     void begin(const std::string& archive);
     /// A trouble with the archive as a whole; `text` is printed as it is.
     void failure(const std::string& text);
+    bool is_sound() const { return sound && afterwards.empty(); }
     /// Ends the archive and says whether there was no trouble with it.
     bool end();
     /// A trouble outside of any archive.
