@@ -14,10 +14,6 @@ namespace algorithm::lzx {
 
 namespace {
 
-constexpr std::uint32_t verbatim_block = 1;
-constexpr std::uint32_t aligned_block = 2;
-constexpr std::uint32_t raw_block = 3;
-
 constexpr std::uint32_t state_start = 1;
 constexpr std::uint32_t state_decoding = 2;
 

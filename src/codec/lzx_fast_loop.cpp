@@ -18,9 +18,12 @@
 // its bytes from there, and the spoilt ones are put back in the end.
 //
 // Bits. `bits` has the next bit at its top, `count` of them valid; a refill makes that 56 or more. Between
-// two refills: two lookups of main_index_bits each and one match from the table with up to 17 footer bits, or
-// 14 and an aligned symbol. A length symbol that is not in the main table, or a long code, comes after a
-// refill of its own.
+// two refills: a literal from the table and a match from the table with up to 17 footer bits, or 14 and an
+// aligned symbol. After a main symbol that the table doesn't settle there is a refill before the rest.
+//
+// What bounds it: a chain of shift, table load and shift for each symbol, some 9 cycles, 17 with an aligned
+// symbol; the one branch that is hard to foretell, literal or match; and the source of a far match, which may
+// be anywhere in the window and out of the near caches. Everything else is kept free of branches.
 
 namespace algorithm::lzx {
 
@@ -34,19 +37,18 @@ constexpr unsigned refilled = 56;
 constexpr unsigned longest_footer = 17;
 constexpr unsigned longest_aligned_footer = 14 + aligned_bits;
 constexpr unsigned table_bits = fast_tables::main_index_bits;
-static_assert(table_bits + std::max(longest_footer, longest_aligned_footer) <= refilled);
+static_assert(2 * table_bits + std::max(longest_footer, longest_aligned_footer) <= refilled);
+static_assert(table_bits + maximum_code_length <= refilled, "a literal and a long main code");
 static_assert(maximum_code_length + longest_aligned_footer <= refilled, "a length symbol and its footer");
 static_assert(farthest_reserve >= step && fast_overhang >= 2 * step);
 
-/// One round takes at most two table lookups, a long main code, a long length code and a footer, and three
-/// refills, of which each moves on by 7 bytes and reads 8. The exact loop asks for a word of look-ahead at
-/// each main symbol; whoever is that far from the end has it.
+/// A round has at most two refills, of which each moves on by 7 bytes and reads 8. The exact loop fails where
+/// a main symbol begins in a word behind the data; no symbol of a round is that far.
 constexpr std::ptrdiff_t input_margin = 40;
-static_assert(input_margin >= 3 * 7 + 8 + 4);
+static_assert(input_margin >= 2 * 7 + 8 + 2);
 
-/// A round stores up to six literals before it looks at the room for a match.
-constexpr std::uint32_t literal_margin = 8;
-static_assert(literal_margin > 3 * 2);
+/// A round stores up to two literals before it looks at the room for a match.
+constexpr std::uint32_t literal_margin = 2;
 
 constexpr std::uint64_t offset_mask = (1u << entry::offset_bits) - 1;
 
@@ -127,24 +129,24 @@ void decompressor::decode_fast(std::uint32_t end) {
     for (const std::uint32_t offset : {R0, R1, R2})
         if (offset == 0 || offset >= window_size)
             return;
-    const std::uint8_t* data_end = input_limit - 4;
+    const std::uint8_t* data_end = input_limit - look_ahead;
     if (data_end - input_position < 2 * input_margin || end - window_position < 2 * literal_margin)
         return;
     if (!fast)
         fast = std::make_unique<fast_tables>();
-    const bool aligned = block_type == 2;
+    const bool aligned = block_type == aligned_block;
     if (!fast->ready) {
         fast->ready = true;
         fast->usable = fast->build(main_lengths, literal_symbols + headers_per_slot * position_slots,
                                    length_lengths, aligned);
         for (unsigned i = 0; i < 1u << aligned_bits; ++i)
-            fast->aligned[1][i] = static_cast<std::int16_t>(
+            fast->aligned[(1u << aligned_bits) + i] = static_cast<std::int16_t>(
                 (aligned_table[i] - static_cast<int>(i >> 4)) * 64 + aligned_lengths[aligned_table[i]]);
     }
     if (!fast->usable)
         return;
 
-    const std::uint8_t* words = input_position - 4;
+    const std::uint8_t* words = input_position - look_ahead;
     const auto parity = static_cast<unsigned>(words - input_buffer.data()) % 2;
     if (!fast->swapped_ready[parity]) {
         exchange_bytes(fast->swapped[parity], parity);
@@ -186,11 +188,11 @@ void decompressor::run_fast_loop(std::uint32_t end) {
     const std::uint64_t mask = window_mask;
     const std::uint64_t plain_offsets = window_size - farthest_reserve - shortest_plain;
 
-    const std::uint8_t* const words = input_position - 4;
+    const std::uint8_t* const words = input_position - look_ahead;
     const auto& swapped = tables.swapped[static_cast<unsigned>(words - input_buffer.data()) % 2];
     const std::uint8_t* const in_start = swapped.data() + (words - input_buffer.data());
     const std::uint8_t* const in_stop =
-        swapped.data() + (input_limit - 4 - input_buffer.data()) - input_margin;
+        swapped.data() + (input_limit - look_ahead - input_buffer.data()) - input_margin;
     const std::uint8_t* in = in_start;
 
     std::uint64_t bits = 0;
@@ -227,13 +229,9 @@ void decompressor::run_fast_loop(std::uint32_t end) {
             e = next_entry();
             if (e & entry::literal) {
                 store_literal(e);
+                refill();
                 e = next_entry();
-                if (e & entry::literal) {
-                    store_literal(e);
-                    refill();
-                    e = next_entry();
-                    continue;
-                }
+                continue;
             }
         }
         std::uint64_t length = e >> entry::length_shift & entry::length_mask;
@@ -287,8 +285,7 @@ void decompressor::run_fast_loop(std::uint32_t end) {
         const entry::type now = e;
         if constexpr (Aligned) {
             bits <<= e & entry::bits_mask;
-            const std::int64_t low =
-                tables.aligned[0][(bits >> (64 - aligned_bits)) + 2 * (e & entry::aligned)];
+            const std::int64_t low = tables.aligned[(bits >> (64 - aligned_bits)) + 2 * (e & entry::aligned)];
             bits <<= low & entry::bits_mask;
             count = (count - e - static_cast<std::uint64_t>(low)) & entry::bits_mask;
             footer += static_cast<std::uint64_t>(low >> 6);

@@ -24,9 +24,9 @@ struct fast_tables::sorted_code {
     std::uint16_t order[maximum_main_symbols];
 };
 
-entry::type fast_tables::match(unsigned slot, unsigned length, unsigned code, bool aligned_block) {
+entry::type fast_tables::match(unsigned slot, unsigned length, unsigned code, bool in_aligned) {
     const unsigned extra = extra_bits(slot);
-    const bool aligned_symbol = aligned_block && extra >= 3;
+    const bool aligned_symbol = in_aligned && extra >= 3;
     const bool repeated = slot < 3;
     const entry::type queue = repeated ? slot * entry::offset_bits : entry::no_offset;
     const entry::type move = repeated ? 0 : entry::offset_bits;
@@ -42,7 +42,7 @@ entry::type fast_tables::literal(unsigned symbol, unsigned code) {
 }
 
 bool fast_tables::build(const std::uint8_t* main_lengths, unsigned main_symbols,
-                        const std::uint8_t* length_lengths, bool aligned_block) {
+                        const std::uint8_t* length_lengths, bool in_aligned) {
     const sorted_code main_code(main_lengths, main_symbols);
     if (main_code.count == 0)
         return false;
@@ -56,12 +56,11 @@ bool fast_tables::build(const std::uint8_t* main_lengths, unsigned main_symbols,
         next = std::fill_n(next, 1u << (length_index_bits - l), static_cast<std::uint16_t>(l << 8 | symbol));
     }
     std::fill(next, std::end(length), length_code.count == 0 ? std::uint16_t{0} : long_code);
-    fill_main(main_code, length_code, aligned_block);
+    fill_main(main_code, length_code, in_aligned);
     return true;
 }
 
-void fast_tables::fill_main(const sorted_code& main_code, const sorted_code& length_code,
-                            bool aligned_block) {
+void fast_tables::fill_main(const sorted_code& main_code, const sorted_code& length_code, bool in_aligned) {
     entry::type* next = main;
     for (unsigned i = 0; i < main_code.count; ++i) {
         const unsigned symbol = main_code.order[i];
@@ -77,7 +76,7 @@ void fast_tables::fill_main(const sorted_code& main_code, const sorted_code& len
         const unsigned header = (symbol - literal_symbols) % headers_per_slot;
         entry::type* const end = next + (1u << room);
         if (header != long_header) {
-            next = std::fill_n(next, end - next, match(slot, header + minimum_match, l, aligned_block));
+            next = std::fill_n(next, end - next, match(slot, header + minimum_match, l, in_aligned));
             continue;
         }
         for (unsigned k = 0; k < length_code.count; ++k) {
@@ -87,7 +86,7 @@ void fast_tables::fill_main(const sorted_code& main_code, const sorted_code& len
                 break;
             next = std::fill_n(
                 next, 1u << (room - further_length),
-                match(slot, long_header + minimum_match + further, l + further_length, aligned_block));
+                match(slot, long_header + minimum_match + further, l + further_length, in_aligned));
         }
         next = std::fill_n(next, end - next, slot << entry::special_slot_shift | l << entry::code_shift);
     }

@@ -64,18 +64,18 @@ struct fast_tables {
     /// Makes the tables for trees that are known to be complete or, the length tree, empty. Answers false if
     /// the main tree is empty.
     bool build(const std::uint8_t* main_lengths, unsigned main_symbols, const std::uint8_t* length_lengths,
-               bool aligned_block);
+               bool in_aligned);
 
     /// A match whose code has `code` bits. With `code` 0 only the footer is still to come.
     static entry::type literal(unsigned symbol, unsigned code);
-    static entry::type match(unsigned slot, unsigned length, unsigned code, bool aligned_block);
+    static entry::type match(unsigned slot, unsigned length, unsigned code, bool in_aligned);
 
     bool ready = false;  ///< `main` and `length` belong to the current block
     bool usable = false; ///< and the fast loop can go by them
     entry::type main[1u << main_index_bits];
     std::uint16_t length[1u << length_index_bits]; ///< code length << 8 | symbol, or long_code
-    /// [1]: (symbol less the three highest bits of the index) << 6 | code length; [0]: zeros
-    std::int16_t aligned[2][1u << aligned_bits] = {};
+    /// Zeros, then from 128 on: (symbol less the three highest bits of the index) << 6 + code length.
+    std::int16_t aligned[2u << aligned_bits] = {};
 
     /// This frame's input with the bytes of each 16-bit word exchanged, for words at even and at odd offsets.
     std::vector<std::uint8_t> swapped[2];
@@ -85,7 +85,7 @@ struct fast_tables {
 
 private:
     struct sorted_code;
-    void fill_main(const sorted_code& main, const sorted_code& length, bool aligned_block);
+    void fill_main(const sorted_code& main, const sorted_code& length, bool in_aligned);
 };
 
 } // namespace algorithm::lzx
