@@ -1,0 +1,86 @@
+#include "support/deflate_streams.h"
+
+#include "codec/deflate_decompressor.h"
+#include "outside/groundwork/exception.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace deflate_streams {
+
+bit_writer& bit_writer::field(std::uint32_t value, unsigned count) {
+    for (unsigned i = 0; i < count; ++i) {
+        if (used == 8) {
+            bytes += '\0';
+            used = 0;
+        }
+        bytes.back() = static_cast<char>(bytes.back() | (value >> i & 1) << used++);
+    }
+    return *this;
+}
+
+bit_writer& bit_writer::code(std::uint32_t value, unsigned count) {
+    while (count-- > 0)
+        field(value >> count, 1);
+    return *this;
+}
+
+bit_writer& bit_writer::fixed(unsigned symbol) {
+    if (symbol < 144)
+        return code(0x30 + symbol, 8);
+    if (symbol < 256)
+        return code(0x190 + symbol - 144, 9);
+    if (symbol < 280)
+        return code(symbol - 256, 7);
+    return code(0xC0 + symbol - 280, 8);
+}
+
+bit_writer& bit_writer::align() {
+    used = 8;
+    return *this;
+}
+
+bit_writer& bit_writer::raw(std::string_view more) {
+    bytes += more;
+    return *this;
+}
+
+unsigned memory_input::read(char* buffer, unsigned length) {
+    const auto came = static_cast<unsigned>(bytes.copy(buffer, std::min(length, piece), next));
+    next += came;
+    return came;
+}
+
+bool memory_input::seek(std::uint64_t value) {
+    if (value > bytes.size())
+        return false;
+    next = value;
+    return true;
+}
+
+void memory_output::write(const char* buffer, unsigned length) {
+    bytes.append(buffer, length);
+    ++writes;
+}
+
+outcome decode(std::string_view source, bool exact_only, const settings& how) {
+    memory_input in(source, how.piece);
+    memory_output out;
+    deflate::decompressor decoder(in, out);
+    decoder.extent = how.extent;
+    decoder.rewind = true;
+    decoder.exact_only = exact_only;
+    std::string message;
+    for (unsigned run = 0; run < how.runs && message.empty(); ++run) {
+        try {
+            decoder.run();
+        } catch (const basic::algorithm_exception& failure) {
+            message = failure.what();
+        }
+        if (out.finished != run + 1)
+            throw std::logic_error("the output's finish() belongs to every run once");
+    }
+    return {out.bytes, message, in.tell(), out.writes};
+}
+
+} // namespace deflate_streams

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "stream/nio_input.h"
+#include "stream/nio_output.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// Deflate streams for tests, made bit by bit, and what became of decoding them.
+namespace deflate_streams {
+
+/// Writes a Deflate stream field by field.
+class bit_writer {
+public:
+    /// The low `count` bits of `value`, lowest first.
+    bit_writer& field(std::uint32_t value, unsigned count);
+    /// A code of `count` bits, highest first.
+    bit_writer& code(std::uint32_t value, unsigned count);
+    /// A literal, length or distance symbol of the fixed codes.
+    bit_writer& fixed(unsigned symbol);
+    bit_writer& fixed_distance(unsigned symbol) { return code(symbol, 5); }
+    /// Zeros up to a byte boundary.
+    bit_writer& align();
+    /// Appends whole bytes; the writer must stand on a byte boundary.
+    bit_writer& raw(std::string_view more);
+
+    std::string bytes;
+
+private:
+    unsigned used = 8; ///< bits of the last byte
+};
+
+/// A seekable input over bytes of somebody else's, which gives at most `piece` bytes for a read.
+class memory_input : public nio::input {
+public:
+    explicit memory_input(std::string_view source, unsigned most = ~0u) : bytes(source), piece(most) {}
+
+    unsigned read(char* buffer, unsigned length) override;
+    std::uint64_t tell() const override { return next; }
+    bool seek(std::uint64_t value) override;
+
+private:
+    std::string_view bytes;
+    unsigned piece;
+    std::uint64_t next = 0;
+};
+
+class memory_output : public nio::output {
+public:
+    void write(const char* buffer, unsigned length) override;
+    void finish() override { ++finished; }
+
+    std::string bytes;
+    unsigned writes = 0;
+    unsigned finished = 0;
+};
+
+/// What one or more runs of a decoder left behind.
+struct outcome {
+    std::string bytes;
+    std::string message;    ///< of the failure, empty if there was none
+    std::uint64_t position; ///< of the source
+    unsigned writes;
+
+    bool operator==(const outcome&) const = default;
+};
+
+struct settings {
+    int extent = 15;
+    unsigned piece = ~0u; ///< how much the source gives for one read
+    unsigned runs = 1;    ///< streams to decode, up to the first failure
+};
+
+outcome decode(std::string_view source, bool exact_only, const settings& how = {});
+
+} // namespace deflate_streams
