@@ -8,9 +8,8 @@
 
 #include "codec/deflate_decompressor.h"
 #include "codec/flate_adaptor.h"
-#include "stream/array_input.h"
 #include "stream/infinite_output.h"
-#include "support/deflate_streams.h"
+#include "stream/input.h"
 #include "support/yardstick.h"
 #include "support/zlib_inflate.h"
 #include "support/zlib_streams.h"
@@ -144,11 +143,11 @@ void alone_libdeflate(benchmark::State& state, bool text) {
 }
 
 /// All blocks on end behind one stream::input that can seek, as a cabinet's storage can.
-class storage : public stream::array_input {
+class storage : public stream::input {
 public:
-    explicit storage(const std::string& bytes)
-        : array_input(un::array<char>(bytes.data(), static_cast<unsigned>(bytes.size())), 0), whole(bytes) {}
+    explicit storage(const std::string& all) : whole(all) {}
 
+    using stream::input::read;
     bool seek(std::uint64_t value) override {
         at = value;
         return true;
@@ -160,6 +159,7 @@ protected:
         at += came;
         return static_cast<unsigned>(came);
     }
+    int _read() override { return at < whole.size() ? static_cast<unsigned char>(whole[at++]) : -1; }
     std::uint64_t _tell() const override { return at; }
 
 private:
