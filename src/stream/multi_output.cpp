@@ -1,5 +1,7 @@
 #include "stream/multi_output.h"
 
+#include "stream/segment_listener.h"
+
 #include <algorithm>
 
 namespace stream {
@@ -7,6 +9,8 @@ namespace stream {
 multi_output::multi_output() : filter_output(nullptr) {}
 
 multi_output::~multi_output() = default;
+
+segment_listener::~segment_listener() = default;
 
 void multi_output::write(const char* buffer, unsigned length) {
     if (length == 0)
@@ -40,6 +44,12 @@ std::uint64_t multi_output::tell() const {
 
 std::uint64_t multi_output::size() const {
     return ~std::uint64_t{0};
+}
+
+void multi_output::attach(output* target) {
+    filter_output::attach(target);
+    if (auto* const listener = dynamic_cast<segment_listener*>(target))
+        listener->segment_begins(segment_size);
 }
 
 void multi_output::next() {

@@ -7,7 +7,8 @@ namespace stream {
 /// Writes to a series of streams, each for `segment_size` bytes. Whoever derives from it attaches a stream
 /// and sets `segment_size` for the first segment, and again in next() for each further one. A write ends a
 /// segment as soon as it is full, the empty ones behind it included. With no stream attached, bytes are
-/// counted and dropped.
+/// counted and dropped. An attached stream that is a segment_listener is told `segment_size`, which must
+/// therefore be set first.
 class HARBOR6_API multi_output : public filter_output {
 public:
     multi_output();
@@ -20,6 +21,7 @@ public:
     std::uint64_t tell() const override;
     /// All ones: not known.
     std::uint64_t size() const override;
+    void attach(output* target) override;
 
     /// A segment is full: the base detaches the stream.
     virtual void next();

@@ -1,33 +1,210 @@
 #include "concurrency/thread.h"
 
-#include "concurrency/runnable.h"
+#include "support/job.h"
+#include "support/wait_until.h"
 
-#include <functional>
+#include "concurrency/event.h"
+
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
 #include <new>
+#include <stdexcept>
+#include <thread>
+#include <typeinfo>
+#include <vector>
 
 namespace {
 
-class job final : public basic::runnable {
-public:
-    explicit job(std::function<void()> body) : work(std::move(body)) {}
-    void run() override { work(); }
+/// Runs `body` on a worker and says what the joiner gets: class and text, or "nothing".
+std::string brought_home(const std::function<void()>& body) {
+    support::job work(body);
+    basic::thread thread;
+    thread.start(&work);
+    thread.join();
+    try {
+        thread.raise();
+    } catch (const std::exception& failure) {
+        return std::string(typeid(failure).name()) + ' ' + failure.what();
+    }
+    return "nothing";
+}
 
-private:
-    std::function<void()> work;
+template<class Class>
+std::string described(const std::string& text) {
+    return std::string(typeid(Class).name()) + ' ' + text;
+}
+
+/// There is no memory, or something worse, when it is to be copied.
+class stubborn final : public basic::exception {
+public:
+    using basic::exception::exception;
+    std::unique_ptr<basic::cloneable_exception> clone() const override { throw std::bad_alloc(); }
 };
 
-TEST(Thread, RunsAndStartsAgain) {
+TEST(Thread, BringsHomeWhatTheRunThrows) {
+    const struct {
+        const char* name;
+        std::function<void()> body;
+        std::string expected;
+    } cases[] = {
+        {"nothing", [] {}, "nothing"},
+        {"cancelled", [] { throw basic::cancel_exception("stop"); }, "nothing"},
+        {"no memory", [] { throw std::bad_alloc(); }, described<basic::bad_alloc>("std::bad_alloc")},
+        {"a kind of no memory", [] { throw std::bad_array_new_length(); },
+         described<basic::bad_alloc>("std::bad_alloc")},
+        {"corrupt data", [] { throw basic::algorithm_exception("bad code"); },
+         described<basic::algorithm_exception>("bad code")},
+        {"the other branch", [] { throw stream::exception("short", "a::b"); },
+         described<stream::exception>("short")},
+        {"number", [] { throw 7; }, described<basic::thread_exception>("unknown thread error")},
+        {"outside the tree", [] { throw std::runtime_error("no"); },
+         described<basic::thread_exception>("unknown thread error")},
+        {"not to be copied", [] { throw stubborn("x"); }, described<basic::bad_alloc>("std::bad_alloc")},
+    };
+    for (const auto& [name, body, expected] : cases)
+        EXPECT_EQ(brought_home(body), expected) << name;
+}
+
+TEST(Thread, StartsAgainAfterReleaseOnly) {
     basic::thread thread;
+    thread.join();
+    thread.raise();
     int runs = 0;
-    job count([&] { ++runs; });
-    for (int i = 0; i < 1000; ++i) {
-        thread.start(&count);
+    support::job failing([&] {
+        ++runs;
+        throw basic::exception("again");
+    });
+    for (int i = 1; i <= 300; ++i) {
+        thread.start(&failing);
+        EXPECT_EQ(support::text_of([&] { thread.start(&failing); }), "the thread is already running");
         thread.join();
-        thread.raise();
+        thread.join();
+        EXPECT_EQ(support::text_of([&] { thread.raise(); }), "again");
+        EXPECT_EQ(support::text_of([&] { thread.raise(); }), "again");
+        EXPECT_EQ(support::text_of([&] { thread.start(&failing); }), "the thread is already running");
+        EXPECT_EQ(runs, i);
         thread.release();
+        thread.raise();
     }
-    EXPECT_EQ(runs, 1000);
+}
+
+TEST(Thread, RefusesAnImpossiblePriorityWithTheRunOn) {
+    basic::thread thread;
+    bool ran = false;
+    support::job work([&] { ran = true; });
+    thread.priority = 1000;
+    EXPECT_EQ(support::text_of([&] { thread.start(&work); }), "cannot set thread priority");
+    thread.join();
+    EXPECT_TRUE(ran);
+    thread.release();
+    thread.priority = -1;
+    thread.start(&work);
+    thread.join();
+}
+
+TEST(Thread, KeepsOnlyAFewThreadsWhenManyHaveEnded) {
+    constexpr unsigned many = 40;
+    constexpr unsigned few = 8 + 2; // the parked, this one, and one that a sanitizer may have
+    for (const bool released_first : {false, true}) {
+        basic::event go(false);
+        std::atomic<unsigned> ended = 0;
+        support::job work([&] {
+            go.wait();
+            ++ended;
+        });
+        std::vector<std::unique_ptr<basic::thread>> threads;
+        for (unsigned i = 0; i < many; ++i) {
+            threads.push_back(std::make_unique<basic::thread>());
+            threads.back()->start(&work);
+        }
+        EXPECT_GT(support::threads_of_this_process(), many);
+        for (auto& thread : threads)
+            if (released_first)
+                thread->release();
+        go.signal();
+        for (auto& thread : threads) {
+            thread->join();
+            thread->release();
+        }
+        EXPECT_TRUE(support::wait_until([&] { return ended == many; }));
+        EXPECT_TRUE(support::wait_until([] { return support::threads_of_this_process() <= few; }));
+    }
+}
+
+/// Takes note if two are raised at the same time.
+class lonely final : public basic::exception {
+public:
+    explicit lonely(std::atomic<int>& raising) : exception("lonely"), together(raising) {}
+    std::unique_ptr<basic::cloneable_exception> clone() const override {
+        return std::make_unique<lonely>(together);
+    }
+    void raise() const override {
+        const bool alone = ++together == 1;
+        std::this_thread::yield();
+        --together;
+        throw basic::exception(alone ? "alone" : "together");
+    }
+
+private:
+    std::atomic<int>& together;
+};
+
+TEST(Thread, RaisesOneStoredExceptionAtATime) {
+    std::atomic<int> raising = 0;
+    std::atomic<int> alone = 0;
+    const auto join_many = [&] {
+        support::job work([&] { throw lonely(raising); });
+        for (int i = 0; i < 500; ++i) {
+            basic::thread thread;
+            thread.start(&work);
+            thread.join();
+            alone += support::text_of([&] { thread.raise(); }) == "alone";
+        }
+    };
+    std::thread other(join_many);
+    join_many();
+    other.join();
+    EXPECT_EQ(alone, 1000);
+}
+
+TEST(Event, RemembersASignalUntilAWaitOrResetTakesIt) {
+    for (const bool taken_by_wait : {true, false}) {
+        basic::event event(taken_by_wait);
+        event.signal();
+        event.signal();
+        taken_by_wait ? event.wait() : event.reset();
+        std::atomic<bool> passed = false;
+        std::thread waiter([&] {
+            event.wait();
+            passed = true;
+        });
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        EXPECT_FALSE(passed);
+        event.signal();
+        waiter.join();
+    }
+}
+
+TEST(Event, ReleasesOneWaiterOrAll) {
+    for (const bool auto_reset : {true, false}) {
+        basic::event event(auto_reset);
+        std::atomic<int> passed = 0;
+        std::thread waiters[4];
+        for (auto& waiter : waiters)
+            waiter = std::thread([&] {
+                event.wait();
+                ++passed;
+            });
+        for (int signals = 1; signals <= (auto_reset ? 4 : 1); ++signals) {
+            event.signal();
+            EXPECT_TRUE(support::wait_until([&] { return passed == (auto_reset ? signals : 4); }));
+        }
+        for (auto& waiter : waiters)
+            waiter.join();
+    }
 }
 
 } // namespace

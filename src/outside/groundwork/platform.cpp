@@ -16,8 +16,7 @@ namespace platform {
 
 namespace {
 
-constexpr std::uint32_t shortest_spin = 2000; // nanoseconds
-constexpr std::uint32_t longest_spin = 60000;
+constexpr std::uint32_t most_in_vain = 8; // at worst one wait in 256 spins
 
 constexpr std::uint32_t signalled = 1;
 constexpr std::uint32_t sleeper = 2;
@@ -34,7 +33,7 @@ bool count_processors() noexcept {
     return sched_getaffinity(0, sizeof set, &set) != 0 || CPU_COUNT(&set) > 1;
 }
 
-const bool many = count_processors();
+const bool several_processors = count_processors();
 
 } // namespace
 
@@ -59,18 +58,18 @@ void relax() noexcept {
 #endif
 }
 
-bool several_processors() noexcept {
-    return many;
+bool patience::willing() noexcept {
+    const auto left = pause.load(std::memory_order_relaxed);
+    if (left > 0)
+        pause.store(left - 1, std::memory_order_relaxed);
+    return left == 0 && several_processors;
 }
 
-void patience::learn(std::uint64_t began) noexcept {
-    const auto waited = now() - began;
-    auto next = longest_spin;
-    if (waited <= longest_spin / 2)
-        next = std::max(shortest_spin, static_cast<std::uint32_t>(2 * waited));
-    else if (waited > longest_spin)
-        next = std::max(shortest_spin, budget.load(std::memory_order_relaxed) / 2);
-    budget.store(next, std::memory_order_relaxed);
+void patience::learn(bool paid) noexcept {
+    const auto before = in_vain.load(std::memory_order_relaxed);
+    const auto after = paid ? before - std::min(before, 1u) : std::min(before + 2, most_in_vain);
+    in_vain.store(after, std::memory_order_relaxed);
+    pause.store((1u << after) - 1, std::memory_order_relaxed);
 }
 
 std::unique_ptr<event> event::create(bool auto_reset) noexcept {
@@ -110,8 +109,7 @@ bool event::take() noexcept {
 // Order: a sleeper is counted in the word that the signal is set in, so the signaller's read-modify-write
 // either comes first and keeps this thread from sleeping, or finds the count and wakes; acquire as in take().
 bool event::wait() noexcept {
-    std::uint64_t began = 0;
-    if (waiting.spin([this] { return take(); }, began))
+    if (waiting.spin([this] { return take(); }))
         return true;
     word.fetch_add(sleeper, std::memory_order_relaxed);
     bool taken = take();
@@ -120,7 +118,6 @@ bool event::wait() noexcept {
         slept = (seen & signalled) != 0 || sleep_while(word, seen);
     }
     word.fetch_sub(sleeper, std::memory_order_relaxed);
-    waiting.learn(began);
     return taken;
 }
 

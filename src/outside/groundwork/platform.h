@@ -14,19 +14,23 @@
 
 namespace platform {
 
-/// How long a wait spins before it sleeps: twice what the last wait took if that was short, less and less if
-/// it was long, and not at all where only one processor is there. Shared by all who wait in one place.
+/// Whether a wait spins before it sleeps. Where the other side is busy on another processor a spin of some
+/// microseconds saves two switches that cost ten times as much; where the two share a processor it only keeps
+/// the other side from its work. Nobody can tell beforehand, so those who wait in one place share what they
+/// saw: after spins in vain many waits sleep at once, after spins that paid none does.
 class patience {
 public:
-    /// Asks `ready` again and again until it says yes or patience is out; what it said last. `began` is then
-    /// when the wait began, unless `ready` said yes at once.
+    /// Asks `ready` until it says yes or patience is out; what it said last.
     template<class Ready>
-    bool spin(Ready ready, std::uint64_t& began) noexcept;
-    /// Learns from a wait that has just ended.
-    void learn(std::uint64_t began) noexcept;
+    bool spin(Ready ready) noexcept;
 
 private:
-    std::atomic<std::uint32_t> budget{20000}; ///< nanoseconds; a hint only, so all its accesses are relaxed
+    bool willing() noexcept;
+    void learn(bool paid) noexcept;
+
+    // Hints without anything behind them: all accesses are relaxed.
+    std::atomic<std::uint32_t> in_vain{0}; ///< spins in vain count two, spins that paid take one off
+    std::atomic<std::uint32_t> pause{0};   ///< how many waits are still to sleep at once
 };
 
 /// A signal that one thread gives and another waits for. It is remembered: one that nobody waits for yet ends

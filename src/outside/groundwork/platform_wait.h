@@ -12,29 +12,28 @@ bool sleep_while(const std::atomic<std::uint32_t>& word, std::uint32_t value) no
 /// Wakes up to `count` threads that sleep on `word`. Reads nothing there, so the word may be gone already.
 bool wake(const std::atomic<std::uint32_t>& word, int count) noexcept;
 
-/// Steady nanoseconds; a hint to the processor that the caller spins; whether spinning can help at all.
+/// Steady nanoseconds; and a hint to the processor that the caller spins.
 std::uint64_t now() noexcept;
 void relax() noexcept;
-bool several_processors() noexcept;
+
+constexpr std::uint64_t longest_spin = 200000; // nanoseconds: what a slow decoder takes for a block
 
 template<class Ready>
-bool patience::spin(Ready ready, std::uint64_t& began) noexcept {
+bool patience::spin(Ready ready) noexcept {
     if (ready())
         return true;
-    began = now();
-    if (!several_processors())
+    if (!willing())
         return false;
-    const auto limit = budget.load(std::memory_order_relaxed);
+    const auto began = now();
+    bool yes = false;
     do {
-        for (int round = 0; round < 16; ++round) {
+        for (int round = 0; round < 16 && !yes; ++round) {
             relax();
-            if (ready()) {
-                learn(began);
-                return true;
-            }
+            yes = ready();
         }
-    } while (now() - began < limit);
-    return false;
+    } while (!yes && now() - began < longest_spin);
+    learn(yes);
+    return yes;
 }
 
 } // namespace platform

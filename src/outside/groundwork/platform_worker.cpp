@@ -9,6 +9,7 @@
 #include <sched.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <type_traits>
 #include <unistd.h>
 #include <utility>
 
@@ -67,8 +68,9 @@ private:
     bool closed = false;
 };
 
-/// Has no destructor to speak of: a run that outlasts the library's end may still use it.
 constinit pool workers;
+static_assert(std::is_trivially_destructible_v<pool>,
+              "a run that outlasts the library's end may still use it");
 
 void collect(worker* gone) noexcept {
     if (gone == nullptr)
@@ -226,15 +228,13 @@ bool join_worker(worker& handle) noexcept {
     if (handle.generation != workers.generation)
         return false;
     const auto is_over = [&] { return handle.state.load(std::memory_order_acquire) == ended; };
-    std::uint64_t began = 0;
-    if (handle.joining.spin(is_over, began))
+    if (handle.joining.spin(is_over))
         return true;
     std::uint32_t seen = running;
     handle.state.compare_exchange_strong(seen, awaited, std::memory_order_relaxed);
     bool slept = true;
     while (!is_over() && slept)
         slept = sleep_while(handle.state, awaited);
-    handle.joining.learn(began);
     return is_over();
 }
 

@@ -1,0 +1,73 @@
+#include "archive/cab/split_path.h"
+
+namespace harbor6::cab {
+
+namespace {
+
+std::string normalised(std::string_view path, char separator) {
+    std::string result;
+    bool at_start = true;
+    bool separator_pending = false;
+    unsigned dots = 0;
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        const char c = path[i];
+        if (c == separator) {
+            if (i == 0)
+                result += c;
+            else if (!at_start)
+                at_start = separator_pending = true;
+            else
+                dots = 0;
+        } else if (c == '.' && at_start && dots < 2) {
+            ++dots;
+        } else {
+            at_start = false;
+            if (separator_pending)
+                result += separator;
+            separator_pending = false;
+            result.append(dots, '.');
+            dots = 0;
+            result += c;
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+split_path::split_path(std::string_view path, char separating)
+    : normal(normalised(path, separating)), separator(separating) {
+    if (normal.empty())
+        return;
+    offsets.push_back(0);
+    for (std::size_t i = 0; i < normal.size(); ++i)
+        if (normal[i] == separator)
+            offsets.push_back(i + 1);
+}
+
+const std::string& split_path::text() const {
+    return normal;
+}
+
+split_path::iterator split_path::begin() const {
+    return {*this, 0};
+}
+
+split_path::iterator split_path::end() const {
+    return {*this, offsets.size()};
+}
+
+split_path::iterator::iterator(const split_path& walked, std::size_t at) : path(&walked), index(at) {}
+
+std::string split_path::iterator::operator*() const {
+    const auto begin = path->offsets[index];
+    const bool last = index + 1 == path->offsets.size();
+    return path->normal.substr(begin, last ? path->normal.npos : path->offsets[index + 1] - 1 - begin);
+}
+
+split_path::iterator& split_path::iterator::operator++() {
+    ++index;
+    return *this;
+}
+
+} // namespace harbor6::cab

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "host/report.h"
+#include "host/selection.h"
+#include "outside/shell/client_interface.h"
+
+namespace host {
+
+/// What happens to a file that would take the place of another.
+enum class clash_policy {
+    refuse,    ///< the old one stays, and that is reported as a trouble
+    keep,      ///< the old one stays, as the user wished
+    overwrite, ///< the new one takes its place once it is whole
+};
+
+/// The program's decisions. It takes the files that the user selected, as far as the target can have them.
+/// Something in the way of a file or folder costs what would have stood there, with a message for each file,
+/// and nothing else.
+class Client : public harbor6::ClientInterface {
+public:
+    explicit Client(report& told) : log(told) {}
+
+    selection wanted;
+    clash_policy policy = clash_policy::refuse;
+
+    bool sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
+                    const harbor6::Format** format) override;
+    bool sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) override;
+    void sourceArchiveDone(harbor6::Archive& archive) override;
+    bool sourceFolder(const harbor6::Folder& source, harbor6::Folder& target) override;
+    bool targetFile(const harbor6::File& source, harbor6::File& newFile, harbor6::Folder& target) override;
+    void targetFileReady(const harbor6::File& source, harbor6::File& newFile) override;
+    bool targetFolder(harbor6::Folder& newFolder, harbor6::Folder& parent,
+                      const harbor6::Folder* source) override;
+    bool targetNameConflict(std::string& name, harbor6::Item& existing, bool folders,
+                            const harbor6::Attributes& model,
+                            pattern::AcquiredPtr<harbor6::Folder>* target) override;
+    void itemFailed(std::uint32_t code, const harbor6::Item& source, harbor6::Item& target) override;
+
+private:
+    report& log;
+};
+
+} // namespace host

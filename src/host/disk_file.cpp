@@ -1,0 +1,153 @@
+#include "host/disk_file.h"
+
+#include "host/disk_output.h"
+#include "stream/infinite_output.h"
+
+namespace host {
+
+namespace key = harbor6::key;
+namespace key_id = harbor6::key_id;
+
+namespace {
+
+/// The moment that a calendar time means where this program runs.
+std::optional<std::time_t> local_moment(const fs::time& time) {
+    std::tm parts = {};
+    parts.tm_year = static_cast<int>(time.year) - 1900;
+    parts.tm_mon = static_cast<int>(time.month) - 1;
+    parts.tm_mday = static_cast<int>(time.day);
+    parts.tm_hour = static_cast<int>(time.hour);
+    parts.tm_min = static_cast<int>(time.minute);
+    parts.tm_sec = static_cast<int>(time.second);
+    parts.tm_isdst = -1; // whatever was in force on that day
+    const auto moment = std::mktime(&parts);
+    return moment == -1 ? std::nullopt : std::optional(moment);
+}
+
+} // namespace
+
+harbor6::data::CountedOutput DiskFork::output(bool /*expanding*/) {
+    return owner.begin();
+}
+
+DiskFile::DiskFile(disk_session& shared, std::shared_ptr<const std::string> folder)
+    : state(nameless), session(shared), folder_path(std::move(folder)), fork(*this) {}
+
+DiskFile::DiskFile(disk_session& shared, std::shared_ptr<const std::string> folder, std::string name,
+                   bool regular)
+    : state(regular ? existing : existing_other), session(shared), folder_path(std::move(folder)),
+      file_name(std::move(name)), fork(*this) {}
+
+DiskFile::~DiskFile() {
+    if (promised)
+        session.forget(*this);
+    if (state == wanted)
+        session.log.missing(path());
+    else if (state == writing)
+        session.log.unfinished(path(), transfer->watch.counted(), transfer->failed_write());
+}
+
+void DiskFile::destroy() {
+    delete this;
+}
+
+const harbor6::Format& DiskFile::format() const {
+    return session.format;
+}
+
+harbor6::Format& DiskFile::format() {
+    return session.format;
+}
+
+bool DiskFile::isCreated() {
+    return state != nameless && state != wanted;
+}
+
+harbor6::data::CountedOutput DiskFile::begin() {
+    if (state == wanted) {
+        try {
+            transfer = std::make_shared<disk_transfer>(session.target, folder(), name(), replacing);
+            state = writing;
+            return harbor6::data::CountedOutput(std::make_unique<disk_output>(transfer));
+        } catch (const disk_obstacle& obstacle) {
+            state = settled;
+            session.log.refused(path(), obstacle.message());
+        }
+    }
+    return harbor6::data::CountedOutput(std::make_unique<stream::infinite_output>());
+}
+
+void DiskFile::commitItem() {
+    if (state != writing)
+        return;
+    state = settled;
+    const auto written = transfer->watch.counted();
+    if (transfer->whole()) {
+        try {
+            transfer->finish(modified);
+            session.log.done(path(), written);
+        } catch (const un::exception& failure) {
+            session.log.unfinished(path(), written, failure.message());
+        }
+    } else {
+        session.log.unfinished(path(), written, transfer->failed_write());
+    }
+    transfer.reset();
+}
+
+harbor6::Fork* DiskFile::getMainFork() {
+    return &fork;
+}
+
+const harbor6::Fork* DiskFile::getMainFork() const {
+    return &fork;
+}
+
+harbor6::Fork* DiskFile::getFork(unsigned id) {
+    return id == 0 ? &fork : nullptr;
+}
+
+bool DiskFile::hasString(const std::string& key) const {
+    return idFromName(key) == key_id::name || File::hasString(key);
+}
+
+bool DiskFile::getString(const std::string& key, std::string& value) const {
+    if (idFromName(key) != key_id::name)
+        return File::getString(key, value);
+    value = file_name;
+    return true;
+}
+
+bool DiskFile::setString(const std::string& key, const std::string& value) {
+    if (idFromName(key) != key_id::name)
+        return File::setString(key, value);
+    if (state != nameless || !disk_target::refusal(value).empty())
+        return false;
+    file_name = value;
+    state = wanted;
+    replacing = session.take_replaceable(folder(), value);
+    promised = session.promise(*this);
+    return true;
+}
+
+bool DiskFile::setTime(const std::string& key, const any::time& value) {
+    if (idFromName(key) != key_id::modTime)
+        return File::setTime(key, value);
+    modified = local_moment(fs::time(value));
+    return true;
+}
+
+void DiskFile::populateIndex() const {
+    if (!index().empty())
+        return;
+    File::populateIndex();
+    index()[key::name] = key_id::name;
+    index()[key::modTime] = key_id::modTime;
+}
+
+harbor6::Attributes::Index* DiskFile::newIndex() const {
+    static Index shared;
+    return &shared;
+}
+
+} // namespace host

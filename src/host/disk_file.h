@@ -1,0 +1,83 @@
+#pragma once
+
+#include "host/disk_session.h"
+#include "host/disk_transfer.h"
+#include "model/file.h"
+#include "outside/shell/fork.h"
+
+namespace host {
+
+class DiskFile;
+
+/// The data of a file on disk.
+class DiskFork : public harbor6::Fork {
+public:
+    explicit DiskFork(DiskFile& file) : owner(file) {}
+
+    harbor6::data::CountedOutput output(bool expanding) override;
+
+private:
+    DiskFile& owner;
+};
+
+/// A file on disk: either one that stands there already, as a lookup finds it, or one that was asked for. The
+/// latter is nothing but a name until its fork's output is taken; commitItem ends it, and tells the journal
+/// how it fared. One that goes without ever having been committed is reported as missing. Many thousands wait
+/// at once, so it is small.
+class DiskFile : public harbor6::File {
+public:
+    /// A file to be made in `folder`; it gets its name as an attribute, once.
+    DiskFile(disk_session& session, std::shared_ptr<const std::string> folder);
+    /// What stands there under `name`.
+    DiskFile(disk_session& session, std::shared_ptr<const std::string> folder, std::string name,
+             bool regular);
+    ~DiskFile() override;
+
+    const std::string& folder() const { return *folder_path; }
+    const std::string& name() const { return file_name; }
+    std::string path() const { return disk_target::join(folder(), name()); }
+    /// Whether this stands for a plain file, and not a link or a device.
+    bool isRegular() const { return state != existing_other; }
+
+    void destroy() override;
+    const harbor6::Format& format() const override;
+    harbor6::Format& format() override;
+    bool isCreated() override;
+    /// Never raises: what goes wrong is reported.
+    void commitItem() override;
+    harbor6::Fork* getMainFork() override;
+    const harbor6::Fork* getMainFork() const override;
+    harbor6::Fork* getFork(unsigned id) override;
+
+    bool hasString(const std::string& key) const override;
+    bool getString(const std::string& key, std::string& value) const override;
+    bool setString(const std::string& key, const std::string& value) override;
+    bool setTime(const std::string& key, const any::time& value) override;
+
+protected:
+    void populateIndex() const override;
+    Index* newIndex() const override;
+
+private:
+    friend class DiskFork;
+    harbor6::data::CountedOutput begin();
+
+    enum : std::uint8_t {
+        existing,       ///< stood there before; nothing is done to it
+        existing_other, ///< the same, but no plain file
+        nameless,       ///< to be made; setString leads to `wanted`
+        wanted,         ///< to be made; its output leads to `writing`, or to `settled` if it can't be had
+        writing,        ///< commitItem leads to `settled`
+        settled         ///< reported
+    } state;
+    bool replacing = false;
+    bool promised = false;
+    disk_session& session;
+    std::shared_ptr<const std::string> folder_path;
+    std::string file_name;
+    std::optional<std::time_t> modified;
+    std::shared_ptr<disk_transfer> transfer;
+    DiskFork fork;
+};
+
+} // namespace host

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "host/disk_session.h"
+#include "host/target_folder.h"
+
+namespace host {
+
+/// A folder of the target on disk. It holds nothing but its path. Lookups cost one system call. A folder that
+/// can't be had (a file or a link stands there, or no disk can bear its name) doesn't end the expansion: it
+/// finds nothing, its sub-folders can't be had either, and `refusal` says why for each file that would go
+/// into it.
+class DiskFolder : public TargetFolder {
+public:
+    explicit DiskFolder(disk_session& session);
+    DiskFolder(disk_session& session, std::shared_ptr<const std::string> path, std::string obstacle);
+
+    const std::string& path() const override { return *folder_path; }
+    /// Makes the folder, if that isn't done yet.
+    std::string refusal(const std::string& name) override;
+    disk_session& shared() const { return session; }
+
+    void destroy() override;
+    const harbor6::Format& format() const override;
+    harbor6::Format& format() override;
+    /// True also for a folder that can't be had: there is nothing to create.
+    bool isCreated() override;
+    void create() override;
+    void commitItem() override;
+    /// Null for the target itself.
+    harbor6::Folder* acquireParent() override;
+
+    /// What stands on disk under `name`, or a file of that name that was asked for and isn't written yet.
+    harbor6::Item* acquireItemFromName(const std::string& name) override;
+    bool hasItemNamed(const std::string& name) const override;
+    harbor6::File* _newFile() override;
+    harbor6::Folder* _newFolder() override;
+
+    bool hasString(const std::string& key) const override;
+    bool getString(const std::string& key, std::string& value) const override;
+    /// The empty name makes it the same folder as its parent.
+    bool setString(const std::string& key, const std::string& value) override;
+
+protected:
+    void populateIndex() const override;
+    Index* newIndex() const override;
+
+private:
+    disk_entry look(const std::string& name) const;
+    void make();
+
+    disk_session& session;
+    std::shared_ptr<const std::string> folder_path; ///< until it has a name, the parent's
+    std::string obstacle;                           ///< why it can't be had; empty if it can
+    bool named = true;
+};
+
+} // namespace host

@@ -1,0 +1,71 @@
+#include "host/disk_transfer.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace host {
+
+namespace {
+
+constexpr int as_new_file = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+
+std::string unused_name() {
+    static unsigned number = 0;
+    return ".harbor-" + std::to_string(getpid()) + "-" + std::to_string(number++);
+}
+
+} // namespace
+
+disk_transfer::disk_transfer(disk_target& target, const std::string& folder_path,
+                             const std::string& file_name, bool replacing)
+    : path(disk_target::join(folder_path, file_name)), folder(target.make_folder(folder_path)),
+      name(file_name) {
+    do {
+        if (replacing)
+            temporary = unused_name();
+        const auto& created = replacing ? temporary : name;
+        file = disk_descriptor(openat(folder->get(), created.c_str(), as_new_file, 0666));
+    } while (!file && replacing && errno == EEXIST);
+    if (!file)
+        fail_on_disk("create", path, errno);
+}
+
+disk_transfer::~disk_transfer() {
+    if (!temporary.empty())
+        unlinkat(folder->get(), temporary.c_str(), 0);
+}
+
+void disk_transfer::write(const char* bytes, std::size_t length) {
+    while (length > 0) {
+        const auto went = ::write(file.get(), bytes, length);
+        if (went < 0 && errno == EINTR)
+            continue;
+        if (went <= 0) {
+            const int error = went < 0 ? errno : ENOSPC;
+            failure = disk_cause(error);
+            fail_on_disk("write", path, error);
+        }
+        bytes += went;
+        length -= static_cast<std::size_t>(went);
+        watch.add(static_cast<std::uint64_t>(went));
+    }
+}
+
+void disk_transfer::finish(const std::optional<std::time_t>& modified) {
+    if (modified) {
+        const timespec times[2] = {{0, UTIME_OMIT}, {*modified, 0}};
+        if (futimens(file.get(), times) != 0)
+            fail_on_disk("set the time of", path, errno);
+    }
+    if (const int error = file.close())
+        fail_on_disk("write", path, error);
+    if (temporary.empty())
+        return;
+    if (renameat(folder->get(), temporary.c_str(), folder->get(), name.c_str()) != 0)
+        fail_on_disk("replace", path, errno);
+    temporary.clear();
+}
+
+} // namespace host

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "host/disk_target.h"
+#include "host/segment_watch.h"
+
+#include <ctime>
+#include <optional>
+
+namespace host {
+
+/// One file on its way to the disk, from its creation to its end. A new file is created exclusively and keeps
+/// what it got if it isn't finished. With `replacing` the bytes go into a temporary file beside the old one,
+/// which takes the old one's place in finish() and not before; unfinished it is removed. At most one file is
+/// open at a time as long as transfers aren't kept.
+class disk_transfer {
+public:
+    /// Creates the file, folders above it included. Fails as disk_target does.
+    disk_transfer(disk_target& target, const std::string& folder, const std::string& name, bool replacing);
+    disk_transfer(const disk_transfer&) = delete;
+    disk_transfer& operator=(const disk_transfer&) = delete;
+    ~disk_transfer();
+
+    /// Takes all bytes, or raises and counts as failed from then on.
+    void write(const char* bytes, std::size_t length);
+    /// Whether the file got all that it was to get, and no write failed.
+    bool whole() const { return failure.empty() && watch.whole(); }
+    /// The text of the write that failed, empty if none did.
+    const std::string& failed_write() const { return failure; }
+
+    segment_watch watch;
+
+    /// Sets the time, closes the file, and lets it take its place. After a failure it counts as unfinished.
+    void finish(const std::optional<std::time_t>& modified);
+
+private:
+    std::string path; ///< for messages
+    std::shared_ptr<const disk_descriptor> folder;
+    std::string name;
+    std::string temporary; ///< empty for a new file
+    disk_descriptor file;
+    std::string failure;
+};
+
+} // namespace host

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "host/client.h"
+
+#include <string>
+#include <vector>
+
+namespace host {
+
+/// What the command line asks for.
+struct options {
+    enum class command { expand, list, test, formats } chosen = command::formats;
+    std::vector<std::string> archives; ///< "-" is the standard input
+    std::vector<std::string> patterns;
+    std::string target;   ///< empty: a folder named after each archive
+    std::string encoding; ///< of names; empty: the default
+    std::string formats;  ///< folder of plug-ins; empty: the one beside the program
+    clash_policy policy = clash_policy::refuse;
+    bool verbose = false;
+    bool json = false;
+};
+
+} // namespace host

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "host/disk_library.h"
+#include "outside/shell/classifier.h"
+#include "outside/shell/harbor_shell.h"
+
+namespace host {
+
+class report;
+
+/// The formats that the program knows: what the plug-ins of a folder brought. It keeps the plug-ins loaded,
+/// so it has to outlive every item and exception that comes from one.
+class registry {
+public:
+    explicit registry(harbor6::ClientInterface& client) : shell(formats, client) {}
+    registry(const registry&) = delete;
+    registry& operator=(const registry&) = delete;
+
+    /// Loads every plug-in in `folder`, or in the folder of formats beside the program if that is empty. A
+    /// plug-in that can't be loaded is reported, and so is a folder without any.
+    void load(const std::string& folder, report& log);
+
+private:
+    std::vector<disk_library> plug_ins; ///< the formats' code, which goes last
+
+public:
+    harbor6::Classifier formats;
+    harbor6::HarborShell shell;
+};
+
+} // namespace host

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "host/disk_console.h"
+#include "host/exit_status.h"
+#include "host/journal.h"
+
+#include <vector>
+
+namespace host {
+
+/// What the program says about its work, archive by archive: troubles on the standard error, one line each,
+/// beginning with "harbor: ARCHIVE: ". What became of single files comes after what ended the pass.
+class report : public journal {
+public:
+    report(console& output, bool name_all) : screen(output), verbose(name_all) {}
+
+    /// Begins an archive, under the name that the user gave it.
+    void begin(const std::string& archive);
+    /// A trouble with the archive as a whole; `text` is printed as it is.
+    void failure(const std::string& text);
+    /// Ends the archive and says whether there was no trouble with it.
+    bool end();
+    /// A trouble outside of any archive.
+    void trouble(const std::string& text);
+    exit_status status() const { return troubled ? exit_status::failed : exit_status::ok; }
+
+    void done(const std::string& path, std::uint64_t size) override;
+    void refused(const std::string& path, const std::string& reason) override;
+    void unfinished(const std::string& path, std::uint64_t size, const std::string& reason) override;
+    void missing(const std::string& path) override;
+    /// A file that isn't wanted after all, which is no trouble.
+    void skipped(const std::string& path, const std::string& reason);
+
+    console& screen;
+
+private:
+    const bool verbose;
+    std::string subject; ///< printable
+    std::vector<std::string> afterwards;
+    bool sound = true;
+    bool troubled = false;
+};
+
+} // namespace host

@@ -1,0 +1,117 @@
+#pragma once
+
+#include "outside/shell/model_attributes.h"
+#include "outside/shell/ref_counted.h"
+
+#include <memory>
+#include <vector>
+
+namespace format {
+class classifier;
+} // namespace format
+
+namespace harbor6 {
+
+class Archive;
+class File;
+class Folder;
+class HarborShell;
+class Item;
+
+/// One archive format: what it is called, what it can do, and how its archives come into being. A concrete
+/// format fills the members in its constructor and overrides the factories. Hosts read the members through
+/// the attribute keys.
+class HARBOR6_API Format : public Attributes {
+public:
+    /// A value that a format cannot represent.
+    class HARBOR6_API Overflow : public un::exception {
+    public:
+        Overflow();
+        ~Overflow() override;
+
+        std::unique_ptr<basic::cloneable_exception> Clone() const override;
+        void Raise() const override;
+    };
+
+    static constexpr std::uint32_t expands_archives = 1u << 0;
+    static constexpr std::uint32_t creates_archives = 1u << 3;
+    static constexpr std::uint16_t default_level = 0xFFFF;
+
+    /// `shell`, which may be null, is not owned.
+    explicit Format(HarborShell* shell);
+    ~Format() override;
+
+    bool modifiable(const std::string& key) override;
+    bool hasBoolean(const std::string& key) const override;
+    bool getBoolean(const std::string& key, bool& value) const override;
+    bool setBoolean(const std::string& key, bool value) override;
+    bool hasString(const std::string& key) const override;
+    bool getString(const std::string& key, std::string& value) const override;
+    bool hasInteger(const std::string& key) const override;
+    bool getInteger(const std::string& key, std::int64_t& value) const override;
+    /// "compressionLevel" takes the low 16 bits: 0xFFFF is the default, all else is clamped to the bounds.
+    bool setInteger(const std::string& key, const std::int64_t& value) override;
+
+protected:
+    void populateIndex() const override;
+
+public:
+    /// Makes an empty archive in a file, which gets a name if it has none. A deactivated format raises
+    /// un::exception, one that makes no archives un::implemented; so do the two operations that follow.
+    virtual Archive* newArchiveAtFile(File& file);
+    virtual Archive* newArchiveAtFolder(Folder& folder);
+    /// Makes the file too, named after `sample` unless that is null.
+    virtual Archive* newArchiveInFolder(Folder& folder, const Item* sample);
+    virtual bool isSameFormat(const Format& other) const;
+    virtual std::uint64_t formatQuery(std::uint64_t a, std::uint32_t b);
+    virtual void defaultName(std::string& name) const;
+    virtual void archiveName(std::string& result, const std::string& stem) const;
+    /// An unopened archive on `file`, counted.
+    virtual Archive* _newArchiveAtItem(File* file, unsigned mode);
+    virtual Archive* _newEmptyArchiveAtFile(File& file);
+    virtual Archive* _newEmptyArchiveAtItem(Item& item);
+    /// Null: archives of this format cannot be recognised by their content.
+    virtual std::unique_ptr<format::classifier> _newClassifier();
+    virtual bool isFileSystem() const;
+
+    /// Makes a file for a new archive, named after `sample` unless that is null or nameless. Counted; null if
+    /// the client declined.
+    File* newFileInFolder(Folder& folder, const Attributes* sample);
+    /// The recogniser, made when first asked for; null if there is none. It serves one caller at a time.
+    format::classifier* recogniser();
+
+    bool active = true; ///< false: no archive can be created
+    HarborShell* const shell;
+
+protected:
+    std::vector<std::string> suffixes; ///< the preferred one first
+    bool executable = true;
+    std::uint32_t preserve_resource_fork = 0;
+    std::uint32_t capabilities = 0;
+    ModelAttributes model; ///< the file of a new archive
+    std::string format_name;
+    std::string long_name;
+    std::string mime_type;
+    std::string name_prefix;
+    bool is_file = false;
+    bool is_folder = false;
+    bool is_segmented = false;
+    bool is_text = false;
+    bool recovers_archives = false;
+    bool provides_empty_file = true;
+    bool saves_resources = false;
+    bool mac_format = false;
+    bool mac_attributes = false;
+    std::uint16_t compression_level = 0;
+    std::int16_t compression_least = 0;
+    std::int16_t compression_most = 0;
+    std::int16_t compression_default = 0;
+    std::uint16_t file_size_bits = 32;
+
+private:
+    void testActive() const;
+
+    std::unique_ptr<format::classifier> classifier;
+};
+
+} // namespace harbor6

@@ -1,0 +1,236 @@
+#include "outside/shell/archive.h"
+
+#include "model/file.h"
+#include "model/format.h"
+#include "outside/shell/archive_walk.h"
+#include "outside/shell/fork.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace harbor6 {
+
+namespace {
+
+bool endsWith(const std::string& name, const std::string& suffix) {
+    const auto same = [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); };
+    return !suffix.empty() && name.size() > suffix.size() &&
+           std::equal(suffix.rbegin(), suffix.rend(), name.rbegin(), same);
+}
+
+} // namespace
+
+Archive::ModeError::ModeError(const std::string& message) : un::exception(message, "harbor6::Archive") {}
+
+Archive::ModeError::~ModeError() = default;
+
+std::unique_ptr<basic::cloneable_exception> Archive::ModeError::Clone() const {
+    return std::make_unique<ModeError>(*this);
+}
+
+void Archive::ModeError::Raise() const {
+    throw ModeError(*this);
+}
+
+Archive::Archive(const Format& format, Item& storing_item, Mode mode)
+    : described(format), storing(pattern::AcquiredPtr<Item>::sharing(storing_item)), open_mode(mode) {}
+
+Archive::~Archive() = default;
+
+EntryFolder* Archive::walkRoot() const {
+    if (open_mode == 0)
+        return nullptr;
+    if (!walk) {
+        walk = std::make_unique<ArchiveWalk>(const_cast<Archive&>(*this));
+        try {
+            walk->build();
+        } catch (...) {
+            walk.reset();
+            throw;
+        }
+    }
+    return walk->shell() ? nullptr : &walk->root();
+}
+
+std::unique_ptr<pattern::Iterator<Item*>> Archive::createIterator() {
+    EntryFolder* const root = walkRoot();
+    return root ? root->createIterator() : Folder::createIterator();
+}
+
+std::unique_ptr<pattern::Iterator<const Item*>> Archive::createIterator() const {
+    const EntryFolder* const root = walkRoot();
+    return root ? root->createIterator() : Folder::createIterator();
+}
+
+void Archive::open(Mode mode) {
+    if (open_mode != 0)
+        throw ModeError("archive is open already");
+    if ((mode & mode_create) && !described.boolean(key::createsArchives))
+        throw ModeError("this format doesn't create archives");
+    _open(mode);
+    open_mode = mode;
+}
+
+void Archive::print(stream::output& /*out*/) {
+    throw un::implemented("harbor6::Archive::print");
+}
+
+void Archive::commit() {}
+
+void Archive::archiveHook() {}
+
+bool Archive::verify() {
+    return static_cast<bool>(storageInput(0));
+}
+
+void Archive::setArchiveFile(const Attributes* /*attributes*/) {}
+
+data::CountedInput Archive::storageInput(std::uint64_t offset) const {
+    return _storageInput(offset + shift);
+}
+
+data::random::CountedInput Archive::storageRandomInput(bool shared) const {
+    return _storageRandomInput(shared);
+}
+
+data::CountedOutput Archive::storageOutput(bool expanding) {
+    return _storageOutput(expanding);
+}
+
+data::random::CountedOutput Archive::storageRandomOutput(bool expanding) {
+    return _storageRandomOutput(expanding);
+}
+
+void Archive::createIndex(File& /*file*/) {
+    throw un::implemented("harbor6::Archive::createIndex");
+}
+
+std::uint64_t Archive::size() const {
+    const auto bytes = storageInput(0);
+    return bytes ? bytes->size() : 0;
+}
+
+std::uint64_t Archive::end() const {
+    return size();
+}
+
+std::uint64_t Archive::waste() const {
+    return 0;
+}
+
+void Archive::_open(Mode /*mode*/) {}
+
+void Archive::_close() {}
+
+data::CountedInput Archive::_storageInput(std::uint64_t offset) const {
+    File* const file = storingItem().asFile();
+    const Fork* const fork = file ? file->getMainFork() : nullptr;
+    auto bytes = fork ? fork->input(true) : data::CountedInput();
+    if (bytes && offset != 0 && !bytes->seek(offset))
+        bytes->skip(offset);
+    return bytes;
+}
+
+data::random::CountedInput Archive::_storageRandomInput(bool shared) const {
+    File* const file = storingItem().asFile();
+    const Fork* const fork = file ? file->getMainFork() : nullptr;
+    return fork ? fork->randomInput(true, shared) : data::random::CountedInput();
+}
+
+data::CountedOutput Archive::_storageOutput(bool expanding) {
+    File* const file = storingItem().asFile();
+    Fork* const fork = file ? file->getMainFork() : nullptr;
+    return fork ? fork->output(expanding) : data::CountedOutput();
+}
+
+data::random::CountedOutput Archive::_storageRandomOutput(bool expanding) {
+    File* const file = storingItem().asFile();
+    Fork* const fork = file ? file->getMainFork() : nullptr;
+    return fork ? fork->randomOutput(expanding) : data::random::CountedOutput();
+}
+
+void Archive::shiftInput(std::uint64_t bytes) {
+    shift += bytes;
+}
+
+void Archive::beginExtraction() {}
+
+void Archive::endExtraction() {}
+
+void Archive::abortExtraction() {}
+
+void Archive::close() {
+    if (open_mode == 0)
+        return;
+    open_mode = 0;
+    walk.reset();
+    _close();
+}
+
+Archive::Mode Archive::mode() const {
+    return open_mode;
+}
+
+File* Archive::acquireArchiveFile() const {
+    File* const file = storingItem().asFile();
+    if (file)
+        file->addReference();
+    return file;
+}
+
+bool Archive::hasArchiveFile() const {
+    return storingItem().asFile() != nullptr;
+}
+
+void Archive::sourceArchive(Archive& around) {
+    outer = pattern::AcquiredPtr<Archive>::sharing(around);
+}
+
+void Archive::destroy() {
+    delete this;
+}
+
+const Format& Archive::format() const {
+    return described;
+}
+
+Format& Archive::format() {
+    return const_cast<Format&>(described);
+}
+
+HarborShell& Archive::shell() const {
+    HarborShell* const scanning = walk ? walk->shell() : nullptr;
+    return scanning ? *scanning : Item::shell();
+}
+
+bool Archive::modifiable(const std::string& key) {
+    return idFromName(key) != key_id::name && Item::modifiable(key);
+}
+
+bool Archive::hasString(const std::string& key) const {
+    return idFromName(key) == key_id::name ? storingItem().hasString(key) : Item::hasString(key);
+}
+
+bool Archive::getString(const std::string& key, std::string& value) const {
+    if (idFromName(key) != key_id::name)
+        return Item::getString(key, value);
+    if (!storingItem().getString(key, value))
+        return false;
+    const auto suffix = described.string(key::suffix);
+    if (endsWith(value, suffix))
+        value.resize(value.size() - suffix.size());
+    return true;
+}
+
+void Archive::populateIndex() const {
+    Item::populateIndex();
+    index()[key::name] = key_id::name;
+}
+
+Item& Archive::storingItem() const {
+    if (!storing)
+        throw un::exception("attempt to derefernce 0 ptr", "un");
+    return *storing;
+}
+
+} // namespace harbor6

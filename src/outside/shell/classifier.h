@@ -1,0 +1,43 @@
+#pragma once
+
+#include "outside/groundwork/export.h"
+#include "stream/array.h"
+
+#include <memory>
+#include <vector>
+
+namespace harbor6 {
+
+class Archive;
+class File;
+class Format;
+
+/// The registry of formats. It owns every format that was added, for as long as it lives, and recognises
+/// files by the first 64 KiB of their main fork.
+class HARBOR6_API Classifier {
+public:
+    Classifier();
+    Classifier(const Classifier&) = delete;
+    Classifier& operator=(const Classifier&) = delete;
+    virtual ~Classifier();
+
+    static constexpr unsigned sample_size = 65536;
+
+    /// Takes `format` over, and always accepts it.
+    virtual bool addFormat(Format& format) const;
+    /// An unopened archive on `file` with a reference for the caller, null if no format claims the file. A
+    /// file without a main fork that can be read is claimed by none.
+    virtual Archive* acquireStreamArchive(File& file);
+    virtual Archive* acquireFileArchive(File& file, std::uint32_t a, std::uint32_t b, std::uint32_t c);
+
+    /// The format whose archive starts at the first byte of `sample`, null if there is none. Where none
+    /// claims it and the sample ends inside what one of them took for its header, that stream::exception is
+    /// raised.
+    Format* recognise(const un::array<char>& sample) const;
+    const std::vector<std::unique_ptr<Format>>& formats() const;
+
+private:
+    mutable std::vector<std::unique_ptr<Format>> known;
+};
+
+} // namespace harbor6

@@ -1,0 +1,7 @@
+#include "outside/shell/client_interface.h"
+
+namespace harbor6 {
+
+ClientInterface::~ClientInterface() = default;
+
+} // namespace harbor6

@@ -1,0 +1,13 @@
+#include "outside/shell/mac_info.h"
+
+namespace io::mac {
+
+file_info::~file_info() = default;
+
+extended_file_info::~extended_file_info() = default;
+
+folder_info::~folder_info() = default;
+
+extended_folder_info::~extended_folder_info() = default;
+
+} // namespace io::mac

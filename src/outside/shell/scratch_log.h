@@ -1,0 +1,37 @@
+#pragma once
+
+#include "outside/groundwork/export.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+namespace harbor6 {
+
+/// A growing run of bytes, written at its end and read anywhere: the first 16 MiB are kept in memory, what
+/// comes behind them in one file without a name. Failures of that file raise fs::Exception.
+class ScratchLog {
+public:
+    static constexpr std::uint64_t memory_limit = 16u << 20;
+
+    std::uint64_t size() const;
+    void append(const char* bytes, unsigned length);
+    /// Takes up to `length` bytes from `offset` on, fewer only at the end.
+    unsigned read(std::uint64_t offset, char* buffer, unsigned length) const;
+
+private:
+    static constexpr unsigned piece_size = 1u << 20;
+
+    struct Close {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+
+    std::FILE* fileAt(std::uint64_t offset) const;
+
+    std::vector<std::vector<char>> pieces; ///< each but the last one is full
+    std::unique_ptr<std::FILE, Close> overflow;
+    std::uint64_t length = 0;
+};
+
+} // namespace harbor6

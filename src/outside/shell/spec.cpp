@@ -1,0 +1,7 @@
+#include "outside/shell/spec.h"
+
+namespace fs {
+
+Spec::~Spec() = default;
+
+} // namespace fs

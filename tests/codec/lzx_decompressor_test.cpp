@@ -1,0 +1,438 @@
+#include "codec/lzx_decompressor.h"
+
+#include "outside/groundwork/exception.h"
+#include "support/lzx_compress.h"
+#include "support/lzx_decode.h"
+#include "support/numbers.h"
+#include "support/sha256.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <functional>
+#include <map>
+
+namespace {
+
+using support::lzx_frame;
+using support::lzx_outcome;
+using support::lzx_shape;
+using support::lzx_token;
+using support::lzx_writer;
+using frames = std::vector<lzx_frame>;
+
+const std::string data_folder = HARBOR_TEST_DATA "/";
+
+/// What both loops agree on.
+lzx_outcome decoded(const frames& coded, unsigned window_bits) {
+    const auto exact = support::lzx_decode(coded, 1u << window_bits, true);
+    const auto fast = support::lzx_decode(coded, 1u << window_bits, false);
+    EXPECT_EQ(exact.results, fast.results);
+    EXPECT_EQ(exact.positions, fast.positions);
+    EXPECT_TRUE(exact.bytes == fast.bytes) << "the loops differ";
+    EXPECT_EQ(fast.writes,
+              std::count_if(fast.results.begin(), fast.results.end(), [](auto r) { return r >= 0; }));
+    return fast;
+}
+
+/// The tokens' meaning by the plainest means, history before the first byte being zeros.
+std::string expand(const std::vector<lzx_token>& tokens, std::string history = {}) {
+    for (const auto& token : tokens)
+        for (std::uint32_t i = 0; i < token.length; ++i)
+            history += token.length == 1              ? static_cast<char>(token.value)
+                       : token.value > history.size() ? '\0'
+                                                      : history[history.size() - token.value];
+    return history;
+}
+
+/// Tokens for `size` bytes from stream position `at` on, none across a frame's end.
+std::vector<lzx_token> random_tokens(support::numbers& random, std::uint32_t at, std::uint32_t size,
+                                     std::uint32_t farthest, std::uint32_t frame_bytes = 32768) {
+    std::vector<lzx_token> tokens;
+    std::vector<std::uint32_t> recent{1, 1, 1};
+    for (const std::uint32_t end = at + size; at < end;) {
+        const std::uint32_t room = std::min(end - at, frame_bytes - at % frame_bytes);
+        lzx_token next{1, 97 + random() % 20 * (random() % 8 == 0)};
+        if (room > 1 && random() % 3 != 0) {
+            const std::uint32_t length = random() % 4 == 0 ? random() % 256 + 2 : random() % 9 + 2;
+            // Offsets of every magnitude, and often the shortest and the farthest.
+            std::uint32_t offset = random() % farthest >> random() % 21;
+            if (random() % 16 == 0)
+                offset = farthest - random() % 80;
+            if (random() % 5 == 0)
+                offset = recent[random() % 3];
+            next = {std::min(length, room), std::clamp(offset, 1u, farthest)};
+            recent[random() % 3] = next.value;
+        }
+        at += next.length;
+        tokens.push_back(next);
+    }
+    return tokens;
+}
+
+std::vector<lzx_token> literals(const std::string& text) {
+    std::vector<lzx_token> tokens;
+    for (const char c : text)
+        tokens.push_back({1, static_cast<unsigned char>(c)});
+    return tokens;
+}
+
+/// Cuts, flips and shuffles, all of which must end, and alike in both loops.
+void expect_agreement_when_damaged(const frames& coded, unsigned window_bits, unsigned rounds,
+                                   unsigned seed) {
+    support::numbers random(seed);
+    for (unsigned round = 0; round < rounds; ++round) {
+        frames bad = coded;
+        auto& frame = bad[random() % bad.size()];
+        if (frame.bytes.empty())
+            continue;
+        switch (random() % 4) {
+        case 0:
+            frame.bytes.resize(random() % frame.bytes.size());
+            break;
+        case 1:
+            std::swap(frame, bad[random() % bad.size()]);
+            break;
+        case 2:
+            frame.size = random() % 32769;
+            break;
+        default:
+            for (unsigned flips = random() % 3 + 1; flips > 0; --flips)
+                frame.bytes[random() % frame.bytes.size()] ^= static_cast<char>(1 << random() % 8);
+        }
+        SCOPED_TRACE(round);
+        decoded(bad, window_bits);
+        if (testing::Test::HasFailure())
+            return;
+    }
+}
+
+std::map<std::string, std::map<std::string, std::string>> known_digests() {
+    std::map<std::string, std::map<std::string, std::string>> digests;
+    std::ifstream in(data_folder + "SHA256SUMS");
+    for (std::string digest, name; in >> digest >> name;)
+        if (name.starts_with("lzx"))
+            digests[name.substr(0, name.find('/'))][name.substr(name.find('/') + 1)] = digest;
+    return digests;
+}
+
+} // namespace
+
+TEST(LzxDecompressor, RefusesAWindowThatIsNoPowerOfTwo) {
+    for (const std::uint32_t size : {0u, 3u, 32767u, 32769u, 1u << 22}) {
+        try {
+            algorithm::lzx::decompressor decoder(size);
+            FAIL() << size;
+        } catch (const algorithm::exception& e) {
+            EXPECT_STREQ(e.what(), "Invalid compression window size");
+        }
+    }
+}
+
+TEST(LzxDecompressor, ReadsCabinetsOfAnotherWriter) {
+    const auto digests = known_digests();
+    ASSERT_GE(digests.size(), 4u);
+    for (const auto& [name, files] : digests) {
+        SCOPED_TRACE(name);
+        const auto cabinet = support::lzx_read_cabinet(data_folder + name);
+        std::vector<std::string> contents;
+        for (const auto& folder : cabinet.folders) {
+            contents.push_back(decoded(folder.frames, folder.window_bits).bytes);
+            expect_agreement_when_damaged(folder.frames, folder.window_bits, 40, 7);
+        }
+        ASSERT_EQ(cabinet.files.size(), files.size());
+        for (const auto& file : cabinet.files) {
+            auto path = file.name;
+            std::replace(path.begin(), path.end(), '\\', '/');
+            const auto bytes = std::string_view(contents[file.folder]).substr(file.offset, file.size);
+            EXPECT_EQ(support::sha256(bytes), files.at(path)) << path;
+        }
+    }
+}
+
+TEST(LzxDecompressor, DecodesEveryKindOfBlockInEveryWindow) {
+    support::numbers random(1);
+    for (unsigned bits = 15; bits <= 21; ++bits) {
+        SCOPED_TRACE(bits);
+        lzx_writer writer(bits);
+        std::string expected;
+        // Far enough to go round the window, blocks shorter and longer than a frame, odd raw ones.
+        for (unsigned round = 0; expected.size() < (2u << bits) + 100000; ++round) {
+            const auto at = static_cast<std::uint32_t>(expected.size());
+            const std::uint32_t size = round % 5 == 0 ? random() % 40 : random() % (60000u << (bits / 20));
+            const auto tokens = random_tokens(random, at, size, (1u << bits) - 3);
+            const std::size_t before = expected.size();
+            expected = expand(tokens, std::move(expected));
+            if (round % 4 == 3) {
+                writer.raw(expected.substr(before),
+                           {random() % 1000 + 1, 1 + random() % 20, (1u << bits) - 3});
+            } else {
+                writer.block(tokens,
+                             {.aligned = round % 4 == 1, .repeats = round % 3 != 0, .runs = round % 7 != 0});
+            }
+        }
+        const auto coded = writer.finish();
+        const auto outcome = decoded(coded, bits);
+        EXPECT_TRUE(outcome.bytes == expected);
+        expect_agreement_when_damaged(coded, bits, 30, bits);
+    }
+}
+
+TEST(LzxDecompressor, KeepsItsStateOverFramesOfAnySize) {
+    support::numbers random(2);
+    for (const std::uint32_t frame_bytes : {1u, 7u, 256u, 257u, 300u, 4096u, 32768u}) {
+        SCOPED_TRACE(frame_bytes);
+        lzx_writer writer(15, frame_bytes);
+        const std::uint32_t size = std::min(32768u, frame_bytes * 100);
+        const auto tokens = random_tokens(random, 0, size, 32765, frame_bytes);
+        writer.block(tokens, {.aligned = true});
+        const auto expected = expand(tokens);
+        EXPECT_TRUE(decoded(writer.finish(), 15).bytes == expected);
+    }
+}
+
+TEST(LzxDecompressor, DecodesRealisticDataAlikeInBothLoops) {
+    std::string text;
+    support::numbers random(3);
+    while (text.size() < 700000)
+        text += "line " + std::to_string(random() % 5000) +
+                (random() % 3 == 0 ? " of the file\n" : ", and so on; ");
+    for (const unsigned bits : {15u, 18u, 21u}) {
+        const auto coded = support::lzx_compress(text, {.window_bits = bits, .block_bytes = 100000});
+        EXPECT_TRUE(decoded(coded, bits).bytes == text);
+        expect_agreement_when_damaged(coded, bits, 40, bits);
+    }
+}
+
+TEST(LzxDecompressor, TakesTreesOfEveryShape) {
+    const std::string text = "ab\0c";
+    // Codes of 1 to 16 bits: a chain of literals, the longest pair last.
+    std::vector<std::uint8_t> chain(256 + 256);
+    for (unsigned l = 1; l <= 16; ++l)
+        chain['a' + l] = static_cast<std::uint8_t>(l);
+    chain['a' + 17] = 16;
+    std::string ladder;
+    for (unsigned i = 0; i < 3000; ++i)
+        ladder += static_cast<char>('b' + i % 17);
+    // Every symbol in use, so all codes about as long as each other.
+    std::vector<std::uint8_t> flat(256 + 256, 9);
+
+    struct shape_case {
+        const char* name;
+        std::vector<lzx_token> tokens;
+        lzx_shape shape;
+    };
+    std::vector<lzx_token> long_matches{{1, 'x'}};
+    for (std::uint32_t length = 2; length <= 257; ++length)
+        long_matches.push_back({length, 1 + length % 40});
+    const shape_case cases[] = {
+        {"one symbol", literals(std::string(1000, 'a')), {}},
+        {"a chain", literals(ladder), {.main_lengths = chain}},
+        {"flat", literals(ladder), {.runs = false, .main_lengths = flat}},
+        {"every length", long_matches, {}},
+        {"every length, aligned", long_matches, {.aligned = true}},
+        {"aligned tree unused", literals(ladder), {.aligned = true}},
+        {"aligned tree of two symbols", {{1, 'q'}, {30, 14}, {2, 22}}, {.aligned = true}},
+        {"aligned tree too full by a whole",
+         literals(ladder),
+         {.aligned = true, .aligned_lengths = {1, 1, 2, 2, 3, 3, 3, 3}}},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name);
+        lzx_writer writer(16, 65535);
+        writer.block(each.tokens, each.shape);
+        writer.block(literals(text)); // its lengths are deltas on the odd ones
+        EXPECT_TRUE(decoded(writer.finish(), 16).bytes == expand(each.tokens) + "ab");
+    }
+}
+
+TEST(LzxDecompressor, DecodesAnEmptyMainTreeAsZeros) {
+    lzx_writer writer(15);
+    writer.block(literals(std::string(500, 'z')), {.main_lengths = std::vector<std::uint8_t>(256 + 240)});
+    EXPECT_EQ(decoded(writer.finish(), 15).bytes, std::string(500, '\0'));
+}
+
+TEST(LzxDecompressor, RepeatsTheFirstLengthInARunOfNineteen) {
+    // Block one gives four symbols the lengths 1 to 3; block two covers them by one run with delta 0, so all
+    // of them take the first one's length, 2.
+    std::vector<std::uint8_t> first(256 + 240);
+    first[0] = 2, first[1] = 2, first[2] = 3, first[3] = 3, first[4] = 2;
+    lzx_writer writer(15);
+    writer.block(literals(std::string("\0\1\2\3\4", 5)), {.main_lengths = first});
+    writer.header(1, 4);
+    const auto pre_tree = [&](std::initializer_list<unsigned> used) {
+        for (unsigned symbol = 0; symbol < 20; ++symbol)
+            writer.put(std::count(used.begin(), used.end(), symbol) != 0 ? 2 : 0, 4);
+    };
+    pre_tree({0, 2, 18, 19}); // codes 00, 01, 10, 11
+    writer.put(0b11'0'00, 5); // a run of four with delta 0
+    writer.put(0b01, 2);      // symbol 4: 2 - 2
+    for (const unsigned run : {51u, 51u, 51u, 51u, 47u}) {
+        writer.put(0b10, 2);
+        writer.put(run - 20, 5);
+    }
+    for (const unsigned symbols : {240u, 249u}) {
+        pre_tree({0, 2, 18, 19});
+        for (unsigned left = symbols; left > 0; left -= std::min(left, 51u)) {
+            writer.put(0b10, 2); // the last run is cut short
+            writer.put(31, 5);
+        }
+    }
+    writer.put(0b11'10'01'00, 8);
+    writer.advance(4);
+    EXPECT_EQ(decoded(writer.finish(), 15).bytes, std::string("\0\1\2\3\4\3\2\1\0", 9));
+}
+
+TEST(LzxDecompressor, PadsOddRawBlocksAndPassesEmptyOnes) {
+    for (const std::uint32_t size : {1u, 2u, 99u, 100u, 101u}) {
+        SCOPED_TRACE(size);
+        lzx_writer writer(16, 100);
+        const std::string text(size, 'r');
+        writer.raw("");
+        writer.block({});
+        writer.raw(text, {3, 2, 1});
+        writer.raw("");
+        writer.raw("odd");
+        writer.block(literals("end"));
+        EXPECT_EQ(decoded(writer.finish(), 16).bytes, text + "oddend");
+    }
+}
+
+TEST(LzxDecompressor, TakesAnEmptyFrameAndWritesNothingElse) {
+    lzx_writer writer(15, 16);
+    writer.block(literals("0123456789abcdefghij"));
+    auto coded = writer.finish();
+    coded.insert(coded.begin() + 1, lzx_frame{"", 0});
+    const auto outcome = decoded(coded, 15);
+    EXPECT_EQ(outcome.bytes, "0123456789abcdefghij");
+    EXPECT_EQ(outcome.results, (std::vector<std::int64_t>{16, 0, 4}));
+}
+
+TEST(LzxDecompressor, WrapsOffsetsBehindTheStartIntoTheWindow) {
+    for (const std::uint32_t offset : {0u, 0x8000u, 0xFFFFFFFFu, 0x12345678u, 0x7FFFu, 0x7FC0u}) {
+        SCOPED_TRACE(offset);
+        lzx_writer writer(15);
+        std::string text;
+        for (unsigned i = 0; i < 40000; ++i)
+            text += static_cast<char>(i * i >> 7);
+        writer.raw(text, {offset, 1, 1});
+        std::vector<lzx_token> tokens;
+        for (unsigned i = 0; i < 90; ++i)
+            tokens.insert(tokens.end(), {{i % 40 + 2, offset}, {1, 'x'}});
+        writer.block(tokens);
+        // 0 and whole windows copy what stood there one window before.
+        const std::uint32_t back = offset % 32768 == 0 ? 32768 : offset % 32768;
+        for (auto& token : tokens)
+            if (token.length > 1)
+                token.value = back;
+        EXPECT_TRUE(decoded(writer.finish(), 15).bytes == expand(tokens, text));
+    }
+}
+
+TEST(LzxDecompressor, FailsWithoutWriting) {
+    const std::string text = "some text, and some more text, and some text again";
+    struct failure {
+        const char* name;
+        std::function<void(lzx_writer&)> write;
+    };
+    std::vector<std::uint8_t> incomplete(256 + 240);
+    incomplete['s'] = 2;
+    std::vector<std::uint8_t> full(256 + 240, 2);
+    const failure failures[] = {
+        {"block type 0", [](lzx_writer& w) { w.header(0, 100); }},
+        {"block type 4", [](lzx_writer& w) { w.header(4, 100); }},
+        {"block type 7", [](lzx_writer& w) { w.header(7, 100); }},
+        {"no input at all", [](lzx_writer&) {}},
+        {"empty blocks to the end", [](lzx_writer& w) { w.raw(""), w.raw(""), w.block({}); }},
+        {"trees cut off", [](lzx_writer& w) { w.header(1, 100), w.put(0, 16); }},
+        {"aligned tree cut off", [](lzx_writer& w) { w.header(2, 100); }},
+        {"incomplete aligned tree",
+         [&](lzx_writer& w) {
+             w.block(literals(text), {.aligned = true, .aligned_lengths = {1, 2, 0, 0, 0, 0, 0, 0}});
+         }},
+        {"over-full aligned tree",
+         [&](lzx_writer& w) {
+             w.block(literals(text), {.aligned = true, .aligned_lengths = {1, 1, 1, 1, 0, 0, 0, 0}});
+         }},
+        {"incomplete main tree",
+         [&](lzx_writer& w) { w.block(literals(text), {.main_lengths = incomplete}); }},
+        {"over-full main tree", [&](lzx_writer& w) { w.block(literals(text), {.main_lengths = full}); }},
+        {"incomplete length tree",
+         [&](lzx_writer& w) {
+             std::vector<std::uint8_t> lengths(249);
+             lengths[7] = 1;
+             w.block(literals(text), {.length_lengths = lengths});
+         }},
+        {"over-full pre-tree",
+         [](lzx_writer& w) {
+             w.header(1, 100);
+             for (unsigned i = 0; i < 100; ++i)
+                 w.put(0x1111, 16);
+         }},
+        {"a delta above 16 in a run",
+         [](lzx_writer& w) {
+             w.header(1, 100);
+             w.put(0, 16), w.put(0, 16), w.put(0, 16), w.put(0, 16), w.put(0x0101, 16); // symbols 17 and 19
+             for (unsigned i = 0; i < 100; ++i)
+                 w.put(0xFFFF, 16);
+         }},
+        {"a raw header that doesn't fit", [](lzx_writer& w) { w.header(3, 100), w.put(0, 5); }},
+        {"a raw block cut off",
+         [&](lzx_writer& w) { w.header(3, 100), w.put(0, 32), w.put(0, 16 * 30 - 28), w.put(0, 16); }},
+        {"a match over the block's end",
+         [&](lzx_writer& w) {
+             w.block({{1, 'a'}, {1, 'b'}, {2, 1}});
+             auto tokens = literals(text);
+             tokens.push_back({90, 1});
+             w.block(tokens);
+         }},
+    };
+    for (const auto& each : failures) {
+        SCOPED_TRACE(each.name);
+        lzx_writer writer(15);
+        each.write(writer);
+        auto coded = writer.finish();
+        if (coded.empty())
+            coded.push_back({"", 0});
+        coded[0].size = 100;
+        const auto outcome = decoded(coded, 15);
+        EXPECT_EQ(outcome.results, std::vector<std::int64_t>{-1});
+        EXPECT_EQ(outcome.writes, 0u);
+    }
+}
+
+TEST(LzxDecompressor, FailsWhereAFrameEndsInsideAMatchOrPassesTheWindow) {
+    lzx_writer writer(15);
+    auto tokens = literals("abcdef");
+    tokens.push_back({200, 3});
+    writer.block(tokens);
+    auto coded = writer.finish();
+    for (const std::uint32_t size : {7u, 205u, 32769u, 0xFFFFFFFFu}) {
+        coded[0].size = size;
+        EXPECT_TRUE(decoded(coded, 15).failed()) << size;
+    }
+    // 65535 bytes in one frame are sound where they fit.
+    support::numbers random(5);
+    const auto long_tokens = random_tokens(random, 0, 65535, 65533, 65535);
+    lzx_writer long_writer(16, 65535);
+    long_writer.block(long_tokens);
+    EXPECT_TRUE(decoded(long_writer.finish(), 16).bytes == expand(long_tokens));
+}
+
+TEST(LzxDecompressor, TranslatesCallsFrameByFrame) {
+    std::string program(200000, '\x90');
+    support::numbers random(6);
+    for (std::size_t at = 0; at + 200 < program.size(); at += 5 + random() % 90) {
+        program[at] = '\xE8';
+        const std::uint32_t operand = random() % 2 == 0 ? random() % 300000 : 0u - random() % 300000;
+        for (unsigned i = 0; i < 4; ++i)
+            program[at + 1 + i] = static_cast<char>(operand >> (8 * i));
+    }
+    for (const std::uint32_t translation : {0u, 1u, 65536u, 100000u, 12000000u}) {
+        SCOPED_TRACE(translation);
+        const auto coded =
+            support::lzx_compress(program, {.window_bits = 17, .translation_size = translation});
+        EXPECT_TRUE(decoded(coded, 17).bytes == program);
+    }
+}

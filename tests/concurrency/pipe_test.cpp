@@ -1,0 +1,180 @@
+#include "concurrency/pipe.h"
+
+#include "support/job.h"
+
+#include "concurrency/thread.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <thread>
+
+namespace {
+
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+constexpr unsigned effort = 1;
+#else
+constexpr unsigned effort = 2;
+#endif
+
+class dice {
+public:
+    explicit dice(unsigned seed) : engine(seed) {}
+    /// 0 to `most`.
+    unsigned roll(unsigned most) { return std::uniform_int_distribution<unsigned>(0, most)(engine); }
+
+private:
+    std::mt19937 engine;
+};
+
+char byte_at(std::uint64_t place) {
+    return static_cast<char>(place * 2654435761u >> 13);
+}
+
+std::string content(unsigned length) {
+    std::string bytes(length, 0);
+    for (unsigned i = 0; i < length; ++i)
+        bytes[i] = byte_at(i);
+    return bytes;
+}
+
+std::string take(nio::pipe& pipe, unsigned length) {
+    std::string bytes(length, 0);
+    bytes.resize(pipe.read(bytes.data(), length));
+    return bytes;
+}
+
+TEST(Pipe, TakesPowersOfTwoOnly) {
+    for (const unsigned capacity : {0u, 3u, 6u, 65535u, 65537u})
+        EXPECT_EQ(support::text_of([&] { nio::pipe pipe(capacity); }), "pipe size must be a power of 2");
+    nio::pipe pipe(65536);
+    nio::input& input = pipe;
+    input.set_tell(5);
+    EXPECT_EQ(pipe.tell(), 0u);
+    EXPECT_EQ(pipe.channel::size(), ~std::uint64_t{0});
+    EXPECT_FALSE(input.seek(0));
+}
+
+TEST(Pipe, HoldsAllButOneByteAndWorksAgainAfterReset) {
+    nio::pipe pipe(65536);
+    const auto bytes = content(65535);
+    for (int run = 0; run < 3; ++run) {
+        pipe.write(bytes.data(), 0);
+        pipe.put(bytes[0]);
+        pipe.write(bytes.data() + 1, 65534);
+        pipe.finish();
+        EXPECT_EQ(pipe.get(), static_cast<unsigned char>(bytes[0]));
+        EXPECT_EQ(take(pipe, 0), "");
+        EXPECT_EQ(take(pipe, 70000), bytes.substr(1));
+        EXPECT_EQ(take(pipe, 1), "");
+        EXPECT_EQ(pipe.get(), -1);
+        pipe.abort();
+        pipe.reset();
+    }
+}
+
+TEST(Pipe, DropsWhatIsWrittenAfterAbort) {
+    nio::pipe pipe(16);
+    pipe.write("abc", 3);
+    pipe.abort();
+    const auto bytes = content(1000);
+    pipe.write(bytes.data(), 1000);
+    for (int i = 0; i < 100; ++i)
+        pipe.put('x'); // goes on while there is room
+    pipe.finish();
+    EXPECT_EQ(take(pipe, 100), "abcxxxxxxxxxxxx");
+}
+
+TEST(Pipe, WakesTheSleeperAtTheOtherSidesEnd) {
+    nio::pipe pipe(16);
+    const auto bytes = content(100);
+    std::thread writer([&] {
+        pipe.write(bytes.data(), 100); // full after 15
+        pipe.put('x');
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    EXPECT_EQ(take(pipe, 20), bytes.substr(0, 20));
+    pipe.abort();
+    writer.join();
+
+    pipe.reset();
+    std::string got;
+    std::thread reader([&] { got = take(pipe, 10); });
+    pipe.write("abc", 3);
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    pipe.finish();
+    reader.join();
+    EXPECT_EQ(got, "abc");
+}
+
+/// Writes `total` bytes in pieces of random size, single bytes among them.
+void write_all(nio::pipe& pipe, unsigned total, unsigned largest, unsigned seed) {
+    dice random(seed);
+    const auto bytes = content(total);
+    for (unsigned done = 0; done < total;) {
+        const unsigned piece = std::min(random.roll(largest), total - done);
+        if (piece == 1)
+            pipe.put(bytes[done]);
+        else
+            pipe.write(bytes.data() + done, piece);
+        done += piece;
+    }
+    pipe.finish();
+}
+
+/// Reads in the same manner until the end, or until `limit` bytes have come; how many were right.
+unsigned read_all(nio::pipe& pipe, unsigned limit, unsigned largest, unsigned seed) {
+    dice random(seed);
+    std::string piece(largest + 1, 0);
+    unsigned right = 0;
+    while (right < limit) {
+        const unsigned wanted = std::min(1 + random.roll(largest - 1), limit - right);
+        unsigned came = wanted;
+        if (wanted == 1) {
+            const int byte = pipe.get();
+            piece[0] = static_cast<char>(byte);
+            came = byte >= 0 ? 1 : 0;
+        } else {
+            came = pipe.read(piece.data(), wanted);
+        }
+        for (unsigned i = 0; i < came; ++i, ++right)
+            if (piece[i] != byte_at(right))
+                return right;
+        if (came < wanted)
+            break;
+    }
+    return right;
+}
+
+// Small rings change hands at nearly every byte, and short streams end while the reader looks.
+TEST(Pipe, HandsOverEveryByteWhoeverEndsFirst) {
+    const struct {
+        unsigned capacity, rounds, total, largest;
+    } cases[] = {
+        {2, 40, 3000, 3},         {4, 40, 5000, 9},           {16, 4000, 40, 20},     {64, 5000, 3, 3},
+        {1024, 100, 60000, 4000}, {65536, 30, 200000, 70000}, {65536, 2000, 100, 50},
+    };
+    dice random(1);
+    for (const auto& [capacity, rounds, most, largest] : cases) {
+        nio::pipe pipe(capacity);
+        basic::thread thread;
+        for (unsigned round = 0; round < rounds * effort; ++round) {
+            const unsigned total = random.roll(most);
+            const unsigned limit = random.roll(3) == 0 ? random.roll(most) : ~0u;
+            const unsigned piece = largest;
+            support::job writer([&, seed = random.roll(~0u)] { write_all(pipe, total, piece, seed); });
+            pipe.reset();
+            thread.start(&writer);
+            const unsigned right = read_all(pipe, limit, largest, random.roll(~0u));
+            pipe.abort();
+            thread.join();
+            thread.raise();
+            thread.release();
+            ASSERT_EQ(right, std::min(limit, total)) << "capacity " << capacity << ", round " << round;
+        }
+    }
+}
+
+} // namespace

@@ -1,0 +1,185 @@
+#include "format/cab/archive_header.h"
+#include "format/cab/file_header.h"
+#include "format/cab/folder_header.h"
+#include "format/cab/item_reader.h"
+#include "support/cabinet_writer.h"
+#include "support/memory_streams.h"
+#include "support/refusal.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+
+using format::cab::folder_header;
+using format::cab::item_reader;
+using support::bytes_of;
+using support::memory_input;
+using support::memory_output;
+
+namespace {
+
+std::string sample(const std::string& name) {
+    std::ifstream file(HARBOR_TEST_DATA "/" + name, std::ios::binary);
+    std::stringstream bytes;
+    bytes << file.rdbuf();
+    return bytes.str();
+}
+
+} // namespace
+
+TEST(ItemReader, RefusesMethodsBeforeAByteIsRead) {
+    const std::string reporter = "format::cab::item_reader: ";
+    const struct {
+        unsigned from, to;
+        const char* refusal;
+    } words[] = {
+        {0x0000, 0x0000, ""},
+        {0x1500, 0x1500, ""},
+        {0x0011, 0x0011, ""},
+        {2, 2, "quantum compression method not supported"},
+        {4, 14, "unsupported compression method"},
+        {0x00FF, 0x00FF, "invalid compression method"},
+        {0x0E03, 0x0E03, "invalid LZX compression memory "},
+        {0x0F03, 0x0F03, ""},
+        {0x1503, 0x1503, ""},
+        {0x1603, 0x1603, "invalid LZX compression memory "},
+        {0x3503, 0x3503, ""},
+    };
+    for (const auto& c : words) {
+        for (unsigned word = c.from; word <= c.to; ++word) {
+            folder_header folder;
+            folder.compression = static_cast<std::uint16_t>(word);
+            memory_input input("data");
+            memory_output output;
+            item_reader reader(&folder);
+            EXPECT_EQ(support::refusal_of([&] { EXPECT_EQ(reader.process(input, output), 0u); }),
+                      *c.refusal ? reporter + c.refusal : "")
+                << word;
+            EXPECT_EQ(input.tell(), 0u);
+        }
+    }
+    EXPECT_EQ(support::refusal_of([] {
+                  memory_input input("");
+                  memory_output output;
+                  item_reader().process(input, output, 1);
+              }),
+              "stream::transform: partial stream processing is not implemented");
+}
+
+TEST(ItemReader, CopiesStoredBlocksUpToTheFirstBrokenOne) {
+    folder_header folder;
+    folder.block_count = 3;
+    const std::string big(65535, 'b');
+    memory_input input(bytes_of({.payload = "abc", .uncompressed_size = std::uint16_t{99}}) +
+                       bytes_of({.payload = "", .checksum = 0}) + bytes_of({.payload = big}) +
+                       bytes_of({.payload = "def"}) + bytes_of({.payload = "ghi", .checksum = 1}));
+    memory_output output;
+    item_reader reader(&folder);
+    EXPECT_EQ(reader.process(input, output), 3 + big.size());
+    EXPECT_EQ(support::refusal_of([&] { reader.process(input, output); }),
+              "crc format::cab::data_header: CRC mismatch, data is invalid");
+    EXPECT_EQ(output.bytes, "abc" + big + "def");
+}
+
+TEST(ItemReader, ExpandsACabinetOfAnotherWriter) {
+    const auto bytes = sample("stored-nochecksum.cab");
+    memory_input input(bytes);
+    format::cab::archive_header header;
+    header.read(input, true);
+    ASSERT_EQ(header.cabinet_size, bytes.size());
+    std::vector<folder_header> folders(header.folder_count);
+    for (auto& folder : folders)
+        folder.read(input, true);
+    EXPECT_EQ(input.tell(), header.files_offset);
+    std::uint64_t stated = 0;
+    std::string names;
+    for (unsigned i = 0; i < header.file_count; ++i) {
+        format::cab::file_header record;
+        record.read(input, true);
+        stated += record.size;
+        names += record.name + ' ';
+    }
+    memory_output output;
+    for (auto& folder : folders) {
+        EXPECT_EQ(input.tell(), folder.data_offset);
+        item_reader(&folder).process(input, output);
+    }
+    EXPECT_EQ(names, "hello.txt docs/text.txt one.bin ");
+    EXPECT_EQ(output.bytes.size(), stated);
+    EXPECT_EQ(output.bytes.substr(0, 6), "hello\n");
+    EXPECT_EQ(input.read(), -1);
+}
+
+TEST(ItemReader, AgreesWithAnotherWriterOnChecksumsAndNames) {
+    memory_input next(sample("refuse-next.cab"));
+    format::cab::archive_header header;
+    header.read(next, true);
+    EXPECT_TRUE(header.has_next && !header.has_previous);
+    EXPECT_EQ(header.next_cabinet.value + ' ' + header.next_disk.value, "b.cab disk2");
+    folder_header folder;
+    folder.read(next, true);
+    format::cab::file_header file;
+    file.read(next, true);
+    EXPECT_EQ(file.time.year * 10000 + file.time.month * 100 + file.time.day, 20040229u);
+    EXPECT_EQ(file.time.hour * 10000 + file.time.minute * 100 + file.time.second, 133742u);
+    const auto data = next.rest();
+    EXPECT_NE(data.substr(0, 4), std::string(4, '\0'));
+    memory_input sound(data);
+    memory_input damaged(support::flip(data, 13));
+    memory_output output;
+    item_reader(&folder).process(sound, output);
+    EXPECT_EQ(output.bytes, "hello\n");
+    EXPECT_NE(support::refusal_of([&] { item_reader(&folder).process(damaged, output); }), "");
+}
+
+TEST(ItemReader, RunsDecodersBlockByBlockAndRefusesWhatDoesntFit) {
+    const auto deflated = support::mszip_encoder();
+    const std::string text(40000, 'x');
+    const auto first = deflated(text.substr(0, 32768)), second = deflated(text.substr(32768));
+    const std::string raw_frame("\x00\x30\x30\x00" // no call translation, an uncompressed block of 3 bytes
+                                "\x01\x00\x00\x00\x01\x00\x00\x00\x01\x00\x00\x00" // repeated offsets
+                                "abc\x00",
+                                20);
+    const struct {
+        std::uint16_t compression;
+        std::deque<support::block_record> blocks;
+        const char* refusal;
+        std::string expanded;
+        std::uint64_t place; ///< in the payload of the last block
+    } cases[] = {
+        {support::mszip,
+         {{.payload = first, .uncompressed_size = std::uint16_t{32768}},
+          {.payload = second, .uncompressed_size = std::uint16_t{7232}}},
+         "",
+         text,
+         second.size()},
+        {support::mszip, {{.payload = "CJxx"}}, "invalid deflate block artifact", "", 2},
+        {support::mszip, {{.payload = "C"}}, "invalid deflate block artifact", "", 1},
+        {support::mszip,
+         {{.payload = first, .uncompressed_size = std::uint16_t{32767}}},
+         "Deflate decompression output size mismatch",
+         text.substr(0, 32768),
+         first.size()},
+        {support::lzx(15), {{.payload = raw_frame, .uncompressed_size = std::uint16_t{3}}}, "", "abc", 20},
+        {support::lzx(15),
+         {{.payload = std::string(20, '\xFF'), .uncompressed_size = std::uint16_t{3}}},
+         "LZX decompression output size mismatch",
+         "",
+         20},
+    };
+    for (const auto& c : cases) {
+        std::string data;
+        for (const auto& block : c.blocks)
+            data += bytes_of(block);
+        support::seekable_input input(data);
+        memory_output output;
+        folder_header folder;
+        folder.compression = c.compression;
+        folder.block_count = static_cast<std::uint32_t>(c.blocks.size());
+        const auto refusal = support::refusal_of(
+            [&] { EXPECT_EQ(item_reader(&folder).process(input, output), c.expanded.size()); });
+        EXPECT_EQ(refusal, *c.refusal ? std::string("format::cab::item_reader: ") + c.refusal : "");
+        EXPECT_EQ(output.bytes, c.expanded);
+        EXPECT_EQ(input.tell(), data.size() - c.blocks.back().payload.size() + c.place) << c.refusal;
+    }
+}

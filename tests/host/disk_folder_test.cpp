@@ -1,0 +1,223 @@
+#include "host/disk_file.h"
+#include "host/disk_folder.h"
+#include "stream/segment_listener.h"
+#include "support/refusal.h"
+#include "support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace {
+
+using pattern::AcquiredPtr;
+using support::read_file;
+using support::tree;
+using support::write_file;
+
+/// Keeps what it is told, a line each.
+class recorder : public host::journal {
+public:
+    void done(const std::string& path, std::uint64_t size) override {
+        heard += path + " " + std::to_string(size) + "\n";
+    }
+    void refused(const std::string& path, const std::string& reason) override {
+        heard += path + ": " + reason + "\n";
+    }
+    void unfinished(const std::string& path, std::uint64_t size, const std::string&) override {
+        heard += path + " only " + std::to_string(size) + "\n";
+    }
+    void missing(const std::string& path) override { heard += path + " missing\n"; }
+    std::string take() { return std::exchange(heard, {}); }
+
+private:
+    std::string heard;
+};
+
+class DiskFolder : public testing::Test {
+protected:
+    AcquiredPtr<harbor6::Folder> folder(const std::string& path) {
+        AcquiredPtr<harbor6::Folder> found(new host::DiskFolder(session));
+        for (std::size_t start = 0, end; start < path.size(); start = end + 1) {
+            end = std::min(path.find('/', start), path.size());
+            found = found->acquireCreatedFolder(path.substr(start, end - start));
+        }
+        return found;
+    }
+    AcquiredPtr<harbor6::File> file(const std::string& path, const std::string& name) {
+        const auto parent = folder(path);
+        AcquiredPtr<harbor6::File> made(parent->acquireNewFileFromName(name, false));
+        fs::time when;
+        when.set_dos(0x305D, 0x6CB5);
+        made->setTime(harbor6::key::modTime, when);
+        return made;
+    }
+    /// Writes as a folder's pass does: the stream goes before the commit.
+    void give(harbor6::File& to, const std::string& bytes, std::uint64_t size) {
+        {
+            const auto out = to.getMainFork()->output(true);
+            if (auto* const listener = dynamic_cast<stream::segment_listener*>(out.get()))
+                listener->segment_begins(size);
+            out->write(bytes);
+        }
+        to.commitItem();
+    }
+    void put(const std::string& path, const std::string& name, const std::string& bytes) {
+        give(*file(path, name), bytes, bytes.size());
+    }
+
+    support::temporary_folder place;
+    host::disk_target target{(place / "out").string(), true};
+    recorder log;
+    harbor6::Format format{nullptr};
+    host::disk_session session{target, format, log};
+};
+
+TEST_F(DiskFolder, HoldsWhatWasCommittedAndNothingBefore) {
+    {
+        const auto top = folder("");
+        EXPECT_FALSE(top->hasItemNamed("x"));
+        EXPECT_EQ(tree(place.path), "") << "the target is made with the first thing in it";
+        const auto waiting = file("", "x");
+        EXPECT_TRUE(top->hasItemNamed("x")) << "a name that was given away is taken";
+        EXPECT_EQ(tree(place.path), "");
+    }
+    EXPECT_EQ(log.take(), "x missing\n");
+    put("a/b", "x", std::string(100000, 'x') + "tail");
+    put("a//b", "y", "");
+    EXPECT_EQ(tree(place.path), "out/ out/a/ out/a/b/ out/a/b/x out/a/b/y ");
+    EXPECT_EQ(read_file(place / "out/a/b/x"), std::string(100000, 'x') + "tail");
+    EXPECT_EQ(log.take(), "a/b/x 100004\na/b/y 0\n");
+    const auto b = folder("a/b");
+    EXPECT_TRUE(b->hasItemNamed("x"));
+    EXPECT_FALSE(b->hasItemNamed("X"));
+    EXPECT_FALSE(b->hasItemNamed(".."));
+    struct stat status = {};
+    ASSERT_EQ(stat((place / "out/a/b/x").c_str(), &status), 0);
+    const std::tm parts = *std::localtime(&status.st_mtime);
+    EXPECT_EQ(parts.tm_year * 10000 + parts.tm_mon * 100 + parts.tm_mday, 104 * 10000 + 1 * 100 + 29);
+    EXPECT_EQ(parts.tm_hour * 3600 + parts.tm_min * 60 + parts.tm_sec, 13 * 3600 + 37 * 60 + 42);
+}
+
+TEST_F(DiskFolder, ToldHowMuchComesItKnowsAHalfFile) {
+    give(*file("", "short"), "abc", 5);
+    give(*file("", "unwritten"), "", 1);
+    EXPECT_EQ(log.take(), "short only 3\nunwritten only 0\n");
+    EXPECT_EQ(read_file(place / "out/short"), "abc") << "what came stays";
+    const auto interrupted = file("", "unannounced");
+    struct at_end {
+        harbor6::File& file;
+        ~at_end() { file.commitItem(); }
+    };
+    try {
+        const at_end committing{*interrupted};
+        interrupted->getMainFork()->output(true)->write(std::string("ab"));
+        throw 1;
+    } catch (int) {
+    }
+    EXPECT_EQ(log.take(), "unannounced only 2\n");
+}
+
+TEST_F(DiskFolder, ReplacesAFileOnlyByAWholeOne) {
+    put("", "x", "old");
+    session.replace_next("", "x");
+    EXPECT_FALSE(folder("")->hasItemNamed("x"));
+    auto next = file("", "x");
+    give(*next, "half", 5);
+    EXPECT_EQ(tree(place.path), "out/ out/x ");
+    EXPECT_EQ(read_file(place / "out/x"), "old");
+    EXPECT_TRUE(folder("")->hasItemNamed("x"));
+    session.replace_next("", "x");
+    next = file("", "x");
+    give(*next, "whole", 5);
+    EXPECT_EQ(tree(place.path), "out/ out/x ");
+    EXPECT_EQ(read_file(place / "out/x"), "whole");
+}
+
+TEST_F(DiskFolder, NeverFollowsALink) {
+    const auto outside = place / "outside";
+    std::filesystem::create_directories(outside / "sub");
+    std::filesystem::create_directories(place / "out/real");
+    std::filesystem::create_directory_symlink(outside, place / "out/link");
+    std::filesystem::create_symlink(outside / "new", place / "out/dangling");
+    put("link", "x", "1");
+    put("link/sub", "x", "2");
+    put("", "dangling", "3");
+    EXPECT_EQ(log.take(), "link/x: cannot use folder link: it is a symbolic link\n"
+                          "link/sub/x: cannot use folder link: it is a symbolic link\n"
+                          "dangling: cannot create dangling: File exists\n");
+
+    // Links that appear between the lookup and the writing.
+    const auto promised = file("real", "late");
+    const auto deeper = file("real/deep", "x");
+    std::filesystem::create_symlink(outside / "new", place / "out/real/late");
+    give(*promised, "4", 1);
+    for (int i = 0; i < 20; ++i) // the folder is closed meanwhile
+        folder(std::to_string(i));
+    std::filesystem::remove(place / "out/real/deep");
+    std::filesystem::create_directory_symlink(outside, place / "out/real/deep");
+    give(*deeper, "5", 1);
+    EXPECT_EQ(log.take(), "real/late: cannot create real/late: File exists\n"
+                          "real/deep/x: cannot use folder real/deep: it is a symbolic link\n");
+    EXPECT_EQ(tree(outside), "sub/ ");
+}
+
+TEST_F(DiskFolder, TakesNoNameThatLeadsElsewhere) {
+    for (const std::string name : {"", ".", "..", "a/b", "../x", "/x"})
+        EXPECT_NE(host::disk_target::refusal(name), "") << name;
+    EXPECT_NE(host::disk_target::refusal(std::string("a\0b", 3)), "");
+    EXPECT_NE(host::disk_target::refusal(std::string(256, 'a')), "");
+    EXPECT_EQ(host::disk_target::refusal("..."), "");
+    for (const std::string name : {".", "..", "a/b"})
+        put("", name, "x");
+    const auto top = folder("");
+    for (const std::string name : {"..", "../up", "/up"}) {
+        const AcquiredPtr<harbor6::Folder> bad(top->acquireCreatedFolder(name));
+        EXPECT_NE(dynamic_cast<host::DiskFolder&>(*bad).refusal("x"), "") << name;
+    }
+    EXPECT_EQ(tree(place.path), "");
+}
+
+TEST_F(DiskFolder, AFileInTheWayCostsWhatLiesBehindIt) {
+    put("", "a", "file");
+    put("a/b", "x", "1");
+    std::filesystem::create_directories(place / "out/d");
+    put("", "d", "2");
+    put("c", "y", "3");
+    EXPECT_EQ(log.take(),
+              "a 4\na/b/x: cannot use folder a: it is a file\nd: cannot create d: File exists\nc/y 1\n");
+}
+
+TEST_F(DiskFolder, KeepsFewDescriptorsOpen) {
+    std::vector<AcquiredPtr<harbor6::File>> waiting;
+    std::string deep = "d";
+    for (int i = 0; i < 300; ++i) {
+        waiting.push_back(file(std::to_string(i), "x"));
+        if (i < 100)
+            deep += "/d";
+    }
+    waiting.push_back(file(deep, "x"));
+    const auto open_now = [] {
+        std::ptrdiff_t count = 0;
+        for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+            count += !entry.path().empty();
+        return count;
+    };
+    EXPECT_LT(open_now(), 40);
+    for (const auto& each : waiting)
+        give(*each, "x", 1);
+    EXPECT_LT(open_now(), 40);
+    EXPECT_EQ(read_file(place.path / "out" / deep / "x"), "x");
+}
+
+TEST(DiskTarget, CanRefuseToBeALinkItself) {
+    support::temporary_folder place;
+    std::filesystem::create_directory(place / "real");
+    std::filesystem::create_directory_symlink(place / "real", place / "link");
+    EXPECT_NO_THROW(host::disk_target((place / "link").string(), true).make_folder("a"));
+    EXPECT_NE(
+        support::refusal_of([&] { host::disk_target((place / "link").string(), false).make_folder("b"); }),
+        "");
+    EXPECT_EQ(tree(place / "real"), "a/ ");
+}
+
+} // namespace

@@ -1,0 +1,224 @@
+#include "support/cabinet_writer.h"
+#include "support/sha256.h"
+#include "support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+#include <sys/wait.h>
+
+// The program as its user sees it: arguments in, exit status and exact output out.
+
+namespace {
+
+using support::cabinet;
+using support::read_file;
+using support::tree;
+using support::write_file;
+
+struct transcript {
+    int status = -1;
+    std::string out;
+    std::string err;
+
+    friend bool operator==(const transcript&, const transcript&) = default;
+    friend std::ostream& operator<<(std::ostream& stream, const transcript& shown) {
+        return stream << "status " << shown.status << "\n-- out\n" << shown.out << "-- err\n" << shown.err;
+    }
+};
+
+class Program : public testing::Test {
+protected:
+    /// Runs `harbor` with `arguments`, as a shell reads them, in `place`; `before` is put in front.
+    transcript run(const std::string& arguments, const std::string& before = {}) {
+        const auto shell = "cd '" + place.path.string() + "' && { " + before + " '" HARBOR_PROGRAM "' " +
+                           arguments + "; } >'" + (logs / "out").string() + "' 2>'" +
+                           (logs / "err").string() + "'";
+        const int ended = std::system(shell.c_str());
+        return {WIFEXITED(ended) ? WEXITSTATUS(ended) : -1, read_file(logs / "out"), read_file(logs / "err")};
+    }
+    void save(const cabinet& made, const std::string& name = "x.cab") {
+        write_file(place / name, made.bytes());
+    }
+
+    static transcript fine(const std::string& out = {}) { return {0, out, {}}; }
+    static transcript failed(const std::string& err, const std::string& out = {}) { return {1, out, err}; }
+
+    support::temporary_folder place;
+    support::temporary_folder logs;
+};
+
+TEST_F(Program, ExpandsEachCorpusCabinetToItsDigests) {
+    std::istringstream sums(read_file(HARBOR_TEST_DATA "/SHA256SUMS"));
+    std::string digest;
+    std::string path;
+    int compared = 0;
+    while (sums >> digest >> path) {
+        const auto name = path.substr(0, path.find('/'));
+        const auto folder = name.substr(0, name.rfind('.'));
+        if (!std::filesystem::exists(std::filesystem::path(HARBOR_TEST_DATA) / name))
+            continue;
+        if (!std::filesystem::exists(place / folder)) {
+            ASSERT_EQ(run("expand " HARBOR_TEST_DATA "/" + name), fine()) << name;
+        }
+        ASSERT_EQ(support::sha256(read_file(place.path / folder / path.substr(name.size() + 1))), digest)
+            << path;
+        ++compared;
+    }
+    EXPECT_GT(compared, 30);
+}
+
+TEST_F(Program, AsksBeforeItReplaces) {
+    save(cabinet().file("a", "one").file("d\\b", "two"));
+    EXPECT_EQ(run("expand x.cab -v"), fine("a\nd/b\n"));
+    EXPECT_EQ(tree(place / "x"), "a d/ d/b ");
+    save(cabinet().file("a", "three").file("d\\b", "four").file("d\\c", "five"));
+    EXPECT_EQ(run("expand x.cab"),
+              failed("harbor: x.cab: a: exists already (--overwrite replaces, --keep keeps such files)\n"
+                     "harbor: x.cab: d/b: exists already (--overwrite replaces, --keep keeps such files)\n"));
+    EXPECT_EQ(run("expand x.cab --keep -v"), fine("a: kept\nd/b: kept\nd/c: kept\n"));
+    EXPECT_EQ(read_file(place / "x/a") + read_file(place / "x/d/b") + read_file(place / "x/d/c"),
+              "onetwofive");
+    EXPECT_EQ(run("expand x.cab --overwrite"), fine());
+    EXPECT_EQ(read_file(place / "x/a") + read_file(place / "x/d/b"), "threefour");
+
+    cabinet damaged;
+    damaged.folder(support::stored).file({.name = "d\\b", .size = 5});
+    save(damaged.block({.payload = "ha"}).block({.payload = "lf!", .checksum = 1}));
+    EXPECT_EQ(run("expand x.cab --overwrite"), failed("harbor: x.cab: CRC mismatch, data is invalid\n"
+                                                      "harbor: x.cab: d/b: incomplete, only 2 bytes came\n"));
+    EXPECT_EQ(read_file(place / "x/d/b"), "four") << "the old file stays as it was";
+    EXPECT_EQ(tree(place / "x"), "a d/ d/b d/c ");
+}
+
+TEST_F(Program, SaysWhichFilesAreNotWhole) {
+    const auto short_of_blocks = [&](std::uint16_t blocks) {
+        cabinet made;
+        made.file("a", "12345").file("b", "67890").file("c", "abcde");
+        made.folders.back().block_size = 4;
+        made.folders.back().block_count = blocks;
+        save(made);
+        return run("test x.cab");
+    };
+    EXPECT_EQ(short_of_blocks(4), fine("x.cab: OK\n"));
+    EXPECT_EQ(short_of_blocks(3), failed("harbor: x.cab: c: incomplete, only 2 bytes came\n"));
+    EXPECT_EQ(short_of_blocks(1), failed("harbor: x.cab: a: incomplete, only 4 bytes came\n"
+                                         "harbor: x.cab: b: no data came for it\n"
+                                         "harbor: x.cab: c: no data came for it\n"));
+    EXPECT_EQ(short_of_blocks(0), failed("harbor: x.cab: a: incomplete, only 0 bytes came\n"
+                                         "harbor: x.cab: b: no data came for it\n"
+                                         "harbor: x.cab: c: no data came for it\n"));
+    save(cabinet().file("empty", ""));
+    EXPECT_EQ(run("test x.cab"), fine("x.cab: OK\n"));
+}
+
+TEST_F(Program, NoticesACutAtEveryByte) {
+    cabinet made;
+    made.file("a", "12345").file("d\\b", std::string(600, 'b'));
+    made.folders.back().block_size = 300;
+    made.folders.back().checksums = false;
+    const auto whole = made.bytes();
+    for (std::size_t length = 5; length < whole.size(); length += length < 120 ? 1 : 29) {
+        write_file(place / "x.cab", whole.substr(0, length));
+        const auto end = "cut short: the input ends at byte " + std::to_string(length) + "\n";
+        const auto file = run("expand x.cab --overwrite");
+        EXPECT_EQ(file.status, 1) << length;
+        EXPECT_NE(file.err.find(end), std::string::npos) << length << ": " << file.err;
+        if (length % 5 == 0) {
+            EXPECT_EQ(run("expand - -C out --overwrite", "cat x.cab |").status, 1) << length;
+        }
+    }
+    write_file(place / "x.cab", whole);
+    EXPECT_EQ(run("expand - -C piped", "cat x.cab |"), fine());
+    EXPECT_EQ(read_file(place / "piped/d/b"), std::string(600, 'b'));
+}
+
+TEST_F(Program, StaysInsideItsFolder) {
+    save(cabinet()
+             .file("../../up", "1")
+             .file("\\rooted", "2")
+             .file("d\\..", "3")
+             .file("a\x1b[2J", "4")
+             .file("a", "5")
+             .file("a", "6")
+             .file("a\\b", "7")
+             .file("d\\", "8"));
+    EXPECT_EQ(run("expand x.cab -C t"),
+              failed("harbor: x.cab: d/..: no file can have this name\n"
+                     "harbor: x.cab: a: exists already (--overwrite replaces, --keep keeps such files)\n"
+                     "harbor: x.cab: a/b: cannot use folder a: it is not a folder\n"
+                     "harbor: x.cab: d/: it has no name\n"));
+    EXPECT_EQ(tree(place.path), "t/ t/a t/a\x1b[2J t/d/ t/rooted t/up x.cab ");
+    EXPECT_EQ(read_file(place / "t/a"), "5");
+    EXPECT_EQ(run("expand x.cab -C u --overwrite").status, 1);
+    EXPECT_EQ(read_file(place / "u/a"), "6");
+}
+
+TEST_F(Program, TakesOnlyWhatIsNamed) {
+    save(cabinet().file("a.txt", "1").file("d\\b.txt", "2").file("e\\c.dat", "3"));
+    EXPECT_EQ(run("expand x.cab 'b.*'"), fine());
+    EXPECT_EQ(tree(place / "x"), "d/ d/b.txt ");
+    EXPECT_EQ(run("expand x.cab e none -C t"), failed("harbor: x.cab: none: no such file in it\n"));
+    EXPECT_EQ(tree(place / "t"), "e/ e/c.dat ");
+}
+
+TEST_F(Program, ListsAndDescribes) {
+    save(cabinet().file("a", "123").file("d\\\xE4\n", ""));
+    EXPECT_EQ(run("list x.cab"), fine("           3  2004-02-29 13:37:42  a\n"
+                                      "           0  2004-02-29 13:37:42  d/\xC3\xA4\\x0a\n"));
+    EXPECT_EQ(run("list --encoding CP437 --json x.cab"),
+              fine("[\n  {\n    \"archive\": \"x.cab\",\n    \"complete\": true,\n    \"files\": [\n"
+                   "      {\n        \"path\": \"a\",\n        \"size\": 3,\n"
+                   "        \"modified\": \"2004-02-29T13:37:42\"\n      },\n"
+                   "      {\n        \"path\": \"d/\xCE\xA3\\n\",\n        \"size\": 0,\n"
+                   "        \"modified\": \"2004-02-29T13:37:42\"\n      }\n    ]\n  }\n]\n"));
+    EXPECT_EQ(run("formats"), fine("cab\n  longName: CAB\n  suffix: .cab\n  mimeType: application/x-cab\n"
+                                   "  expandsArchives: yes\n  createsArchives: no\n  recoversArchives: no\n"
+                                   "  isFolder: yes\n  isFile: no\n  isSegmented: no\n"));
+}
+
+TEST_F(Program, RefusesInWords) {
+    const std::string data = HARBOR_TEST_DATA "/";
+    write_file(place / "empty", "");
+    write_file(place / "text", "hello");
+    cabinet continued;
+    continued.header.previous = {"p", "d"};
+    save(continued.file("a", "b"));
+    const struct {
+        std::string arguments;
+        std::string complaint;
+    } cases[] = {
+        {"test none", "none: No such file or directory"},
+        {"test .", ".: Is a directory"},
+        {"test empty", "empty: the file is empty"},
+        {"test text", "text: not an archive of a known format"},
+        {"expand x.cab",
+         "x.cab: begins as CAB does, but its head is damaged or says that it continues another archive"},
+        {"test " + data + "refuse-next.cab",
+         data + "refuse-next.cab: expansion of segmented CAB archives not supported"},
+        {"test " + data + "refuse-version.cab", data + "refuse-version.cab: unsupported cabinet version"},
+        {"test --formats none x.cab", "no formats found in none: No such file or directory\n"
+                                      "harbor: x.cab: not an archive of a known format"},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(run(each.arguments), failed("harbor: " + each.complaint + "\n"));
+    EXPECT_EQ(tree(place.path), "empty text x.cab ") << "a refusal leaves nothing behind";
+    for (const std::string usage :
+         {"", "expand", "expand -", "expand --keep --overwrite x.cab", "test --encoding none x.cab"})
+        EXPECT_EQ(run(usage).status, 2) << usage;
+}
+
+TEST_F(Program, SaysWhatADiskRefuses) {
+    save(cabinet().file("a", "fits").file("b", std::string(100000, 'b')).file("c", "more"));
+    const auto limited = run("expand x.cab", "ulimit -f 60;");
+    EXPECT_EQ(limited.status, 1);
+    EXPECT_EQ(limited.err.find("harbor: x.cab: cannot write b: File too large\n"
+                               "harbor: x.cab: b: incomplete, only "),
+              0u);
+    EXPECT_EQ(read_file(place / "x/a"), "fits");
+    EXPECT_EQ(run("expand x.cab -C x.cab"), failed("harbor: x.cab: cannot use folder x.cab: it is a file\n"));
+    EXPECT_EQ(run("list x.cab >/dev/full"),
+              failed("harbor: cannot write to the standard output: No space left on device\n"));
+    EXPECT_EQ(run("list x.cab | true; exit 0").err, "");
+}
+
+} // namespace

@@ -1,0 +1,477 @@
+#include "model/container_adaptor.h"
+#include "support/memory_host.h"
+
+#include <gtest/gtest.h>
+
+using harbor6::Archive;
+using harbor6::Item;
+using pattern::AcquiredPtr;
+using support::memory_host;
+using support::name_of;
+
+namespace {
+
+constexpr char scratch_name[] = ".__&&temp_folder&&__";
+
+std::size_t count(const std::string& text, const std::string& part) {
+    std::size_t found = 0;
+    for (auto at = text.find(part); at != text.npos; at = text.find(part, at + 1))
+        ++found;
+    return found;
+}
+
+/// A host whose source a.arc holds `files`, and whose client asks for its expansion.
+struct expanding_host : memory_host {
+    explicit expanding_host(const std::vector<std::string>& files) {
+        auto& content = archives["x"] = std::make_shared<support::memory_node>();
+        for (const auto& file : files)
+            content->file(file, "<" + file + ">");
+        client.expanded = {"a.arc"};
+    }
+
+    AcquiredPtr<Item> run(bool uniqueName = false) {
+        return AcquiredPtr<Item>(root()->acquireAddedItem(*archive_file, uniqueName));
+    }
+    /// The message or text of what run() raises, "" for nothing.
+    std::string raised() {
+        try {
+            run();
+        } catch (const un::exception& failure) {
+            return failure.message();
+        } catch (const std::exception& failure) {
+            return failure.what();
+        }
+        return "";
+    }
+
+    const AcquiredPtr<support::memory_file> archive_file = source("a.arc", "arc:x");
+};
+
+struct failure_kind {
+    const char* name;
+    std::function<void()> raise;
+    char in_place;   ///< after a failure of the first attempt: c copies, s tries the copy, t throws
+    char in_content; ///< the same in the content pass
+};
+
+const failure_kind kinds[] = {
+    {"implemented", [] { throw un::implemented("x"); }, 's', 's'},
+    {"mode", [] { throw Archive::ModeError("x"); }, 's', 's'},
+    {"fs", [] { throw fs::Exception("x", "y"); }, 't', 't'},
+    {"un", [] { throw un::exception("x", "y"); }, 'c', 'c'},
+    {"format", [] { throw format::exception("x", "y"); }, 'c', 'c'},
+    {"basic", [] { throw basic::exception("x"); }, 't', 'c'}, // adapted to a format::exception
+    {"std", [] { throw std::runtime_error("x"); }, 't', 't'},
+};
+
+const struct {
+    const char* name;
+    bool content;
+} steps[] = {{"classify", false},
+             {"sourceArchive a", false},
+             {"open archive", false},
+             {"begin", true},
+             {"write one", true}};
+
+/// Raises at the step, be it the host's or the client's, when it is taken for the `nth` time.
+void fail_at(memory_host& host, const std::string& step, int nth, const std::function<void()>& raise) {
+    auto taken = [=, left = nth](const std::string& what) mutable {
+        if (what == step && --left == 0)
+            raise();
+    };
+    host.client.on[step] = [taken](auto& asked) mutable { taken(asked.text); };
+    host.trap = taken;
+}
+
+} // namespace
+
+TEST(FolderCopying, AsksInOrderAndLeavesNothingOfWhatIsDeclined) {
+    const std::string file = "sourceFile a.txt -> root: yes\ntargetFile a.txt -> root: yes\n";
+    const std::string folder = "sourceFolder d -> root: yes\ntargetFolder d -> root from d: yes\n";
+    const std::string inner = "sourceFile b -> d: yes\ntargetFile b -> d: yes\ntargetFileReady b\n";
+    const struct {
+        const char* item;
+        std::string declined, transcript, tree;
+        bool given;
+    } cases[] = {
+        {"a.txt", "", file + "targetFileReady a.txt\n", "a.txt=hello\n", true},
+        {"a.txt", "sourceFile a.txt", "sourceFile a.txt -> root: no\n", "", false},
+        {"a.txt", "targetFile a.txt", "sourceFile a.txt -> root: yes\ntargetFile a.txt -> root: no\n", "",
+         false},
+        {"d", "", folder + inner, "d/\nd/b=x\n", true},
+        {"d", "sourceFolder d", "sourceFolder d -> root: no\n", "", false},
+        {"d", "targetFolder d", "sourceFolder d -> root: yes\ntargetFolder d -> root from d: no\n", "",
+         false},
+        {"d", "sourceFile b", folder + "sourceFile b -> d: no\n", "d/\n", true},
+    };
+    for (const auto& c : cases) {
+        memory_host host;
+        host.sources->file("a.txt", "hello");
+        host.sources->dir("d").file("b", "x");
+        host.client.declined = {c.declined};
+        const AcquiredPtr<Item> source(host.folder(*host.sources)->acquireItemFromName(c.item));
+        const AcquiredPtr<Item> result(host.root()->acquireAddedItem(*source, false));
+        EXPECT_EQ(host.transcript(), c.transcript);
+        EXPECT_EQ(host.tree(), c.tree) << c.declined;
+        EXPECT_EQ(static_cast<bool>(result), c.given) << c.declined;
+        EXPECT_TRUE(host.erased.empty());
+    }
+}
+
+TEST(FolderCopying, DataFailuresStayVisibleAndOthersEraseTheTarget) {
+    const struct {
+        std::function<void()> raise;
+        const char* transcript;
+        bool keep, stays, thrown;
+    } cases[] = {
+        {[] { throw format::crc_exception("x", "y"); }, "itemFailed 1001 a.txt\n", false, true, false},
+        {[] { throw basic::digest_exception("x"); }, "itemFailed 1001 a.txt\n", false, true, false},
+        {[] { throw basic::algorithm_exception("x"); }, "itemFailed 1002 a.txt\n", false, true, false},
+        {[] { throw format::exception("x", "y"); }, "", false, false, true},
+        {[] { throw std::bad_alloc(); }, "", false, false, true},
+        {[] { throw format::exception("x", "y"); }, "", true, true, true},
+    };
+    for (const auto& c : cases) {
+        memory_host host;
+        const auto holder = host.source("h.arc", "arc:h");
+        const AcquiredPtr<Archive> around(host.arc._newArchiveAtItem(holder.get(), 0));
+        around->keepFailedTargets = c.keep;
+        const AcquiredPtr<Item> entry(
+            host.item(host.sources->file("a.txt", "hello").shared_from_this(), around.get()));
+        host.trap = [&](const std::string& what) {
+            if (what == "write a.txt")
+                c.raise();
+        };
+        if (c.thrown)
+            EXPECT_ANY_THROW(host.root()->addItem(*entry, false));
+        else
+            host.root()->addItem(*entry, false);
+        EXPECT_EQ(host.transcript(), "sourceFile a.txt -> root: yes\ntargetFile a.txt -> root: yes\n"
+                                     "targetFileReady a.txt\n" +
+                                         std::string(c.transcript));
+        EXPECT_EQ(host.tree(), c.stays ? "a.txt=\n" : "") << c.transcript;
+        if (c.stays && !c.thrown) {
+            const auto& node = *host.tree_root->children.front();
+            EXPECT_EQ(node.commits, 2u);
+            EXPECT_EQ(node.flags.at("hidden"), false);
+        }
+    }
+}
+
+TEST(FolderCopying, WalksTellTheArchiveHowTheyEnded) {
+    const struct {
+        const char* fails;
+        std::vector<std::string> files;
+        std::string told;
+    } cases[] = {
+        {"", {"one", "two"}, "  begin\n  end\n"}, {"", {}, ""},
+        {"begin", {"one"}, "  begin\n"},          {"write two", {"one", "two"}, "  begin\n  abort\n"},
+        {"end", {"one"}, "  begin\n  end\n"},
+    };
+    for (const auto& c : cases) {
+        expanding_host host(c.files);
+        const AcquiredPtr<Archive> archive(host.arc._newArchiveAtItem(host.archive_file.get(), 0));
+        host.trap = [&](const std::string& what) {
+            if (what == "abort") // dropped
+                throw std::runtime_error("abort");
+            if (what == c.fails)
+                throw un::exception("the first", "");
+        };
+        try {
+            host.root()->addContent(*archive);
+            EXPECT_STREQ(c.fails, "");
+        } catch (const un::exception& failure) {
+            EXPECT_EQ(failure.message(), "the first");
+        }
+        std::string told;
+        std::istringstream lines(host.transcript());
+        for (std::string line; std::getline(lines, line);)
+            told += line[0] == ' ' ? line + "\n" : "";
+        EXPECT_EQ(told, c.told);
+    }
+}
+
+TEST(FolderCopying, CopiesContentIntoAFolderOfTheSameName) {
+    memory_host host;
+    auto& d = host.sources->dir("d");
+    d.file("b", "x");
+    host.folder(d)->copyContentTo(*host.root());
+    EXPECT_EQ(host.tree(), "d/\nd/b=x\n");
+    EXPECT_EQ(host.transcript(), "targetFolder d -> root from d: yes\nsourceFile b -> d: yes\n"
+                                 "targetFile b -> d: yes\ntargetFileReady b\n");
+    host.client.declined = {"targetFolder d", "conflict d"};
+    for (const auto* transcript :
+         {"conflict d -> root folders: no\n", "targetFolder d -> root from d: no\n"}) {
+        host.folder(d)->copyContentTo(*host.root());
+        EXPECT_EQ(host.transcript(), transcript);
+        host.tree_root->children.clear();
+    }
+    EXPECT_EQ(host.tree(), "");
+}
+
+TEST(FolderCopying, ExpandsAnArchiveWhereItLies) {
+    expanding_host host({"one", "two"});
+    const auto result = host.run();
+    EXPECT_EQ(host.transcript(), "sourceFile a.arc -> root: yes\n"
+                                 "  classify file a.arc\n"
+                                 "sourceArchive a -> root: yes\n"
+                                 "  open a 1\n"
+                                 "sourceFolder a -> root: yes\n"
+                                 "targetFolder a -> root from a: yes\n"
+                                 "  begin\n"
+                                 "sourceFile one -> a: yes\n"
+                                 "targetFile one -> a: yes\n"
+                                 "targetFileReady one\n"
+                                 "sourceFile two -> a: yes\n"
+                                 "targetFile two -> a: yes\n"
+                                 "targetFileReady two\n"
+                                 "  end\n"
+                                 "  close a\n"
+                                 "sourceArchiveDone a\n");
+    EXPECT_EQ(host.tree(), "a/\na/one=<one>\na/two=<two>\n");
+    EXPECT_EQ(name_of(*result), "a");
+    EXPECT_TRUE(result->expanded);
+}
+
+TEST(FolderCopying, ExpandsOnlyWhatItIsAskedFor) {
+    const std::string copied = "targetFile a.arc -> root: yes\ntargetFileReady a.arc\n";
+    const std::string asked = "sourceFile a.arc -> root: yes\n";
+    const std::string found = asked + "  classify file a.arc\n";
+    const struct {
+        std::function<void(expanding_host&)> set;
+        std::string transcript;
+    } cases[] = {
+        {[](auto& host) { host.client.expanded.clear(); }, asked + copied},
+        {[](auto& host) { host.archive_file->node->bytes = "plain"; }, found + copied},
+        {[](auto& host) { host.client.declined = {"sourceArchive a"}; },
+         found + "sourceArchive a -> root: no\nsourceArchiveDone a\n" + copied},
+        {[](auto& host) {
+             host.client.declined = {"sourceArchive a"};
+             host.client.on["sourceArchive a"] = [](auto& question) { question.archive->open(7); };
+         },
+         found + "sourceArchive a -> root: no\n  open a 7\nsourceArchiveDone a\n  close a\n" + copied},
+        {[](auto& host) { host.client.declined = {"sourceFolder a"}; },
+         found +
+             "sourceArchive a -> root: yes\n  open a 1\nsourceFolder a -> root: no\n  close a\n"
+             "sourceArchiveDone a\n" +
+             copied +
+             "  classify stream a.arc\nsourceArchive a -> root: yes\n  open a 1\n"
+             "sourceFolder a -> root: no\n  close a\nsourceArchiveDone a\n"},
+    };
+    for (const auto& c : cases) {
+        expanding_host host({"one"});
+        c.set(host);
+        const auto result = host.run();
+        EXPECT_EQ(host.transcript(), c.transcript);
+        EXPECT_EQ(host.tree(), "a.arc=" + host.archive_file->node->bytes + "\n");
+        EXPECT_FALSE(result->expanded);
+    }
+    expanding_host host({"one"});
+    host.client.on["sourceArchive a"] = [](auto& question) { question.archive->open(4); };
+    host.run();
+    EXPECT_EQ(count(host.transcript(), "  open"), 1u); // not once more by the folder
+    EXPECT_EQ(host.tree(), "one=<one>\n");
+}
+
+TEST(FolderCopying, NeverExpandsIntoAnArchiveNorOutOfOneThatIsSearched) {
+    expanding_host host({"one"});
+    const auto holder = host.source("h.arc", "arc:h");
+    const AcquiredPtr<Archive> target(host.arc._newEmptyArchiveAtItem(*holder));
+    target->open(Archive::mode_create);
+    target->addItem(*host.archive_file, false);
+    EXPECT_EQ(host.transcript(), "  open h 8\n  receives a.arc\nsourceFile a.arc -> h: yes\n"
+                                 "targetFile a.arc -> h: yes\ntargetFileReady a.arc\n");
+    for (const Archive::Mode mode : {1u, 4u}) {
+        const AcquiredPtr<Archive> around(host.arc._newArchiveAtItem(holder.get(), mode));
+        const AcquiredPtr<Item> entry(host.item(host.archive_file->node, around.get()));
+        host.root()->addItem(*entry, false);
+        // From within an archive that is no single-file wrapper the stream question is asked.
+        EXPECT_EQ(count(host.transcript(), "classify stream a.arc"), mode == 1 ? 1u : 0u);
+        host.tree_root->children.clear();
+    }
+}
+
+TEST(FolderCopying, EveryFailureOfTheFirstAttemptGoesItsWay) {
+    for (const auto& step : steps) {
+        for (const auto& kind : kinds) {
+            SCOPED_TRACE(step.name + std::string(": ") + kind.name);
+            expanding_host host({"one", "two"});
+            fail_at(host, step.name, 1, kind.raise);
+            const auto raised = host.raised();
+            const auto transcript = host.transcript();
+            const char way = step.content ? kind.in_content : kind.in_place;
+            EXPECT_EQ(raised, way == 't' ? "x" : "");
+            const std::string left = step.content ? "a/\n" : ""; // the folder was made
+            EXPECT_EQ(host.tree(), way == 's'   ? "a/\na/one=<one>\na/two=<two>\n"
+                                   : way == 'c' ? "a.arc=arc:x\n" + left
+                                                : left);
+            const std::size_t done = (step.content ? 1 : 0) + (way == 's' ? 1 : 0);
+            EXPECT_EQ(count(transcript, "sourceArchiveDone a\n"), done);
+            EXPECT_EQ(count(transcript, "  close a\n"), done);
+            EXPECT_EQ(count(transcript, "targetFile a.arc"), way == 't' ? 0u : 1u);
+            EXPECT_EQ(count(transcript, "  end\n") + count(transcript, "  abort\n"),
+                      count(transcript, "  begin\n") - (step.name == std::string("begin") ? 1 : 0));
+            EXPECT_EQ(std::count(host.erased.begin(), host.erased.end(), "a.arc"), way == 's' ? 1 : 0);
+        }
+    }
+}
+
+TEST(FolderCopying, EveryFailureOfTheSecondAttemptReachesTheCallerAndLeavesTheCopy) {
+    for (const auto& step : steps) {
+        for (const auto& kind : kinds) {
+            SCOPED_TRACE(step.name + std::string(": ") + kind.name);
+            expanding_host host({"one", "two"});
+            const bool classifying = step.name == std::string("classify");
+            fail_at(host, step.name, classifying ? 2 : 1, kind.raise);
+            host.trap = [second = host.trap, first = true](const std::string& what) mutable {
+                second(what);
+                if (what == "classify" && std::exchange(first, false))
+                    throw un::implemented("not in place");
+            };
+            EXPECT_EQ(host.raised(), "x");
+            const auto transcript = host.transcript();
+            EXPECT_EQ(host.tree(), step.content ? "a.arc=arc:x\na/\n" : "a.arc=arc:x\n");
+            EXPECT_EQ(count(transcript, "sourceArchiveDone a\n"), step.content ? 1u : 0u);
+            EXPECT_EQ(count(transcript, "  close a\n"), step.content ? 1u : 0u);
+        }
+    }
+    expanding_host host({"one"});
+    host.client.declined = {"targetFile a.arc"}; // no copy to expand
+    fail_at(host, "classify", 1, [] { throw un::implemented("not in place"); });
+    EXPECT_EQ(host.raised(), "attempt to derefernce 0");
+}
+
+TEST(FolderCopying, ASingleItemTakesThePlaceOfItsWrapper) {
+    const struct {
+        std::vector<std::string> files;
+        std::string fails, tree, result;
+    } cases[] = {
+        {{"a"}, "", "a=<a>\n", "a"},
+        {{"one"}, "", "one=<one>\n", "one"},
+        {{}, "", "a/\n", "a"},
+        {{"one", "two"}, "", "a/\na/one=<one>\na/two=<two>\n", "a"},
+        {{"one"}, std::string("name ") + scratch_name, "a/\na/one=<one>\n", "a"},
+        {{"one"}, "new file in root", "a/\na/one=<one>\n", "a"},
+        {{"one"}, "erase one", "a/\na/one=<one>\none=<one>\n", "a"},
+        {{"one"}, std::string("erase ") + scratch_name, "a/\none=<one>\n", "one"},
+    };
+    for (const bool second_attempt : {false, true}) {
+        for (const auto& c : cases) {
+            expanding_host host(c.files);
+            bool first = second_attempt;
+            host.trap = [&](const std::string& what) {
+                if (what == "classify" && std::exchange(first, false))
+                    throw un::implemented("not in place");
+                // The copy of the archive is a new file too.
+                if (what == c.fails && (!second_attempt || host.tree().find("one=") != std::string::npos))
+                    throw std::runtime_error("dropped");
+            };
+            const auto result = host.run();
+            EXPECT_EQ(host.tree(), c.tree) << c.fails;
+            EXPECT_EQ(name_of(*result), c.result) << c.fails;
+            EXPECT_TRUE(result->expanded);
+        }
+    }
+    expanding_host host({"one"});
+    host.client.on["sourceFile one"] = [&](auto&) { // wanted from the archive, not from the wrapper
+        if (!host.tree_root->children.front()->children.empty())
+            host.client.declined = {"sourceFile one"};
+    };
+    EXPECT_EQ(name_of(*host.run()), "a");
+    EXPECT_EQ(host.tree(), "a/\na/one=<one>\n");
+}
+
+TEST(FolderCopying, ChangesTheFormatByAnArchiveOrByAScratchFile) {
+    memory_host host;
+    const auto source = host.source("a.txt", "hello");
+    host.client.on["sourceFile a.txt"] = [&](auto& question) { *question.format = &host.arc; };
+    AcquiredPtr<Item> made(host.root()->acquireAddedItem(*source, false));
+    EXPECT_EQ(host.transcript(), "sourceFile a.txt -> root: yes\n  open new 8\n"
+                                 "targetFile a.txt -> root: yes\ntargetFileReady a.txt\n  close new\n");
+    EXPECT_EQ(host.tree(), "new.arc=arc:a.txt(hello)\n");
+    EXPECT_EQ(name_of(*made), "new.arc");
+
+    host.tree_root->children.clear();
+    host.plain.provides_empty_file = false;
+    host.client.on["conflict a.txt.arc"] = [](auto& question) { *question.name = "b.arc"; };
+    made = host.root()->acquireAddedItem(*source, false);
+    EXPECT_EQ(host.transcript(), "sourceFile a.txt -> root: yes\n"
+                                 "  open a.txt 8\n"
+                                 "  receives a.txt\n"
+                                 "sourceFile a.txt -> a.txt: yes\n"
+                                 "targetFile a.txt -> a.txt: yes\n"
+                                 "targetFileReady a.txt\n"
+                                 "  close a.txt\n"
+                                 "conflict a.txt.arc -> root: yes\n"
+                                 "targetFile a.txt.arc -> root as b.arc: yes\n"
+                                 "targetFileReady a.txt.arc\n");
+    EXPECT_EQ(host.tree(), "b.arc=arc:a.txt(hello)\n");
+    EXPECT_EQ(host.erased, std::vector<std::string>{"a.txt.arc"});
+
+    host.client.declined = {"targetFile a.txt.arc"};
+    host.tree_root->children.clear();
+    made = host.root()->acquireAddedItem(*source, false);
+    EXPECT_FALSE(made);
+    EXPECT_EQ(host.tree(), "");
+}
+
+TEST(FolderCopying, TheScratchFileStandsBesideTheOutermostArchive) {
+    memory_host host;
+    support::test_format other(host);
+    host.arc.provides_empty_file = false;
+    const auto source = host.source("a.txt", "hello");
+    const AcquiredPtr<harbor6::File> holder(host.root()->acquireNewFileFromName("h.arc", false));
+    for (const auto* wanted : {&other, &host.arc}) { // the second one: no change of format
+        const AcquiredPtr<Archive> target(host.arc._newEmptyArchiveAtItem(*holder));
+        target->open(Archive::mode_create);
+        std::string during;
+        host.client.on["sourceFile a.txt"] = [&](auto& question) { *question.format = wanted; };
+        host.client.on["targetFile a.txt.arc"] = [&](auto&) { during = host.tree(); };
+        target->addItem(*source, false);
+        target->close();
+        EXPECT_EQ(during, wanted == &other ? "a.txt.arc=arc:a.txt(hello)\n" : "");
+        EXPECT_EQ(host.tree(),
+                  wanted == &other ? "h.arc=arc:a.txt.arc(arc:a.txt(hello))\n" : "h.arc=arc:a.txt(hello)\n");
+    }
+}
+
+TEST(FolderCopying, TellsAnArchiveWithoutAFileWhatItWillReceive) {
+    memory_host host;
+    host.sources->file("one", "1");
+    host.sources->file("two", "2");
+    const auto sources = host.folder(*host.sources);
+    const AcquiredPtr<Item> one(sources->acquireItemFromName("one"));
+    host.client.declined = {"sourceFile one", "sourceFile two"};
+    const AcquiredPtr<harbor6::ContainerAdaptor> list(new harbor6::StdVectorContainer);
+    const auto file = host.source("h.arc", "arc:h");
+    const auto first_line_with = [&](Item& storing, const harbor6::Container& added) {
+        const AcquiredPtr<Archive> target(
+            new support::test_archive(host, host.arc, storing, 8, std::make_shared<support::memory_node>()));
+        target->addContent(added);
+        const auto transcript = host.transcript();
+        return transcript.substr(0, transcript.find('\n'));
+    };
+    const auto root = host.root();
+    EXPECT_EQ(first_line_with(*root, *sources), "  receives sources");
+    EXPECT_EQ(first_line_with(*root, *list), "  receives anything");
+    list->containerAdd(*one);
+    EXPECT_EQ(first_line_with(*root, *list), "  receives one");
+    EXPECT_EQ(first_line_with(*file, *list), "sourceFile one -> h: no");
+    list->containerAdd(*one);
+    EXPECT_EQ(first_line_with(*root, *list), "  receives anything");
+}
+
+TEST(FolderCopying, AdaptsFailuresOfTheLowerLayersAtItsTwoEntries) {
+    memory_host host;
+    const auto source = host.source("a", "x");
+    const AcquiredPtr<harbor6::ContainerAdaptor> list(new harbor6::StdVectorContainer);
+    list->containerAdd(*source);
+    host.trap = [](const std::string& what) {
+        if (what == "write a")
+            throw nio::exception("pipe");
+    };
+    EXPECT_THROW(host.root()->addItem(*source, false), format::exception);
+    EXPECT_THROW(host.root()->addContent(*list), format::exception);
+    EXPECT_THROW(AcquiredPtr<Item>(host.root()->acquireCopiedItem(*source, false)), nio::exception);
+    EXPECT_EQ(host.tree(), "");
+}

@@ -1,0 +1,211 @@
+#include "support/cabinet_writer.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <zlib.h>
+
+namespace support {
+
+namespace {
+
+std::string number(std::uint64_t value, unsigned size) {
+    std::string bytes;
+    for (unsigned i = 0; i < size; ++i)
+        bytes.push_back(static_cast<char>(value >> (8 * i)));
+    return bytes;
+}
+
+std::uint32_t byte_at(std::string_view bytes, std::size_t place) {
+    return static_cast<unsigned char>(bytes[place]);
+}
+
+/// Words as they stand, byte by byte.
+std::uint32_t checksum_of(std::string_view bytes) {
+    std::uint32_t sum = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        sum ^= byte_at(bytes, i) << (8 * (i % 4));
+    return sum;
+}
+
+/// What is left of a block behind its last whole word, read as one number with its first byte on top.
+std::uint32_t tail_of(std::string_view bytes) {
+    std::uint32_t tail = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        tail = tail << 8 | byte_at(bytes, i);
+    return tail;
+}
+
+std::string bytes_of(const folder_record& folder, std::size_t block_count, std::size_t offset,
+                     unsigned reserve) {
+    std::string kept = folder.reserve;
+    kept.resize(reserve);
+    return number(folder.data_offset.value_or(static_cast<std::uint32_t>(offset)), 4) +
+           number(folder.block_count.value_or(static_cast<std::uint16_t>(block_count)), 2) +
+           number(folder.compression, 2) + kept;
+}
+
+std::deque<block_record> blocks_of(const folder_record& folder) {
+    auto encode = folder.encode;
+    if (!encode && (folder.compression & 0x0F) == mszip)
+        encode = mszip_encoder();
+    std::deque<block_record> blocks;
+    for (std::size_t at = 0; at < folder.content.size(); at += folder.block_size) {
+        const auto piece = folder.content.substr(at, folder.block_size);
+        block_record& block = blocks.emplace_back();
+        block.payload = encode ? encode(piece) : piece;
+        block.uncompressed_size = static_cast<std::uint16_t>(piece.size());
+        if (!folder.checksums)
+            block.checksum = 0;
+    }
+    blocks.insert(blocks.end(), folder.blocks.begin(), folder.blocks.end());
+    return blocks;
+}
+
+/// The four runs of bytes that a cabinet consists of.
+struct parts {
+    std::string header, folders, files, data;
+};
+
+std::string fixed_header(const cabinet& source, const parts& made, std::size_t header_size) {
+    const header_record& header = source.header;
+    const auto files_offset = header_size + made.folders.size();
+    const auto total = files_offset + made.files.size() + made.data.size();
+    const auto flags =
+        header.flags | (header.previous ? 1 : 0) | (header.next ? 2 : 0) | (header.reserve ? 4 : 0);
+    const auto covered =
+        number(header.cabinet_size.value_or(static_cast<std::uint32_t>(total)), 4) +
+        number(header.reserved_word_1, 4) +
+        number(header.files_offset.value_or(static_cast<std::uint32_t>(files_offset)), 4) +
+        number(header.reserved_word_2, 4) + number(header.version, 2) +
+        number(header.folder_count.value_or(static_cast<std::uint16_t>(source.folders.size())), 2) +
+        number(header.file_count.value_or(static_cast<std::uint16_t>(source.files.size())), 2) +
+        number(static_cast<std::uint16_t>(flags), 2) + number(header.set_id, 2) +
+        number(header.cabinet_index, 2);
+    return header.signature + number(header.checksum.value_or(checksum_of(covered)), 4) + covered;
+}
+
+std::string header_extras(const header_record& header) {
+    std::string bytes;
+    if (const auto& reserve = header.reserve)
+        bytes +=
+            number(reserve->header_size.value_or(static_cast<std::uint16_t>(reserve->header.size())), 2) +
+            number(reserve->folder_size, 1) + number(reserve->data_size, 1) + reserve->header;
+    for (const auto& names : {header.previous, header.next}) {
+        if (names)
+            bytes += names->cabinet + '\0' + names->disk + '\0';
+    }
+    return bytes;
+}
+
+parts make(const cabinet& source) {
+    constexpr std::size_t fixed_size = 36, folder_size = 8;
+    const auto reserve = source.header.reserve.value_or(reserve_area{});
+    const auto extras = header_extras(source.header);
+    parts made;
+    for (const auto& file : source.files)
+        made.files += bytes_of(file);
+    const auto data_offset = fixed_size + extras.size() +
+                             source.folders.size() * (folder_size + reserve.folder_size) + made.files.size();
+    for (const auto& folder : source.folders) {
+        const auto blocks = blocks_of(folder);
+        made.folders += bytes_of(folder, blocks.size(), data_offset + made.data.size(), reserve.folder_size);
+        for (const auto& block : blocks)
+            made.data += bytes_of(block, reserve.data_size);
+    }
+    made.header = fixed_header(source, made, fixed_size + extras.size()) + extras;
+    return made;
+}
+
+} // namespace
+
+std::string bytes_of(const file_record& file) {
+    return number(file.size, 4) + number(file.folder_offset, 4) + number(file.folder_index, 2) +
+           number(file.date, 2) + number(file.time, 2) + number(file.attributes, 2) + file.name +
+           std::string(file.terminated ? 1 : 0, '\0');
+}
+
+std::string bytes_of(const block_record& block, unsigned reserve_size) {
+    std::string kept = block.reserve;
+    kept.resize(reserve_size);
+    const auto size = static_cast<std::uint16_t>(block.payload.size());
+    const auto fields = number(block.compressed_size.value_or(size), 2) +
+                        number(block.uncompressed_size.value_or(size), 2) + kept;
+    const auto whole_words = block.payload.size() / 4 * 4;
+    const auto sum = checksum_of(fields + block.payload.substr(0, whole_words)) ^
+                     tail_of(std::string_view(block.payload).substr(whole_words));
+    return number(block.checksum.value_or(sum), 4) + fields + block.payload;
+}
+
+folder_record& cabinet::last_folder() {
+    return folders.empty() ? folders.emplace_back() : folders.back();
+}
+
+cabinet& cabinet::folder(std::uint16_t compression) {
+    folders.emplace_back().compression = compression;
+    return *this;
+}
+
+cabinet& cabinet::file(const std::string& name, std::string_view content) {
+    folder_record& into = last_folder();
+    file_record& record = files.emplace_back();
+    record.name = name;
+    record.size = static_cast<std::uint32_t>(content.size());
+    record.folder_offset = static_cast<std::uint32_t>(into.content.size());
+    record.folder_index = static_cast<std::uint16_t>(folders.size() - 1);
+    into.content += content;
+    return *this;
+}
+
+cabinet& cabinet::file(const file_record& record) {
+    files.push_back(record);
+    return *this;
+}
+
+cabinet& cabinet::block(const block_record& record) {
+    last_folder().blocks.push_back(record);
+    return *this;
+}
+
+std::string cabinet::bytes() const {
+    const auto made = make(*this);
+    return made.header + made.folders + made.files + made.data;
+}
+
+std::string cabinet::header_bytes() const {
+    return make(*this).header;
+}
+
+std::string cut(std::string bytes, std::size_t length) {
+    bytes.resize(std::min(length, bytes.size()));
+    return bytes;
+}
+
+std::string flip(std::string bytes, std::size_t place, int mask) {
+    bytes.at(place) = static_cast<char>(bytes.at(place) ^ mask);
+    return bytes;
+}
+
+std::function<std::string(std::string_view)> mszip_encoder(int level) {
+    return [level, history = std::string()](std::string_view piece) mutable {
+        z_stream deflater{};
+        if (deflateInit2(&deflater, level, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK)
+            throw std::runtime_error("deflateInit2");
+        deflateSetDictionary(&deflater, reinterpret_cast<const Bytef*>(history.data()),
+                             static_cast<uInt>(history.size()));
+        std::string packed(deflateBound(&deflater, static_cast<uLong>(piece.size())), '\0');
+        deflater.next_in = reinterpret_cast<z_const Bytef*>(const_cast<char*>(piece.data()));
+        deflater.avail_in = static_cast<uInt>(piece.size());
+        deflater.next_out = reinterpret_cast<Bytef*>(packed.data());
+        deflater.avail_out = static_cast<uInt>(packed.size());
+        const bool done = deflate(&deflater, Z_FINISH) == Z_STREAM_END;
+        packed.resize(deflater.total_out);
+        deflateEnd(&deflater);
+        if (!done)
+            throw std::runtime_error("deflate");
+        history = (history + std::string(piece));
+        history.erase(0, history.size() - std::min<std::size_t>(history.size(), 32768));
+        return "CK" + packed;
+    };
+}
+
+} // namespace support

@@ -1,0 +1,267 @@
+#pragma once
+
+#include "model/folder.h"
+#include "model/single_fork_file.h"
+#include "model/super_archive.h"
+#include "model/super_format.h"
+#include "outside/shell/classifier.h"
+#include "outside/shell/client_interface.h"
+#include "outside/shell/harbor_shell.h"
+#include "stream/output.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+
+// A host in memory, whose every step can be seen and made to fail.
+//
+//     memory_host host;
+//     host.file("a.txt", "hello");                                    a file in the root
+//     host.client.declined = {"targetFile a.txt"};                    the client says no to that
+//     host.trap = [](auto& what) { if (what == "write b") ...throw }; a step fails
+//     EXPECT_EQ(host.tree(), "a.txt=hello\n");                        what stands in the root
+//     EXPECT_EQ(host.transcript(), "sourceFile a.txt -> root: yes\n...");
+//
+// A file that begins with "arc:" is an archive of test_format, whose content is the folder of host.archives
+// that is named by the rest.
+
+namespace support {
+
+class memory_host;
+
+/// What stands in memory. Items are handles on it, any number of them.
+struct memory_node : std::enable_shared_from_this<memory_node> {
+    std::string name;
+    bool folder = false;
+    bool created = false;
+    bool link = false; ///< its "symLink"
+    std::string bytes;
+    std::map<std::string, any::time> times;
+    std::map<std::string, bool> flags; ///< "locked", "encrypted", "hidden", as far as set
+    unsigned commits = 0;
+    std::weak_ptr<memory_node> parent;
+    std::vector<std::shared_ptr<memory_node>> children;
+
+    /// Adds a created child and gives it.
+    memory_node& file(const std::string& name, const std::string& bytes);
+    memory_node& dir(const std::string& name);
+};
+
+using node_ptr = std::shared_ptr<memory_node>;
+
+class node_item : public virtual harbor6::Item {
+public:
+    node_item(memory_host& host, node_ptr node, harbor6::Archive* around);
+
+    harbor6::Folder* acquireParent() override;
+    bool isCreated() override;
+    void create() override;
+    void erase() override;
+    using Item::archive;
+    harbor6::Archive* archive() override;
+    const harbor6::Format& format() const override;
+    harbor6::Format& format() override;
+    void commitItem() override;
+    void destroy() override;
+    std::uint64_t position() override;
+
+    bool hasBoolean(const std::string& key) const override;
+    bool getBoolean(const std::string& key, bool& value) const override;
+    bool setBoolean(const std::string& key, bool value) override;
+    bool hasString(const std::string& key) const override;
+    bool getString(const std::string& key, std::string& value) const override;
+    bool setString(const std::string& key, const std::string& value) override;
+    bool hasTime(const std::string& key) const override;
+    bool getTime(const std::string& key, any::time& value) const override;
+    bool setTime(const std::string& key, const any::time& value) override;
+    bool hasInteger(const std::string& key) const override;
+    bool getInteger(const std::string& key, std::int64_t& value) const override;
+    bool getStructure(const std::string& key, un::structure& value) const override;
+
+    memory_host& host;
+    node_ptr node;
+
+protected:
+    void populateIndex() const override;
+
+    harbor6::Archive* around; ///< the archive of which it is an entry, if any
+};
+
+class memory_fork : public harbor6::SimpleFork {
+public:
+    explicit memory_fork(harbor6::File* file) : SimpleFork(file) {}
+
+    harbor6::data::CountedInput input(bool expanding) const override;
+    harbor6::data::CountedOutput output(bool expanding) override;
+};
+
+class memory_file : public node_item, public harbor6::SingleForkFile {
+public:
+    memory_file(memory_host& host, node_ptr node, harbor6::Archive* around = nullptr);
+
+    harbor6::Fork* getMainFork() override { return &fork; }
+    const harbor6::Fork* getMainFork() const override { return &fork; }
+
+private:
+    memory_fork fork;
+};
+
+class memory_folder : public node_item, public harbor6::Folder {
+public:
+    memory_folder(memory_host& host, node_ptr node, harbor6::Archive* around = nullptr);
+
+    std::unique_ptr<pattern::Iterator<harbor6::Item*>> createIterator() override;
+    std::unique_ptr<pattern::Iterator<const harbor6::Item*>> createIterator() const override;
+    harbor6::File* _newFile() override;
+    harbor6::Folder* _newFolder() override;
+};
+
+/// Writes down every question and answers by `declined`, `expanded` and `on`. A line of the transcript is
+/// "question subject -> target: answer".
+class recording_client : public harbor6::ClientInterface {
+public:
+    struct question {
+        std::string text; ///< as in the transcript, without the target and the answer
+        harbor6::Archive* archive = nullptr;
+        const harbor6::Format** format = nullptr;
+        std::string* name = nullptr;
+        pattern::AcquiredPtr<harbor6::Folder>* target = nullptr;
+    };
+
+    explicit recording_client(std::string& transcript) : log(transcript) {}
+
+    bool sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
+                    const harbor6::Format** format) override;
+    bool sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) override;
+    void sourceArchiveDone(harbor6::Archive& archive) override;
+    bool sourceFolder(const harbor6::Folder& source, harbor6::Folder& target) override;
+    bool targetFile(const harbor6::File& source, harbor6::File& newFile, harbor6::Folder& target) override;
+    void targetFileReady(const harbor6::File& source, harbor6::File& newFile) override;
+    bool targetFolder(harbor6::Folder& newFolder, harbor6::Folder& parent,
+                      const harbor6::Folder* source) override;
+    bool targetNameConflict(std::string& name, harbor6::Item& existing, bool folders,
+                            const harbor6::Attributes& model,
+                            pattern::AcquiredPtr<harbor6::Folder>* target) override;
+    void itemFailed(std::uint32_t code, const harbor6::Item& source, harbor6::Item& target) override;
+
+    std::set<std::string> declined;                           ///< texts of questions that get a no
+    std::set<std::string> expanded;                           ///< names of files for which expansion is asked
+    std::map<std::string, std::function<void(question&)>> on; ///< runs before the answer, by text
+
+private:
+    bool ask(question asked, const std::string& target);
+
+    std::string& log;
+};
+
+/// Walks the items of a node; writes its opening, closing and extraction into the transcript. Opened with
+/// mode 8 it takes new items and stores "arc:" and its name in its file at close.
+class test_archive : public harbor6::SuperArchive {
+public:
+    test_archive(memory_host& host, const harbor6::Format& format, harbor6::Item& item, unsigned mode,
+                 node_ptr content);
+    ~test_archive() override;
+
+    void setArchiveFile(const harbor6::Attributes* attributes) override;
+    void beginExtraction() override;
+    void endExtraction() override;
+    void abortExtraction() override;
+    std::unique_ptr<pattern::Iterator<harbor6::Item*>> createIterator() override;
+    std::unique_ptr<pattern::Iterator<const harbor6::Item*>> createIterator() const override;
+    harbor6::File* _newFile() override;
+    harbor6::Folder* _newFolder() override;
+
+protected:
+    void _open(Mode mode) override;
+    void _close() override;
+
+private:
+    memory_host& host;
+    node_ptr content;
+};
+
+class test_format : public harbor6::SuperFormat {
+public:
+    explicit test_format(memory_host& host);
+
+    harbor6::Archive* _newArchiveAtItem(harbor6::File* file, unsigned mode) override;
+    harbor6::Archive* _newEmptyArchiveAtItem(harbor6::Item& item) override;
+
+    using Format::is_file;
+    using Format::provides_empty_file;
+
+    memory_host& host;
+};
+
+class memory_host {
+public:
+    memory_host();
+
+    pattern::AcquiredPtr<memory_folder> folder(memory_node& node);
+    pattern::AcquiredPtr<memory_folder> root() { return folder(*tree_root); }
+    /// An item on `node`, counted for the caller.
+    harbor6::Item* item(const node_ptr& node, harbor6::Archive* around = nullptr);
+    /// Makes a file in the source folder, beside the root, and gives an item on it.
+    pattern::AcquiredPtr<memory_file> source(const std::string& name, const std::string& bytes);
+
+    /// Everything below the root, sorted: "a.txt=bytes", "dir/", "dir/b=", a line each.
+    std::string tree() const;
+    /// What was written down since the last call.
+    std::string transcript();
+    /// Names a step, which may throw.
+    void step(const std::string& what);
+
+    std::string log;
+    std::function<void(const std::string&)> trap; ///< called with each step, as "write a.txt"
+    std::set<std::string> unsettable;             ///< names that can't be set
+    std::map<std::string, node_ptr> archives;
+    std::vector<std::string> erased;
+    recording_client client{log};
+
+private:
+    /// Knows an archive by its first bytes.
+    class registry : public harbor6::Classifier {
+    public:
+        explicit registry(memory_host& owner) : host(owner) {}
+
+        harbor6::Archive* acquireStreamArchive(harbor6::File& file) override;
+        harbor6::Archive* acquireFileArchive(harbor6::File& file, std::uint32_t a, std::uint32_t b,
+                                             std::uint32_t c) override;
+
+    private:
+        harbor6::Archive* claim(const std::string& question, harbor6::File& file);
+
+        memory_host& host;
+    };
+
+    /// The format of what lies outside archives.
+    class file_system : public harbor6::Format {
+    public:
+        using Format::Format;
+        bool isFileSystem() const override { return true; }
+        using Format::is_file;
+        using Format::provides_empty_file;
+    };
+
+public:
+    registry classifier{*this};
+    harbor6::HarborShell shell{classifier, client};
+    file_system plain{&shell};
+    test_format arc{*this};
+    node_ptr tree_root = std::make_shared<memory_node>();
+    node_ptr sources = std::make_shared<memory_node>();
+};
+
+/// The name of an item, for transcripts.
+std::string name_of(const harbor6::Attributes& item);
+/// Throws a `Failure` the first time that the step is taken.
+template<class Failure, class... Arguments>
+std::function<void(const std::string&)> fail_once_at(std::string step, Arguments... arguments) {
+    return [=, armed = true](const std::string& taken) mutable {
+        if (taken == step && std::exchange(armed, false))
+            throw Failure(arguments...);
+    };
+}
+
+} // namespace support

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "stream/array_input.h"
+#include "stream/output.h"
+#include "stream/random.h"
+
+#include <algorithm>
+#include <string>
+
+namespace support {
+
+/// Makes the text of a memory_input stand before the stream that reads it.
+struct owned_text {
+    std::string text;
+};
+
+/// Reads a text that it owns.
+class memory_input : private owned_text, public stream::array_input {
+public:
+    explicit memory_input(std::string source)
+        : owned_text{std::move(source)}, stream::array_input(
+                                             {text.data(), static_cast<unsigned>(text.size())}, 0) {}
+
+    /// All that is left.
+    std::string rest() {
+        std::string left;
+        for (int byte = read(); byte >= 0; byte = read())
+            left.push_back(static_cast<char>(byte));
+        return left;
+    }
+};
+
+/// Steps back in its own bytes for a push-back or a seek, as a host's storage stream does.
+class seekable_input : public stream::random::input {
+public:
+    explicit seekable_input(std::string source) : text(std::move(source)) {}
+
+    using stream::input::read;
+
+    bool seek(std::uint64_t value) override {
+        const bool inside = value <= text.size();
+        if (inside)
+            place = value;
+        return inside;
+    }
+    std::uint64_t size() const override { return text.size(); }
+
+protected:
+    unsigned _read(char* buffer, unsigned length) override {
+        const auto came = text.copy(buffer, length, place);
+        place += came;
+        return static_cast<unsigned>(came);
+    }
+    int _read() override { return place < text.size() ? static_cast<unsigned char>(text[place++]) : -1; }
+    std::uint64_t _tell() const override { return place; }
+
+private:
+    std::string text;
+    std::uint64_t place = 0;
+};
+
+/// Keeps what is written.
+class memory_output : public stream::output {
+public:
+    using stream::output::write;
+
+    void write(const char* buffer, unsigned length) override { bytes.append(buffer, length); }
+    void write(char byte) override { bytes.push_back(byte); }
+    std::uint64_t tell() const override { return bytes.size(); }
+
+    std::string bytes;
+};
+
+} // namespace support

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "outside/groundwork/exception.h"
+
+#include <string>
+
+namespace support {
+
+/// What `act` raises, as "reporting class: message", with "crc " in front of a checksum's; "" for nothing.
+template<class Act>
+std::string refusal_of(Act act) {
+    try {
+        act();
+    } catch (const format::crc_exception& failure) {
+        return "crc " + failure.reporting_class() + ": " + failure.message();
+    } catch (const un::exception& failure) {
+        return failure.reporting_class() + ": " + failure.message();
+    }
+    return "";
+}
+
+} // namespace support
