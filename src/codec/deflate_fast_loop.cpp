@@ -241,8 +241,7 @@ void fast_loop::decode(const code_table& literals, const code_table& distances, 
         reader.consume(bits_of(entry));
 
         entry = distance_entries[reader.bits(distance_bits)];
-        if (reader.available() < back_bits + literal_bits)
-            reader.refill();
+        reader.refill();
         if (entry == long_code) [[unlikely]]
             entry = find_long(distances, distance_bits, reader.bits(), distance_symbol_entries.data());
         const std::uint32_t distance = value_of(entry, reader);
