@@ -105,7 +105,7 @@ void measure(benchmark::State& state, const std::string& wanted, DecodeAll decod
     for (auto _ : state)
         decode_all(out.data());
     expect_same(out, wanted);
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * wanted.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(wanted.size()));
 }
 
 void alone_ours(benchmark::State& state, bool text, bool shared) {
@@ -221,7 +221,7 @@ void folder_ours(benchmark::State& state, const folder& input) {
             throw std::runtime_error("a folder's size is wrong");
         out.finish();
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * input.size));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(input.size));
 }
 
 void folder_zlib(benchmark::State& state, const folder& input) {
@@ -234,7 +234,7 @@ void folder_zlib(benchmark::State& state, const folder& input) {
             to += decoder.decode(stream, {to - history, history}, to, block_size);
         }
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * input.size));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(input.size));
 }
 
 template<class Function, class... Arguments>
