@@ -1,16 +1,20 @@
-// The Deflate decoder against libdeflate and zlib's inflate, on source text and on programs.
+// The Deflate decoder against libdeflate and zlib's inflate, on 100 MB of source text and of programs.
 //
-// "alone": the decoder from memory to memory, on blocks of 32 KiB without history (libdeflate knows no preset
-// history), and on blocks that share theirs, as a cabinet has them. "folder": those through the adaptor, its
-// worker and the pipe into a sink. Bytes per second are those of the decoded data.
+//   deflate_bench [MSZIP-CABINET...] [--benchmark_...]
 //
-// Run interleaved: --benchmark_enable_random_interleaving=true --benchmark_repetitions=5
+// "alone" and "shared": the decoder from memory to memory, on blocks of 32 KiB without history (libdeflate
+// takes none) and with that of the blocks before, as a cabinet has them. "folder": the latter through data
+// record, checksum, adaptor, worker, pipe and block output into a sink, against a plain loop of inflate
+// calls; cabinets named here or in HARBOR_BENCH_CABINETS, separated by ':', join in with their first folder.
+// "best" is the time to compare; run with --benchmark_repetitions=7
+// --benchmark_enable_random_interleaving=true.
 
+#include "archive/cab/block_output.h"
 #include "codec/deflate_decompressor.h"
-#include "codec/flate_adaptor.h"
-#include "stream/array_input.h"
-#include "stream/infinite_output.h"
-#include "support/deflate_streams.h"
+#include "format/cab/archive_header.h"
+#include "format/cab/folder_header.h"
+#include "format/cab/item_reader.h"
+#include "support/memory_streams.h"
 #include "support/yardstick.h"
 #include "support/zlib_inflate.h"
 #include "support/zlib_streams.h"
@@ -19,8 +23,11 @@
 #include <libdeflate.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <list>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 #include <vector>
 
@@ -98,7 +105,7 @@ void measure(benchmark::State& state, const std::string& wanted, DecodeAll decod
     for (auto _ : state)
         decode_all(out.data());
     expect_same(out, wanted);
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * wanted.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(wanted.size()));
 }
 
 void alone_ours(benchmark::State& state, bool text, bool shared) {
@@ -143,63 +150,134 @@ void alone_libdeflate(benchmark::State& state, bool text) {
     });
 }
 
-/// All blocks on end behind one stream::input that can seek, as a cabinet's storage can.
-class storage : public stream::array_input {
-public:
-    explicit storage(const std::string& bytes)
-        : array_input(un::array<char>(bytes.data(), static_cast<unsigned>(bytes.size())), 0), whole(bytes) {}
-
-    bool seek(std::uint64_t value) override {
-        at = value;
-        return true;
-    }
-
-protected:
-    unsigned _read(char* buffer, unsigned length) override {
-        const std::size_t came = whole.copy(buffer, length, at);
-        at += came;
-        return static_cast<unsigned>(came);
-    }
-    std::uint64_t _tell() const override { return at; }
-
-private:
-    const std::string& whole;
-    std::uint64_t at = 0;
+/// One MSZIP folder: its data blocks as they stand in `bytes` from `offset` on.
+struct folder {
+    std::string bytes;
+    std::uint64_t offset = 0;
+    std::uint32_t block_count = 0;
+    std::vector<std::string_view> streams;
+    std::size_t size = 0; ///< decoded
 };
 
-void folder_ours(benchmark::State& state, bool text) {
-    const yard& input = yard_of(text);
-    std::string all;
-    for (const auto& block : input.shared)
-        all += block;
-    for (auto _ : state) {
-        storage in(all);
-        stream::infinite_output out;
-        algorithm::flate_adaptor::decompressor decoder(in, 15, true);
-        for (std::size_t i = 0; i < input.shared.size(); ++i) {
-            decoder.start();
-            decoder.copy_to(out);
-            decoder.finish();
-        }
-        if (out.tell() != input.data.size())
-            throw std::runtime_error("a folder's size is wrong");
+void put16(std::string& to, std::size_t value) {
+    to += static_cast<char>(value & 0xFF);
+    to += static_cast<char>(value >> 8);
+}
+
+std::size_t get16(std::string_view from, std::size_t at) {
+    return static_cast<unsigned char>(from[at]) | std::size_t{static_cast<unsigned char>(from[at + 1])} << 8;
+}
+
+/// Finds the blocks, whose records of 8 bytes hold a checksum and both sizes.
+folder with_streams(folder made) {
+    std::size_t at = static_cast<std::size_t>(made.offset);
+    for (std::uint32_t i = 0; i < made.block_count; ++i) {
+        const std::size_t size = get16(made.bytes, at + 4);
+        made.size += get16(made.bytes, at + 6);
+        made.streams.push_back(std::string_view(made.bytes).substr(at + 10, size - 2));
+        at += 8 + size;
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * input.data.size()));
+    return made;
+}
+
+folder folder_of(const yard& input) {
+    folder made;
+    for (const auto& block : input.shared) {
+        made.bytes.append(4, '\0');
+        put16(made.bytes, block.size() + 2);
+        put16(made.bytes, std::min(block_size, input.data.size() - made.block_count++ * block_size));
+        made.bytes += "CK" + block;
+    }
+    return made;
+}
+
+/// The first folder of a cabinet without reserve areas.
+folder folder_of(const std::string& path) {
+    folder made;
+    made.bytes = yardstick::file_bytes(path);
+    support::seekable_input in(made.bytes);
+    format::cab::archive_header header;
+    header.read(in, true);
+    format::cab::folder_header record;
+    record.read(in, true);
+    made.offset = record.data_offset;
+    made.block_count = record.block_count;
+    return made;
+}
+
+/// Through record, checksum, adaptor, worker, pipe and block output, into the sink.
+void folder_ours(benchmark::State& state, const folder& input) {
+    support::seekable_input in(input.bytes);
+    format::cab::folder_header record;
+    record.compression = 1;
+    record.block_count = input.block_count;
+    for (auto _ : state) {
+        in.seek(input.offset);
+        harbor6::cab::block_output out;
+        out.entries.resize(1);
+        out.entries[0].size = input.size;
+        out.start();
+        if (format::cab::item_reader(&record).process(in, out) != input.size)
+            throw std::runtime_error("a folder's size is wrong");
+        out.finish();
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(input.size));
+}
+
+void folder_zlib(benchmark::State& state, const folder& input) {
+    std::string out(input.size + block_size, '\0');
+    for (auto _ : state) {
+        rivals::zlib_inflate decoder;
+        char* to = out.data();
+        for (const auto& stream : input.streams) {
+            const auto history = std::min<std::size_t>(block_size, static_cast<std::size_t>(to - out.data()));
+            to += decoder.decode(stream, {to - history, history}, to, block_size);
+        }
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(input.size));
+}
+
+template<class Function, class... Arguments>
+void add(const std::string& name, Function function, const Arguments&... arguments) {
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [=](benchmark::State& state) { function(state, arguments...); })
+        ->Unit(benchmark::kMillisecond)
+        ->MeasureProcessCPUTime()
+        ->UseRealTime()
+        ->ComputeStatistics(
+            "best", [](const std::vector<double>& all) { return *std::min_element(all.begin(), all.end()); });
+}
+
+void add_folder(const std::string& name, folder found) {
+    static std::list<folder> all;
+    all.push_back(std::move(found));
+    const folder* kept = &(all.back() = with_streams(std::move(all.back())));
+    add("folder/" + name + "/ours", [kept](benchmark::State& state) { folder_ours(state, *kept); });
+    add("folder/" + name + "/zlib", [kept](benchmark::State& state) { folder_zlib(state, *kept); });
 }
 
 } // namespace
 
-BENCHMARK_CAPTURE(alone_ours, text, true, false)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(alone_libdeflate, text, true)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(alone_zlib, text, true, false)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(alone_ours, programs, false, false)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(alone_libdeflate, programs, false)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(alone_zlib, programs, false, false)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(alone_ours, text_shared, true, true)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(folder_ours, text, true)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(alone_zlib, text_shared, true, true)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(alone_ours, programs_shared, false, true)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(folder_ours, programs, false)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(alone_zlib, programs_shared, false, true)->Unit(benchmark::kMillisecond)->UseRealTime();
-
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    for (const bool text : {true, false}) {
+        const std::string kind = text ? "text" : "programs";
+        for (const bool shared : {false, true}) {
+            const std::string name = (shared ? "shared/" : "alone/") + kind;
+            add(name + "/ours", alone_ours, text, shared);
+            add(name + "/zlib", alone_zlib, text, shared);
+        }
+        add("alone/" + kind + "/libdeflate", alone_libdeflate, text);
+        add_folder(kind, folder_of(yard_of(text)));
+    }
+    std::vector<std::string> cabinets(argv + 1, argv + argc);
+    if (const char* more = std::getenv("HARBOR_BENCH_CABINETS"))
+        for (std::istringstream paths(more); std::getline(paths, cabinets.emplace_back(), ':');)
+            ;
+    std::erase(cabinets, "");
+    for (const auto& path : cabinets)
+        if (path.find("mszip") != std::string::npos)
+            add_folder(path.substr(path.rfind('/') + 1), folder_of(path));
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -63,15 +63,10 @@ unsigned bit_input::waiting_bytes() const {
     return static_cast<unsigned>(std::max(bit_count / 8 - end_count, 0));
 }
 
-void bit_input::lend(std::uint64_t& bits_out, unsigned& count_out) const {
-    bits_out = bit_buffer;
-    count_out = static_cast<unsigned>(bit_count);
-}
-
-unsigned bit_input::give(std::uint64_t bits_left, unsigned count_left) {
-    const unsigned returned = count_left < full ? 0 : (count_left - full) / 8;
-    const unsigned kept = count_left - 8 * returned;
-    bit_buffer = static_cast<std::uint32_t>(bits_left & ((std::uint64_t{1} << kept) - 1));
+unsigned bit_input::resume(std::uint64_t word, unsigned count) {
+    const unsigned returned = count < full ? 0 : (count - full) / 8;
+    const unsigned kept = count - 8 * returned;
+    bit_buffer = static_cast<std::uint32_t>(word & ((std::uint64_t{1} << kept) - 1));
     reversed_buffer = static_cast<std::uint32_t>(std::uint64_t{reversed_word(bit_buffer)} >> (32 - kept));
     bit_count = static_cast<std::int32_t>(kept);
     return returned;

@@ -31,11 +31,9 @@ public:
     /// How many whole bytes of the input wait here; the ones invented past its end don't count.
     unsigned waiting_bytes() const;
 
-    /// Lets a loop read on in a wider word, straight from the read-ahead: `bits` holds the next `count` bits.
-    /// give() takes the position back. Of the bits that the loop leaves, it keeps as many as fill() would
-    /// have fetched, and returns the number of whole bytes that go back to the read-ahead.
-    void lend(std::uint64_t& bits_out, unsigned& count_out) const;
-    unsigned give(std::uint64_t bits_left, unsigned count_left);
+    /// For a loop that read on in a wider word and stands at its low `count` bits now. Keeps as many as
+    /// fill() would have fetched, and returns the number of whole bytes that go back to the read-ahead.
+    unsigned resume(std::uint64_t word, unsigned count);
 
     std::uint32_t bit_buffer = 0;      ///< the next bits, lowest first
     std::uint32_t reversed_buffer = 0; ///< the same bytes with their bits reversed, newest byte lowest

@@ -131,7 +131,10 @@ void decompressor::read_dynamic_lengths(code_table& literal_table) {
 
 /// A run may pass from the literal into the distance part; one that passes the end of the list is cut off.
 void decompressor::read_code_lengths(std::span<std::uint8_t> list) {
-    for (std::size_t i = 0; i < list.size();) {
+    std::size_t i = 0;
+    if (!exact_only && bits.end_count == 0)
+        i = fast.read_lengths(code_length_table, buffered, bits, list);
+    while (i < list.size()) {
         const unsigned length = symbol(code_length_table);
         if (length < repeat_last) {
             list[i++] = static_cast<std::uint8_t>(length);
@@ -161,8 +164,8 @@ void decompressor::decode_stored() {
 void decompressor::decode_codes(const code_table& literal_table) {
     const bool fast_form = !exact_only && distance_table->flag && !literal_table.flag;
     for (;;) {
-        if (fast_form && bits.end_count == 0 && fast_loop::worthwhile(buffered, window))
-            fast.run(literal_table, *distance_table, buffered, bits, window);
+        if (fast_form && bits.end_count == 0)
+            fast.decode(literal_table, *distance_table, buffered, bits, window);
         const unsigned next = symbol(literal_table);
         if (next == end_of_block)
             return;

@@ -1,8 +1,9 @@
 #include "codec/deflate_fast_loop.h"
 
 #include "codec/bit_reversal.h"
+#include "codec/deflate_wide_reader.h"
 
-#include <bit>
+#include <algorithm>
 #include <cstring>
 
 namespace deflate {
@@ -12,48 +13,72 @@ namespace {
 // An entry of a look-up table:
 //
 //   bits 0 to 7    how many bits the symbol takes, its extra bits included
-//   bits 8 to 15   how many of them are the code
+//   bits 8 to 11   how many of them are the code
+//   bit 15         a literal
 //   bits 16 to 30  the literal, the base of the length, or the base of the distance with its 1
-//   bit 31         stop: not for this loop, or not in this table
-//
-// Of a literal the second field is 0 and bit 15 is set; with bit 31 set, the whole of long_code means that
-// the code is longer than the table is wide, anything else that the exact loop is to see the symbol.
+//   bit 31         stop: a symbol that the exact loop is to see or, as the whole entry, a code longer than
+//   the
+//                  table is wide
 constexpr std::uint32_t is_literal = 1u << 15;
 constexpr std::uint32_t is_stop = 1u << 31;
 constexpr std::uint32_t long_code = is_stop;
 
-constexpr std::uint32_t entry_of(row what, unsigned code_bits) {
-    return what.base << 16 | code_bits << 8 | (code_bits + what.extra);
+/// The entries of all symbols but for their codes' lengths, which with_code adds.
+constexpr std::uint32_t with_code(std::uint32_t entry, unsigned code_bits) {
+    return entry + code_bits * 0x101;
 }
 
-constexpr std::uint32_t literal_entry(unsigned symbol, unsigned code_bits) {
-    if (symbol < end_of_block)
-        return symbol << 16 | is_literal | code_bits;
-    const unsigned index = symbol - first_length_symbol;
-    return index < length_rows ? entry_of(length_table[index], code_bits) : is_stop | 1;
+constexpr std::uint32_t entry_of(std::uint32_t base, std::uint32_t extra) {
+    return base << 16 | extra;
 }
 
-constexpr std::uint32_t distance_entry(unsigned symbol, unsigned code_bits) {
-    if (symbol >= plain_distance_rows)
-        return is_stop | 1;
-    const row& plain = distance_rows[symbol];
-    return entry_of({plain.base + 1, plain.extra}, code_bits);
-}
+constexpr auto literal_symbol_entries = [] {
+    std::array<std::uint32_t, literal_symbols> entries{};
+    for (unsigned i = 0; i < literal_symbols; ++i) {
+        const unsigned index = i - first_length_symbol;
+        if (i < end_of_block)
+            entries[i] = i << 16 | is_literal;
+        else if (index < length_rows)
+            entries[i] = entry_of(length_table[index].base, length_table[index].extra);
+        else
+            entries[i] = is_stop;
+    }
+    return entries;
+}();
+
+constexpr auto distance_symbol_entries = [] {
+    std::array<std::uint32_t, distance_symbols> entries{};
+    for (unsigned i = 0; i < distance_symbols; ++i)
+        entries[i] =
+            i < plain_distance_rows ? entry_of(distance_rows[i].base + 1, distance_rows[i].extra) : is_stop;
+    return entries;
+}();
+
+/// The value of a code length symbol is its shortest run.
+constexpr unsigned repeat_last = 16;
+constexpr auto length_symbol_entries = [] {
+    std::array<std::uint32_t, code_length_symbols> entries{};
+    for (unsigned i = 0; i < repeat_last; ++i)
+        entries[i] = i << 16 | is_literal;
+    entries[repeat_last] = entry_of(3, 2);
+    entries[repeat_last + 1] = entry_of(3, 3);
+    entries[repeat_last + 2] = entry_of(11, 7);
+    return entries;
+}();
 
 constexpr unsigned bits_of(std::uint32_t entry) {
     return entry & 0xFF;
 }
 
 /// The base and the value of the extra bits.
-std::uint32_t value_of(std::uint32_t entry, std::uint64_t bits) {
-    const std::uint64_t symbol_bits = bits & ((std::uint64_t{1} << bits_of(entry)) - 1);
-    return (entry >> 16) + static_cast<std::uint32_t>(symbol_bits >> (entry >> 8 & 0xFF));
+std::uint32_t value_of(std::uint32_t entry, const wide_reader& reader) {
+    return (entry >> 16) + static_cast<std::uint32_t>(reader.bits(bits_of(entry)) >> (entry >> 8 & 0xF));
 }
 
 /// Enters every code of up to `width` bits, at each place whose low bits are the code as it stands in the
 /// stream. A table for codes up to one length is the table for one less, twice, with the new codes put in.
-template<class Entry>
-void fill_entries(std::uint32_t* entries, unsigned width, const code_table& table, Entry entry) {
+void fill_entries(std::uint32_t* entries, unsigned width, const code_table& table,
+                  const std::uint32_t* symbol_entries) {
     entries[0] = long_code;
     std::uint32_t code = 0; // its first bit lowest
     for (unsigned length = 1; length <= width; ++length) {
@@ -62,7 +87,7 @@ void fill_entries(std::uint32_t* entries, unsigned width, const code_table& tabl
         const unsigned count = (table.limit[length] - table.limit[length - 1]) >> (longest_code - length);
         const std::uint32_t* symbols = table.symbols.data() + table.offset[length];
         for (unsigned i = 0; i < count; ++i) {
-            entries[code] = entry(symbols[i], length);
+            entries[code] = with_code(symbol_entries[symbols[i]], length);
             std::uint32_t bit = half;
             for (; code & bit; bit >>= 1)
                 code ^= bit;
@@ -71,165 +96,165 @@ void fill_entries(std::uint32_t* entries, unsigned width, const code_table& tabl
     }
 }
 
-/// The entry of a code of more than `width` bits, or is_stop where there is no such code.
-template<class Entry>
-std::uint32_t find_long(const code_table& table, unsigned width, std::uint64_t bits, Entry entry) {
+/// The entry of a code of more than `width` bits, is_stop where there is no such code.
+[[gnu::cold, gnu::noinline]] std::uint32_t
+find_long(const code_table& table, unsigned width, std::uint64_t bits, const std::uint32_t* symbol_entries) {
     const std::uint32_t value = reversed_word(static_cast<std::uint32_t>(bits)) >> (32 - longest_code);
     for (unsigned length = width + 1; length <= longest_code; ++length)
         if (value < table.limit[length])
-            return entry(table.symbol(value, length), length);
+            return with_code(symbol_entries[table.symbol(value, length)], length);
     return is_stop;
 }
 
-std::uint64_t load_word(const unsigned char* from) {
-    std::uint64_t word;
-    std::memcpy(&word, from, sizeof word);
-    if constexpr (std::endian::native == std::endian::big) {
-        word = 0;
-        for (unsigned i = 0; i < sizeof word; ++i)
-            word |= std::uint64_t{from[i]} << 8 * i;
-    }
-    return word;
-}
+constexpr unsigned piece = 8;
+constexpr unsigned straight = 5 * piece; ///< copied without asking for the length
+static_assert(history_window::overshoot >= straight);
 
-template<unsigned size>
 void copy_piece(unsigned char* to, const unsigned char* from) {
-    unsigned char piece[size];
-    std::memcpy(piece, from, size);
-    std::memcpy(to, piece, size);
+    std::uint64_t word;
+    static_assert(sizeof word == piece);
+    std::memcpy(&word, from, piece);
+    std::memcpy(to, &word, piece);
 }
 
-constexpr unsigned wide = 16;
-constexpr unsigned narrow = 8;
-
-/// Copies in pieces no wider than the distance, and scribbles on up to two wide pieces behind the match. A
-/// distance below 8 is first made longer by its own multiple: what is copied repeats with that too.
+/// Copies in pieces no wider than the distance, and scribbles on what lies behind a short match. A distance
+/// below a piece is first made longer by its own multiple: what is copied repeats with that too.
 void copy_match(unsigned char* out, std::uint32_t distance, std::uint32_t length) {
     const unsigned char* from = out - distance;
     unsigned char* const end = out + length;
-    if (distance >= wide) {
-        copy_piece<wide>(out, from);
-        copy_piece<wide>(out + wide, from + wide);
-        while (end - out > 2 * wide) {
-            out += 2 * wide;
-            from += 2 * wide;
-            copy_piece<wide>(out, from);
-            copy_piece<wide>(out + wide, from + wide);
-        }
-        return;
-    }
-    if (distance == 1) {
+    if (distance >= piece) [[likely]] {
+        for (unsigned i = 0; i < straight; i += piece)
+            copy_piece(out + i, from + i);
+        out += straight;
+        from += straight;
+    } else if (distance == 1) {
         const unsigned char byte = *from;
-        do {
-            std::memset(out, byte, wide);
-            out += wide;
-        } while (out < end);
-        return;
-    }
-    if (distance < narrow) {
-        const std::uint32_t multiple = distance * ((narrow + distance - 1) / distance);
+        for (; out < end; out += straight)
+            std::memset(out, byte, straight);
+    } else {
+        const std::uint32_t multiple = distance * ((piece + distance - 1) / distance);
         for (std::uint32_t i = 0; i < multiple; ++i)
             out[i] = from[i];
         out += multiple;
         from = out - multiple;
     }
-    while (out < end) {
-        copy_piece<narrow>(out, from);
-        out += narrow;
-        from += narrow;
-    }
+    for (; out < end; out += piece, from += piece)
+        copy_piece(out, from);
 }
-static_assert(history_window::overshoot >= 2 * wide && history_window::overshoot >= 2 * narrow);
 
 } // namespace
 
-// A refill leaves at least 56 bits in the word. It serves three literals in a row, with 11 bits each, or,
-// taken again behind one or two of them, a match of the longest codes: 15 + 5 and 15 + 13 bits. The chain
-// that bounds the speed is look-up, shift, look-up; loads and stores of matches run beside it.
-void fast_loop::run(const code_table& literals, const code_table& distances, nio::buffered_input& input,
-                    bit_input& bits, history_window& window) {
-    constexpr unsigned refilled = 56;
-    static_assert(3 * literal_bits <= refilled);
-    static_assert(longest_code + 5 + longest_code + 13 <= refilled);
+std::size_t fast_loop::read_lengths(const code_table& lengths, nio::buffered_input& input, bit_input& bits,
+                                    std::span<std::uint8_t> list) {
+    // The lengths of this code are fields of three bits, so it has no longer codes.
+    constexpr unsigned width = 7;
+    std::array<std::uint32_t, 1u << width> entries;
+    fill_entries(entries.data(), width, lengths, length_symbol_entries.data());
 
-    if (!ready) {
-        fill_entries(literal_entries.data(), literal_bits, literals, literal_entry);
-        fill_entries(distance_entries.data(), distance_bits, distances, distance_entry);
-        ready = true;
+    wide_reader reader(input, bits);
+    std::size_t done = 0;
+    while (done < list.size() && reader.has(wide_reader::reach)) {
+        reader.refill();
+        const std::uint32_t entry = entries[reader.bits(width)];
+        const std::uint32_t value = value_of(entry, reader);
+        const bool repeats = with_code(length_symbol_entries[repeat_last], entry >> 8 & 0xF) == entry;
+        if (entry & is_stop || (repeats && done == 0))
+            break;
+        reader.consume(bits_of(entry));
+        if (entry & is_literal) {
+            list[done++] = static_cast<std::uint8_t>(value);
+            continue;
+        }
+        const std::size_t count = std::min<std::size_t>(value, list.size() - done);
+        std::memset(list.data() + done, repeats ? list[done - 1] : 0, count);
+        done += count;
     }
+    reader.give_back();
+    return done;
+}
 
-    const auto ahead = input.ahead();
-    const unsigned char* in = ahead.data();
-    const unsigned char* const last_in = in + ahead.size() - input_margin;
+void fast_loop::prepare(const code_table& literals, const code_table& distances) {
+    fill_entries(literal_entries.data(), literal_bits, literals, literal_symbol_entries.data());
+    fill_entries(distance_entries.data(), distance_bits, distances, distance_symbol_entries.data());
+    ready = true;
+}
+
+// The chain that bounds the speed is look-up, shift, look-up; all else runs beside it, the refill too,
+// because each round begins with its first entry looked up already. A refill serves three literals in a row
+// and the look-up after them, or two literals, a length and the look-up of the distance, which then may want
+// another one.
+void fast_loop::decode(const code_table& literals, const code_table& distances, nio::buffered_input& input,
+                       bit_input& bits, history_window& window) {
+    constexpr unsigned length_bits = longest_code + 5;
+    constexpr unsigned back_bits = longest_code + 13;
+    static_assert(3 * literal_bits + literal_bits <= wide_reader::refilled);
+    static_assert(2 * literal_bits + length_bits + distance_bits <= wide_reader::refilled);
+    static_assert(back_bits + literal_bits <= wide_reader::refilled);
+    constexpr unsigned input_margin = 3 * wide_reader::reach; // one refill ahead of the loop, two in a round
+    constexpr unsigned output_margin = 3 + longest_plain_match;
+
+    wide_reader reader(input, bits);
+    if (!reader.has(input_margin) || window.room() < output_margin)
+        return;
+    if (!ready)
+        prepare(literals, distances);
     unsigned char* out = window.next();
     unsigned char* const last_out = out + window.room() - output_margin;
     const unsigned char* const first_out = out - window.written();
-    std::uint64_t word;
-    unsigned count;
-    bits.lend(word, count);
 
-    const auto refill = [&] {
-        word |= load_word(in) << count;
-        in += (63 - count) >> 3;
-        count |= refilled;
-    };
-    const auto consume = [&](std::uint32_t entry) {
-        word >>= bits_of(entry);
-        count -= bits_of(entry);
-    };
-    const auto next_literal = [&] { return literal_entries[word & ((1u << literal_bits) - 1)]; };
+    const auto look_up = [&] { return literal_entries[reader.bits(literal_bits)]; };
     const auto store = [&](std::uint32_t entry) {
-        consume(entry);
+        reader.consume(bits_of(entry));
         *out++ = static_cast<unsigned char>(entry >> 16);
     };
 
-    while (in <= last_in && out <= last_out) {
-        refill();
-        std::uint32_t entry = next_literal();
+    reader.refill();
+    std::uint32_t entry = look_up();
+    while (reader.has(input_margin) && out <= last_out) {
+        reader.refill();
         if (entry & is_literal) {
             store(entry);
-            entry = next_literal();
+            entry = look_up();
             if (entry & is_literal) {
                 store(entry);
-                entry = next_literal();
+                entry = look_up();
                 if (entry & is_literal) {
                     store(entry);
+                    entry = look_up();
                     continue;
                 }
             }
-            refill();
         }
         if (entry & is_stop) [[unlikely]] {
             if (entry == long_code)
-                entry = find_long(literals, literal_bits, word, literal_entry);
+                entry = find_long(literals, literal_bits, reader.bits(), literal_symbol_entries.data());
             if (entry & is_stop)
                 break;
             if (entry & is_literal) {
                 store(entry);
+                entry = look_up();
                 continue;
             }
         }
-        const std::uint64_t word_before = word;
-        const unsigned count_before = count;
-        const std::uint32_t length = value_of(entry, word);
-        consume(entry);
+        const auto symbol_place = reader.here();
+        const std::uint32_t length = value_of(entry, reader);
+        reader.consume(bits_of(entry));
 
-        entry = distance_entries[word & ((1u << distance_bits) - 1)];
+        entry = distance_entries[reader.bits(distance_bits)];
+        reader.refill();
         if (entry == long_code) [[unlikely]]
-            entry = find_long(distances, distance_bits, word, distance_entry);
-        const std::uint32_t distance = value_of(entry, word);
+            entry = find_long(distances, distance_bits, reader.bits(), distance_symbol_entries.data());
+        const std::uint32_t distance = value_of(entry, reader);
         if (entry & is_stop || distance > static_cast<std::size_t>(out - first_out)) [[unlikely]] {
-            word = word_before;
-            count = count_before;
+            reader.go_back(symbol_place);
             break;
         }
-        consume(entry);
+        reader.consume(bits_of(entry));
+        entry = look_up();
         copy_match(out, distance, length);
         out += length;
     }
-
-    const unsigned returned = bits.give(word, count);
-    input.pass(static_cast<std::size_t>(in - ahead.data()) - returned);
+    reader.give_back();
     window.grow(static_cast<unsigned>(out - window.next()));
 }
 

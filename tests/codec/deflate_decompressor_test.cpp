@@ -239,7 +239,7 @@ TEST(DeflateDecompressor, RepeatRunsCrossIntoTheDistances) {
     // carries that on to the distances 0 to 3, and asks for two more, which are cut off.
     bit_writer out;
     out.field(1, 1).field(2, 2).field(258 - 257, 5).field(4 - 1, 5).field(18 - 4, 4);
-    for (const unsigned length : {1, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0, 3})
+    for (const unsigned length : {1u, 0u, 2u, 0u, 0u, 0u, 0u, 0u, 0u, 0u, 0u, 0u, 0u, 0u, 0u, 3u, 0u, 3u})
         out.field(length, 3);
     out.code(2, 2).field(97 - 11, 7).code(7, 3);                    // 97 zeros, 'a' 2
     out.code(2, 2).field(138 - 11, 7).code(2, 2).field(19 - 11, 7); // zeros up to 254

@@ -14,7 +14,8 @@ bit_writer& bit_writer::field(std::uint32_t value, unsigned count) {
             bytes += '\0';
             used = 0;
         }
-        bytes.back() = static_cast<char>(bytes.back() | (value >> i & 1) << used++);
+        bytes.back() =
+            static_cast<char>(static_cast<unsigned char>(bytes.back()) | (value >> i & 1) << used++);
     }
     return *this;
 }
