@@ -74,7 +74,15 @@ void thread::enter(void* self) noexcept {
     } catch (const cloneable_exception& failure) {
         owner.keep(failure);
     } catch (...) {
-        owner.keep(thread_exception("unknown thread error"));
+        owner.keep_unknown();
+    }
+}
+
+void thread::keep_unknown() noexcept {
+    try {
+        exception = std::make_unique<thread_exception>("unknown thread error");
+    } catch (...) {
+        exception = std::move(reserve);
     }
 }
 

@@ -49,6 +49,7 @@ public:
 private:
     static void enter(void* self) noexcept;
     void keep(const cloneable_exception& failure) noexcept;
+    void keep_unknown() noexcept;
 
     basic::runnable* runnable = nullptr;
     platform::worker* handle = nullptr;

@@ -15,7 +15,7 @@ namespace {
 
 using pattern::AcquiredPtr;
 
-/// Why no format claimed the file.
+/// Why no format claimed the file. Raises what a format says of a header that is cut short.
 std::string why_unknown(registry& known, storage_input& storage) {
     std::vector<char> sample(harbor6::Classifier::sample_size);
     storage.seek(0);
@@ -28,6 +28,8 @@ std::string why_unknown(registry& known, storage_input& storage) {
             continue;
         recogniser->sample = un::array<char>(sample.data(), came);
         const bool similar = recogniser->matches_at(0) != 0;
+        if (similar)
+            recogniser->confirm_at(0);
         recogniser->sample = {};
         if (similar)
             return "begins as " + format->string(harbor6::key::longName) +

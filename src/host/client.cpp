@@ -67,7 +67,7 @@ bool Client::mayMoveOnto(const std::string& name, const harbor6::Item& existing)
 }
 
 bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
-                        const harbor6::Format** /*format*/) {
+                        const harbor6::Format** format) {
     const auto name = file.string(harbor6::key::name);
     const auto path = join(target, name);
     if (!wanted.wants(path))
@@ -78,9 +78,10 @@ bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool
         log.refused(path.empty() ? "(no name)" : path, reason);
         return false;
     }
-    if (depth == 0)
+    // One pass offers no change of format, and its files have no streams of their own.
+    if (depth == 0 || !format)
         return true;
-    // Every file is an entry of an archive whose pass has ended; one without a stream got no bytes from it.
+    // Item by item the archive's bytes have all been read: a file without a stream got none of them.
     const auto* const fork = const_cast<harbor6::File&>(file).getMainFork();
     if (!fork || !fork->input(true)) {
         log.missing(path);

@@ -180,6 +180,11 @@ bool DiskFolder::setString(const std::string& key, const std::string& value) {
     named = true;
     if (value.empty())
         return true;
+    if (path().size() + value.size() > longest_path) {
+        if (obstacle.empty())
+            obstacle = "its path is too long";
+        return true;
+    }
     if (const auto reason = disk_target::refusal(value); !reason.empty() && obstacle.empty())
         obstacle = "cannot use folder " + nio::printable(value) + ": " + reason;
     folder_path = session.target.intern(disk_target::join(path(), value));

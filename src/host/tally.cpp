@@ -36,7 +36,7 @@ TallyFolder::TallyFolder(tally& counts, std::shared_ptr<const std::string> path)
     : shared(counts), folder_path(std::move(path)) {}
 
 std::string TallyFolder::refusal(const std::string& /*name*/) {
-    return {};
+    return too_deep ? "its path is too long" : std::string();
 }
 
 void TallyFolder::destroy() {
@@ -64,13 +64,16 @@ harbor6::File* TallyFolder::_newFile() {
 }
 
 harbor6::Folder* TallyFolder::_newFolder() {
-    return new TallyFolder(shared, folder_path);
+    pattern::AcquiredPtr<TallyFolder> folder(new TallyFolder(shared, folder_path));
+    folder->too_deep = too_deep;
+    return folder.detach();
 }
 
 bool TallyFolder::setString(const std::string& key, const std::string& value) {
     if (idFromName(key) != key_id::name)
         return Folder::setString(key, value);
-    if (!value.empty())
+    too_deep = too_deep || path().size() + value.size() > longest_path;
+    if (!value.empty() && !too_deep)
         folder_path = std::make_shared<const std::string>(join(path(), value));
     return true;
 }

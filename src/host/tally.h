@@ -54,6 +54,7 @@ protected:
 private:
     tally& shared;
     std::shared_ptr<const std::string> folder_path;
+    bool too_deep = false; ///< the path goes on, but nobody will have it
 };
 
 /// A file of which only the name, the time and the size are kept.

@@ -50,12 +50,18 @@ direct_input::direct_input(input* wrapped_stream) : filter_input(wrapped_stream)
 
 direct_input::~direct_input() = default;
 
+input& direct_input::receiver() const {
+    if (!attached())
+        throw exception("no stream is attached", "stream::direct_input");
+    return *attached();
+}
+
 void direct_input::unread(const char* bytes, unsigned length) {
-    attached()->unread(bytes, length);
+    receiver().unread(bytes, length);
 }
 
 void direct_input::unread(char byte) {
-    attached()->unread(byte);
+    receiver().unread(byte);
 }
 
 } // namespace stream

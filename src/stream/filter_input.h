@@ -39,6 +39,9 @@ public:
 
     void unread(const char* bytes, unsigned length) override;
     void unread(char byte) override;
+
+private:
+    input& receiver() const;
 };
 
 } // namespace stream

@@ -1,5 +1,7 @@
 #include "archive/cab/block_output.h"
 
+#include <exception>
+
 namespace harbor6::cab {
 
 block_output::block_output() = default;
@@ -18,8 +20,8 @@ void block_output::start() {
 
 void block_output::finish() {
     // Empty files behind a full one have all their bytes, although no write came that went over to them.
-    while (currentEntry() && write_state == segment_size && current + 1 < entries.size() &&
-           entries[current + 1].size == 0) {
+    while (std::uncaught_exceptions() == 0 && currentEntry() && write_state == segment_size &&
+           current + 1 < entries.size() && entries[current + 1].size == 0) {
         write_state = 0;
         next();
     }

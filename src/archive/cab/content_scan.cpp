@@ -14,7 +14,11 @@ namespace harbor6::cab {
 using pattern::AcquiredPtr;
 
 content_scan::content_scan(Archive& scanned, stream::input& bytes, Folder& into, ContainerAdaptor* list)
-    : archive(scanned), input(bytes), target(into), adaptor(list), client(scanned.shell().client()) {}
+    : archive(scanned), input(bytes), target(into), adaptor(list) {}
+
+ClientInterface& content_scan::client() const {
+    return archive.shell().client();
+}
 
 void content_scan::run() {
     header.read(input, true);
@@ -50,7 +54,7 @@ bool content_scan::readFile() {
     const AcquiredPtr<FileItem> item(new FileItem(&archive, record));
     AcquiredPtr<File> file;
     bool expand = false;
-    if (parent && client.sourceFile(*item, *parent, &expand, nullptr)) {
+    if (parent && client().sourceFile(*item, *parent, &expand, nullptr)) {
         file = parent->acquireNewFileLike(*item, false);
         if (adaptor && file && stem.empty())
             adaptor->containerAdd(*file);
@@ -63,15 +67,13 @@ bool content_scan::walkFolders(const std::string& stem, AcquiredPtr<Folder>& par
     bool first = true;
     for (const std::string token : split_path(stem, '/')) {
         AcquiredPtr<Folder> folder;
-        if (first)
-            folder = topFolder(token, parent);
-        else
+        if (!first)
             folder = parent->acquireNewFolderFromName(token, false);
-        if (!folder)
+        else if (!topFolder(token, parent, folder))
             return true;
         first = false;
         if (!folder->isCreated()) {
-            if (!client.targetFolder(*folder, *parent, nullptr))
+            if (!client().targetFolder(*folder, *parent, nullptr))
                 return false;
             folder->commitItem();
         }
@@ -80,16 +82,18 @@ bool content_scan::walkFolders(const std::string& stem, AcquiredPtr<Folder>& par
     return true;
 }
 
-AcquiredPtr<Folder> content_scan::topFolder(const std::string& token, AcquiredPtr<Folder>& parent) {
-    if (const auto known = folders.find(token); known != folders.end())
-        return known->second;
-    AcquiredPtr<Folder> folder;
+bool content_scan::topFolder(const std::string& token, AcquiredPtr<Folder>& parent,
+                             AcquiredPtr<Folder>& folder) {
+    if (const auto known = folders.find(token); known != folders.end()) {
+        folder = known->second;
+        return true;
+    }
     std::string name = token;
     if (AcquiredPtr<Item> existing(parent->acquireItemFromName(name)); existing) {
         const AcquiredPtr<FolderItem> model(new FolderItem(&archive, token));
         const bool is_folder = existing->asFolder() != nullptr;
-        if (!client.targetNameConflict(name, *existing, is_folder, *model, &parent) || !parent)
-            return {};
+        if (!client().targetNameConflict(name, *existing, is_folder, *model, &parent) || !parent)
+            return false;
         existing = parent->acquireItemFromName(name);
         if (existing) {
             if (!existing->asFolder())
@@ -102,7 +106,7 @@ AcquiredPtr<Folder> content_scan::topFolder(const std::string& token, AcquiredPt
     folders.emplace(token, folder);
     if (adaptor)
         adaptor->containerAdd(*folder);
-    return folder;
+    return true;
 }
 
 void content_scan::expandFolders() {

@@ -38,15 +38,16 @@ private:
     /// Walks from `parent` down the folders of `stem`; `parent` ends at the folder reached, or where the
     /// client gave up. False ends the whole pass.
     bool walkFolders(const std::string& stem, pattern::AcquiredPtr<Folder>& parent);
-    /// The top-level folder for `token`, made or found; null if the client gave up.
-    pattern::AcquiredPtr<Folder> topFolder(const std::string& token, pattern::AcquiredPtr<Folder>& parent);
+    /// Finds or makes the top-level folder for `token`. False if the client gave it up.
+    bool topFolder(const std::string& token, pattern::AcquiredPtr<Folder>& parent,
+                   pattern::AcquiredPtr<Folder>& folder);
+    ClientInterface& client() const;
     void expandFolders();
 
     Archive& archive;
     stream::input& input;
     Folder& target;
     ContainerAdaptor* adaptor;
-    ClientInterface& client;
     ::format::cab::archive_header header;
     std::vector<folder_entry> cabinet_folders;
     std::map<std::string, pattern::AcquiredPtr<Folder>>

@@ -54,8 +54,11 @@ std::wstring code_page::decode(std::string_view text) const {
         std::char_traits<char>::copy(out, reinterpret_cast<const char*>(&replacement), sizeof replacement);
         out += sizeof replacement;
         out_left -= sizeof replacement;
-        ++in;
-        --in_left;
+        // Some encodings take what they can't read, others leave it where it is.
+        if (in_left > 0) {
+            ++in;
+            --in_left;
+        }
     }
     while (iconv(conversion.handle, nullptr, nullptr, &out, &out_left) == std::size_t(-1) && errno == E2BIG)
         grow();

@@ -311,7 +311,10 @@ File* EntryFolder::_newFile() {
 Folder* EntryFolder::_newFolder() {
     if (!state->building)
         return Folder::_newFolder();
+    if (depth == greatest_depth)
+        throw un::exception("the archive's folders lie too deep in one another", "harbor6::EntryFolder");
     AcquiredPtr<EntryFolder> folder(new EntryFolder(state));
+    folder->depth = depth + 1;
     items.push_back(AcquiredPtr<Item>::sharing(*folder));
     return folder.detach();
 }

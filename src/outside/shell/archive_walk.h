@@ -106,6 +106,10 @@ private:
 /// A folder of an archive, or the root of its tree.
 class EntryFolder : public ArchiveItem, public Folder {
 public:
+    /// Whoever walks the tree goes down it step by step; a few bytes of an archive can state any number of
+    /// steps.
+    static constexpr unsigned greatest_depth = 512;
+
     explicit EntryFolder(std::shared_ptr<WalkState> state);
     ~EntryFolder() override;
 
@@ -139,6 +143,7 @@ private:
     std::shared_ptr<WalkState> state;
     std::string name;
     std::uint64_t number;
+    unsigned depth = 0; ///< folders above it
     std::vector<pattern::AcquiredPtr<Item>> items;
     std::map<std::string, EntryFolder*> subfolders;
 };

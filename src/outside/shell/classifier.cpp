@@ -34,7 +34,6 @@ Archive* Classifier::acquireFileArchive(File& file, std::uint32_t /*a*/, std::ui
 }
 
 Format* Classifier::recognise(const un::array<char>& sample) const {
-    std::unique_ptr<basic::cloneable_exception> cut_short;
     for (const auto& format : known) {
         format::classifier* const recogniser = format->recogniser();
         if (!recogniser)
@@ -43,15 +42,13 @@ Format* Classifier::recognise(const un::array<char>& sample) const {
         bool claimed = false;
         try {
             claimed = recogniser->matches_at(0) && recogniser->confirm_at(0);
-        } catch (const stream::exception& failure) {
-            cut_short = failure.clone();
+        } catch (const stream::exception&) {
+            // The sample ends inside what would be the header.
         }
         recogniser->sample = {};
         if (claimed)
             return format.get();
     }
-    if (cut_short)
-        cut_short->raise();
     return nullptr;
 }
 

@@ -30,9 +30,7 @@ public:
     virtual Archive* acquireStreamArchive(File& file);
     virtual Archive* acquireFileArchive(File& file, std::uint32_t a, std::uint32_t b, std::uint32_t c);
 
-    /// The format whose archive starts at the first byte of `sample`, null if there is none. Where none
-    /// claims it and the sample ends inside what one of them took for its header, that stream::exception is
-    /// raised.
+    /// The format whose archive starts at the first byte of `sample`, null if there is none.
     Format* recognise(const un::array<char>& sample) const;
     const std::vector<std::unique_ptr<Format>>& formats() const;
 
