@@ -75,7 +75,7 @@ lzx_writer::lzx_writer(unsigned window_bits, std::uint32_t frame_size)
 
 void lzx_writer::put(std::uint32_t value, unsigned count) {
     while (count-- > 0) {
-        word = word << 1 | (value >> count & 1);
+        word = word << 1 | (count < 32 ? value >> count & 1 : 0);
         if (++word_bits == 16)
             flush_bits(false);
     }
