@@ -14,10 +14,6 @@ namespace algorithm::lzx {
 
 namespace {
 
-constexpr std::uint32_t verbatim_block = 1;
-constexpr std::uint32_t aligned_block = 2;
-constexpr std::uint32_t raw_block = 3;
-
 constexpr std::uint32_t state_start = 1;
 constexpr std::uint32_t state_decoding = 2;
 
@@ -28,15 +24,6 @@ constexpr std::uint32_t largest_window = 1u << 21;
 constexpr std::uint32_t mirrored_bytes = longest_match;
 constexpr std::uint32_t overhang = 261;
 static_assert(overhang >= mirrored_bytes);
-
-/// How far behind the last word the limit lies: the bit buffer is always that much ahead.
-constexpr std::uint32_t look_ahead = 4;
-
-/// Zeros behind the compressed bytes. The farthest read: a raw block's header may begin one byte before the
-/// data's end and takes 12, and the bit buffer then takes 4 more. A main symbol begins before the limit, and
-/// it, its length symbol and its footer take no more than 4 words behind it.
-constexpr std::uint32_t spare_input = 32;
-static_assert(spare_input >= 11 + 4 && spare_input >= look_ahead + 4 * 2);
 
 std::uint32_t load_16(const std::uint8_t* from) {
     return static_cast<std::uint32_t>(from[0] | from[1] << 8);

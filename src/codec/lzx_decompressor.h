@@ -11,6 +11,15 @@ namespace algorithm::lzx {
 
 struct fast_tables;
 
+/// How far behind the last word the limit lies: the bit buffer is always that much ahead.
+constexpr unsigned look_ahead = 4;
+
+/// Zeros behind the compressed bytes. The farthest read: a raw block's header may begin one byte before the
+/// data's end and takes 12, and the bit buffer then takes 4 more. A main symbol begins before the limit, and
+/// it, its length symbol and its footer take no more than 4 words behind it.
+constexpr unsigned spare_input = 32;
+static_assert(spare_input >= 11 + look_ahead && spare_input >= look_ahead + 4 * 2);
+
 /// Expands the LZX frames of one cabinet folder, in order: window, repeated offsets, code lengths, the
 /// current block and the translation of CALL operands run on from frame to frame. One object serves one
 /// folder, on one thread, and is not used again after a frame has failed.
@@ -55,6 +64,7 @@ private:
     std::uint32_t use_offset(unsigned slot);
 
     void decode_fast(std::uint32_t end);
+    void exchange_bytes(std::vector<std::uint8_t>& swapped, unsigned parity) const;
     template<bool Aligned>
     void run_fast_loop(std::uint32_t end);
     void copy_unusual(std::uint32_t start, std::uint32_t position, std::uint32_t offset,

@@ -18,9 +18,12 @@
 // its bytes from there, and the spoilt ones are put back in the end.
 //
 // Bits. `bits` has the next bit at its top, `count` of them valid; a refill makes that 56 or more. Between
-// two refills: two lookups of main_index_bits each and one match from the table with up to 17 footer bits, or
-// 14 and an aligned symbol. A length symbol that is not in the main table, or a long code, comes after a
-// refill of its own.
+// two refills: a literal from the table and a match from the table with up to 17 footer bits, or 14 and an
+// aligned symbol. After a main symbol that the table doesn't settle there is a refill before the rest.
+//
+// What bounds it: a chain of shift, table load and shift for each symbol, some 9 cycles, 17 with an aligned
+// symbol; the one branch that is hard to foretell, literal or match; and the source of a far match, which may
+// be anywhere in the window and out of the near caches. Everything else is kept free of branches.
 
 namespace algorithm::lzx {
 
@@ -34,20 +37,20 @@ constexpr unsigned refilled = 56;
 constexpr unsigned longest_footer = 17;
 constexpr unsigned longest_aligned_footer = 14 + aligned_bits;
 constexpr unsigned table_bits = fast_tables::main_index_bits;
-static_assert(2 * table_bits + table_bits + std::max(longest_footer, longest_aligned_footer) <= refilled);
-static_assert(2 * table_bits + maximum_code_length <= refilled, "a long main code");
+static_assert(2 * table_bits + std::max(longest_footer, longest_aligned_footer) <= refilled);
+static_assert(table_bits + maximum_code_length <= refilled, "a literal and a long main code");
 static_assert(maximum_code_length + longest_aligned_footer <= refilled, "a length symbol and its footer");
 static_assert(farthest_reserve >= step && fast_overhang >= 2 * step);
 
-/// One round takes at most two table lookups, a long main code, a long length code and a footer, and three
-/// refills, of which each moves on by 7 bytes and reads 8. The exact loop asks for a word of look-ahead at
-/// each main symbol; whoever is that far from the end has it.
+/// A round has at most two refills, of which each moves on by 7 bytes and reads 8. The exact loop fails where
+/// a main symbol begins in a word behind the data; no symbol of a round is that far.
 constexpr std::ptrdiff_t input_margin = 40;
-static_assert(input_margin >= 3 * 7 + 8 + 4);
+static_assert(input_margin >= 2 * 7 + 8 + 2);
 
-/// A round stores up to six literals before it looks at the room for a match.
-constexpr std::ptrdiff_t literal_margin = 8;
-static_assert(literal_margin > 3 * 2);
+/// A round stores up to two literals before it looks at the room for a match.
+constexpr std::uint32_t literal_margin = 2;
+
+constexpr std::uint64_t offset_mask = (1u << entry::offset_bits) - 1;
 
 /// Blocks below this size are not worth their tables.
 constexpr std::uint32_t worthwhile_block = 1024;
@@ -106,37 +109,47 @@ unsigned walk(std::uint64_t bits, const std::int16_t* table, const tree_links* l
 
 } // namespace
 
+/// Makes a big-endian bit stream of the frame's words, eight bytes at a time.
+void decompressor::exchange_bytes(std::vector<std::uint8_t>& swapped, unsigned parity) const {
+    const std::size_t needed = static_cast<std::size_t>(input_limit - input_buffer.data()) + 8;
+    if (swapped.size() < needed + 8)
+        swapped.resize(needed + 8);
+    const std::uint8_t* const from = input_buffer.data();
+    std::uint8_t* const to = swapped.data();
+    for (std::size_t i = parity; i < needed; i += 8) {
+        const std::uint64_t words = load_64(from + i);
+        store_64(to + i, (words & 0x00FF00FF00FF00FF) << 8 | (words >> 8 & 0x00FF00FF00FF00FF));
+    }
+}
+static_assert(spare_input >= look_ahead + 8 + 8 + 1, "the last step may begin at the end of what is needed");
+
 void decompressor::decode_fast(std::uint32_t end) {
     if (window_position < longest_match || block_size < worthwhile_block)
         return;
-    const std::uint8_t* data_end = input_limit - 4;
+    for (const std::uint32_t offset : {R0, R1, R2})
+        if (offset == 0 || offset >= window_size)
+            return;
+    const std::uint8_t* data_end = input_limit - look_ahead;
     if (data_end - input_position < 2 * input_margin || end - window_position < 2 * literal_margin)
         return;
     if (!fast)
         fast = std::make_unique<fast_tables>();
-    const bool aligned = block_type == 2;
+    const bool aligned = block_type == aligned_block;
     if (!fast->ready) {
         fast->ready = true;
         fast->usable = fast->build(main_lengths, literal_symbols + headers_per_slot * position_slots,
                                    length_lengths, aligned);
         for (unsigned i = 0; i < 1u << aligned_bits; ++i)
-            fast->aligned[i] =
-                static_cast<std::uint16_t>(aligned_lengths[aligned_table[i]] << 8 | aligned_table[i]);
+            fast->aligned[(1u << aligned_bits) + i] = static_cast<std::int16_t>(
+                (aligned_table[i] - static_cast<int>(i >> 4)) * 64 + aligned_lengths[aligned_table[i]]);
     }
     if (!fast->usable)
         return;
 
-    const std::uint8_t* words = input_position - 4;
+    const std::uint8_t* words = input_position - look_ahead;
     const auto parity = static_cast<unsigned>(words - input_buffer.data()) % 2;
     if (!fast->swapped_ready[parity]) {
-        auto& swapped = fast->swapped[parity];
-        const std::size_t needed = static_cast<std::size_t>(input_limit - input_buffer.data()) + 8;
-        if (swapped.size() < needed)
-            swapped.resize(needed);
-        for (std::size_t i = parity; i + 1 < needed; i += 2) {
-            swapped[i] = input_buffer[i + 1];
-            swapped[i + 1] = input_buffer[i];
-        }
+        exchange_bytes(fast->swapped[parity], parity);
         fast->swapped_ready[parity] = true;
     }
 
@@ -172,75 +185,71 @@ void decompressor::run_fast_loop(std::uint32_t end) {
     const fast_tables& tables = *fast;
     const std::uint32_t start = window_position;
     std::uint8_t* const base = window.get();
-    std::uint8_t* out = base + start;
-    std::uint8_t* const out_end = base + end;
-    std::uint8_t* const out_stop = out_end - literal_margin;
-    const std::uint32_t mask = window_mask;
-    const std::uint32_t plain_offsets = window_size - farthest_reserve - shortest_plain;
+    const std::uint64_t mask = window_mask;
+    const std::uint64_t plain_offsets = window_size - farthest_reserve - shortest_plain;
 
-    const std::uint8_t* const words = input_position - 4;
+    const std::uint8_t* const words = input_position - look_ahead;
     const auto& swapped = tables.swapped[static_cast<unsigned>(words - input_buffer.data()) % 2];
     const std::uint8_t* const in_start = swapped.data() + (words - input_buffer.data());
     const std::uint8_t* const in_stop =
-        swapped.data() + (input_limit - 4 - input_buffer.data()) - input_margin;
+        swapped.data() + (input_limit - look_ahead - input_buffer.data()) - input_margin;
     const std::uint8_t* in = in_start;
 
     std::uint64_t bits = 0;
-    unsigned count = 0;
-    std::uint32_t r0 = R0;
-    std::uint32_t r1 = R1;
-    std::uint32_t r2 = R2;
+    std::uint64_t count = 0;
+    // The three offsets, the first one lowest, under a bit of 0.
+    std::uint64_t queue =
+        R0 | std::uint64_t{R1} << entry::offset_bits | std::uint64_t{R2} << 2 * entry::offset_bits;
+    std::uint64_t position = start;
+    const std::uint64_t literal_stop = end - literal_margin;
 
     const auto refill = [&] {
         bits |= big_endian_64(in) >> count;
-        in += (63 - count) >> 3;
+        in += (63 ^ count) >> 3;
         count |= refilled;
     };
-    const auto drop = [&](unsigned n) {
-        bits <<= n & entry::drop_mask;
-        count -= n & entry::drop_mask;
+    const auto drop = [&](std::uint64_t n) {
+        bits <<= n & entry::bits_mask;
+        count = (count - n) & entry::bits_mask;
     };
+
     const auto next_entry = [&] { return tables.main[bits >> (64 - table_bits)]; };
-    const auto store_literals = [&](std::uint32_t e) {
+    const auto store_literal = [&](entry::type e) {
         drop(e);
-        const auto both = static_cast<std::uint16_t>(e >> entry::first_shift);
-        out[0] = static_cast<std::uint8_t>(both);
-        out[1] = static_cast<std::uint8_t>(both >> 8);
-        out += e >> entry::count_shift & entry::count_mask;
+        base[position++] = static_cast<std::uint8_t>(e >> entry::byte_shift);
     };
 
     refill();
     drop(16u - static_cast<unsigned>(bits_left));
     refill();
-    std::uint32_t e = next_entry();
-    while (in <= in_stop && out <= out_stop) {
+    entry::type e = next_entry();
+    while (in <= in_stop && position <= literal_stop) {
         if (e & entry::literal) {
-            store_literals(e);
+            store_literal(e);
             e = next_entry();
             if (e & entry::literal) {
-                store_literals(e);
+                store_literal(e);
+                refill();
                 e = next_entry();
-                if (e & entry::literal) {
-                    store_literals(e);
-                    refill();
-                    e = next_entry();
-                    continue;
-                }
+                continue;
             }
         }
-        const std::uint64_t bits_before = bits;
-        const unsigned count_before = count;
-        const std::uint8_t* const in_before = in;
-        if (e & entry::special) {
-            unsigned slot = e >> entry::slot_shift & entry::slot_mask;
+        std::uint64_t length = e >> entry::length_shift & entry::length_mask;
+        if (length > end - position)
+            break;
+        if ((e & entry::bits_mask) == 0) [[unlikely]] {
+            const std::uint64_t bits_before = bits;
+            const std::uint64_t count_before = count;
+            const std::uint8_t* const in_before = in;
+            auto slot = static_cast<unsigned>(e >> entry::special_slot_shift & entry::bits_mask);
             unsigned header = long_header;
-            unsigned code = e >> entry::code_shift & entry::code_mask;
+            auto code = static_cast<unsigned>(e >> entry::code_shift & entry::bits_mask);
             if (code == 0) {
                 const unsigned symbol = walk(bits, main_table, main_links, main_bits);
                 code = main_lengths[symbol];
                 if (symbol < literal_symbols) {
                     drop(code);
-                    *out++ = static_cast<std::uint8_t>(symbol);
+                    base[position++] = static_cast<std::uint8_t>(symbol);
                     refill();
                     e = next_entry();
                     continue;
@@ -261,58 +270,58 @@ void decompressor::run_fast_loop(std::uint32_t end) {
                 drop(further_code);
                 header += further;
             }
-            e = fast_tables::match(slot, header + minimum_match, 0, Aligned);
+            length = header + minimum_match;
+            if (length > end - position) {
+                bits = bits_before;
+                count = count_before;
+                in = in_before;
+                break;
+            }
+            e = fast_tables::match(slot, 0, 0, Aligned);
         }
-        const std::uint32_t length = e >> entry::length_shift & entry::length_mask;
-        if (length > static_cast<std::uint32_t>(out_end - out)) {
-            bits = bits_before;
-            count = count_before;
-            in = in_before;
-            break;
-        }
-        const unsigned code = e >> entry::code_shift & entry::code_mask;
-        const unsigned extra = (e & entry::drop_mask) - code;
-        auto footer = static_cast<std::uint32_t>(bits << code >> 1 >> (63 - extra));
-        drop(e);
+
+        std::uint64_t footer = bits << (e >> entry::code_shift & entry::bits_mask) >> 1 >>
+                               (e >> entry::footer_shift & entry::bits_mask);
+        const entry::type now = e;
         if constexpr (Aligned) {
-            // Without a branch: which matches have an aligned symbol is hard to foretell.
-            const std::uint32_t has = e & entry::aligned ? 0xFFFFFFFF : 0;
-            const std::uint32_t low = tables.aligned[bits >> (64 - aligned_bits)] & has;
-            drop(low >> 8);
-            footer = (footer << (has & 3)) + (low & 7);
+            bits <<= e & entry::bits_mask;
+            const std::int64_t low = tables.aligned[(bits >> (64 - aligned_bits)) + 2 * (e & entry::aligned)];
+            bits <<= low & entry::bits_mask;
+            count = (count - e - static_cast<std::uint64_t>(low)) & entry::bits_mask;
+            footer += static_cast<std::uint64_t>(low >> 6);
+        } else {
+            drop(e);
         }
         refill();
-        const unsigned slot = e >> entry::slot_shift & entry::slot_mask;
         e = next_entry();
 
-        std::uint32_t offset = slot_bases[slot] + footer;
-        offset = slot == 0 ? r0 : offset;
-        offset = slot == 1 ? r1 : offset;
-        offset = slot == 2 ? r2 : offset;
-        r2 = slot == 2 ? r0 : slot >= 3 ? r1 : r2;
-        r1 = slot == 1 || slot >= 3 ? r0 : r1;
-        r0 = offset;
+        const std::uint64_t where = now >> entry::queue_shift & entry::bits_mask;
+        const std::uint64_t offset = (queue >> where & offset_mask) + (now >> entry::base_shift) + footer;
+        queue <<= now >> entry::move_shift & entry::bits_mask;
+        const std::uint64_t change = (queue & offset_mask) ^ offset;
+        queue = (queue ^ change ^ change << where) & ~(std::uint64_t{1} << 63);
 
-        const auto position = static_cast<std::uint32_t>(out - base);
+        std::uint8_t* const to = base + position;
         if (offset - shortest_plain < plain_offsets) [[likely]] {
             const std::uint8_t* from = base + ((position - offset) & mask);
-            move_16(out, from);
-            move_16(out + 16, from + 16);
-            for (std::uint32_t done = step; done < length; done += step) {
-                move_16(out + done, from + done);
-                move_16(out + done + 16, from + done + 16);
+            move_16(to, from);
+            move_16(to + 16, from + 16);
+            for (std::uint64_t done = step; done < length; done += step) {
+                move_16(to + done, from + done);
+                move_16(to + done + 16, from + done + 16);
             }
         } else {
-            copy_unusual(start, position, offset, length);
+            copy_unusual(start, static_cast<std::uint32_t>(position), static_cast<std::uint32_t>(offset),
+                         static_cast<std::uint32_t>(length));
         }
-        out += length;
+        position += length;
     }
 
-    R0 = r0;
-    R1 = r1;
-    R2 = r2;
-    window_position = static_cast<std::uint32_t>(out - base);
-    const auto used = static_cast<unsigned>(8 * (in - in_start)) - count;
+    R0 = static_cast<std::uint32_t>(queue & offset_mask);
+    R1 = static_cast<std::uint32_t>(queue >> entry::offset_bits & offset_mask);
+    R2 = static_cast<std::uint32_t>(queue >> 2 * entry::offset_bits);
+    window_position = static_cast<std::uint32_t>(position);
+    const auto used = static_cast<unsigned>(8 * (in - in_start)) - static_cast<unsigned>(count);
     const std::uint8_t* const word = words + used / 16 * 2;
     input_position = word + 4;
     bits_left = static_cast<std::int8_t>(16 - used % 16);

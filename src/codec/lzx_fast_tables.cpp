@@ -24,19 +24,25 @@ struct fast_tables::sorted_code {
     std::uint16_t order[maximum_main_symbols];
 };
 
-std::uint32_t fast_tables::match(unsigned slot, unsigned length, unsigned code, bool aligned_block) {
-    unsigned extra = extra_bits(slot);
-    std::uint32_t flag = 0;
-    if (aligned_block && extra >= 3) {
-        extra -= 3;
-        flag = entry::aligned;
-    }
-    return flag | length << entry::length_shift | slot << entry::slot_shift | code << entry::code_shift |
-           (code + extra);
+entry::type fast_tables::match(unsigned slot, unsigned length, unsigned code, bool in_aligned) {
+    const unsigned extra = extra_bits(slot);
+    const bool aligned_symbol = in_aligned && extra >= 3;
+    const bool repeated = slot < 3;
+    const entry::type queue = repeated ? slot * entry::offset_bits : entry::no_offset;
+    const entry::type move = repeated ? 0 : entry::offset_bits;
+    return entry::type{slot_bases[slot]} << entry::base_shift | entry::type{length} << entry::length_shift |
+           move << entry::move_shift | queue << entry::queue_shift | (63 - extra) << entry::footer_shift |
+           code << entry::code_shift | (aligned_symbol ? entry::aligned : 0) |
+           (code + extra - (aligned_symbol ? 3 : 0));
+}
+
+entry::type fast_tables::literal(unsigned symbol, unsigned code) {
+    return entry::literal_base << entry::base_shift | entry::type{1} << entry::length_shift |
+           63u << entry::footer_shift | symbol << entry::byte_shift | entry::literal | code;
 }
 
 bool fast_tables::build(const std::uint8_t* main_lengths, unsigned main_symbols,
-                        const std::uint8_t* length_lengths, bool aligned_block) {
+                        const std::uint8_t* length_lengths, bool in_aligned) {
     const sorted_code main_code(main_lengths, main_symbols);
     if (main_code.count == 0)
         return false;
@@ -50,56 +56,41 @@ bool fast_tables::build(const std::uint8_t* main_lengths, unsigned main_symbols,
         next = std::fill_n(next, 1u << (length_index_bits - l), static_cast<std::uint16_t>(l << 8 | symbol));
     }
     std::fill(next, std::end(length), length_code.count == 0 ? std::uint16_t{0} : long_code);
-    fill_main(main_code, length_code, aligned_block);
+    fill_main(main_code, length_code, in_aligned);
     return true;
 }
 
-void fast_tables::fill_main(const sorted_code& main_code, const sorted_code& length_code,
-                            bool aligned_block) {
-    std::uint32_t* next = main;
+void fast_tables::fill_main(const sorted_code& main_code, const sorted_code& length_code, bool in_aligned) {
+    entry::type* next = main;
     for (unsigned i = 0; i < main_code.count; ++i) {
         const unsigned symbol = main_code.order[i];
         const unsigned l = main_code.lengths[symbol];
         if (l > main_index_bits)
             break;
         const unsigned room = main_index_bits - l;
-        std::uint32_t* const end = next + (1u << room);
         if (symbol < literal_symbols) {
-            // Where a second literal's code fits in the index too, the entry has both.
-            const std::uint32_t single =
-                entry::literal | 1u << entry::count_shift | symbol << entry::first_shift | l;
-            for (unsigned k = 0; k < main_code.count; ++k) {
-                const unsigned second = main_code.order[k];
-                const unsigned second_length = main_code.lengths[second];
-                if (second_length > room)
-                    break;
-                const std::uint32_t both =
-                    (entry::literal | 2u << entry::count_shift | symbol << entry::first_shift) +
-                    (second << entry::second_shift) + l + second_length;
-                next =
-                    std::fill_n(next, 1u << (room - second_length), second < literal_symbols ? both : single);
-            }
-            next = std::fill_n(next, end - next, single);
+            next = std::fill_n(next, 1u << room, literal(symbol, l));
             continue;
         }
         const unsigned slot = (symbol - literal_symbols) / headers_per_slot;
         const unsigned header = (symbol - literal_symbols) % headers_per_slot;
+        entry::type* const end = next + (1u << room);
         if (header != long_header) {
-            next = std::fill_n(next, end - next, match(slot, header + minimum_match, l, aligned_block));
+            next = std::fill_n(next, end - next, match(slot, header + minimum_match, l, in_aligned));
             continue;
         }
-        const unsigned shortest = long_header + minimum_match;
         for (unsigned k = 0; k < length_code.count; ++k) {
             const unsigned further = length_code.order[k];
             const unsigned further_length = length_code.lengths[further];
             if (further_length > room)
                 break;
-            next = std::fill_n(next, 1u << (room - further_length),
-                               match(slot, shortest + further, l + further_length, aligned_block));
+            next = std::fill_n(
+                next, 1u << (room - further_length),
+                match(slot, long_header + minimum_match + further, l + further_length, in_aligned));
         }
-        next = std::fill_n(next, end - next, entry::special | match(slot, shortest, l, aligned_block));
+        next = std::fill_n(next, end - next, slot << entry::special_slot_shift | l << entry::code_shift);
     }
-    std::fill(next, std::end(main), entry::special);
+    std::fill(next, std::end(main), entry::type{0});
 }
 
 } // namespace algorithm::lzx

@@ -10,56 +10,72 @@ namespace algorithm::lzx {
 /// Bytes of room that the fast loop needs behind the window and its mirror.
 constexpr std::uint32_t fast_overhang = 64;
 
-// Main table entries of the fast loop, 32 bits each. The low six bits are always the bits to drop, so that
-// they are a shift count as they stand.
+// An entry of the fast loop's main table is a literal or a match, made so that the loop treats both alike and
+// needs no branch to tell them apart. Fields that are shift counts have nothing to be masked off: a shift
+// only looks at its six lowest bits.
 //
-//   literals   1 0 .... nn  second    first     ..  dddddd     nn (1 or 2) bytes
-//   match      0 s a  llllllll l  pppppp  ccccc  dddddd ..     see below
+//   bits  0-5   drop: bits of code and footer (without an aligned offset symbol); 0: special, see below
+//         6     an aligned offset symbol follows, which stands for the footer's last 3 bits
+//         7     literal
+//         8-13  match: bits of code        8-15  literal: the byte
+//        16-21  63 less the footer's bits, those of an aligned offset symbol counted as 3
+//        22-30  length, 1 for a literal
+//        31-36  where in the queue of offsets the match's offset stands: 0, 21, 42; 63 for a new one
+//        37-42  how far the queue moves up: 21 for a new offset
+//        43-63  what to add to footer and queue's offset to have the offset
 //
-// A match of length l, from slot p, has a code of c bits and then d - c plain footer bits; after those, with
-// a set, an aligned offset symbol. With s set the entry is no more than a hint: either c is 0 and the code is
-// longer than the table's index, or c is the length of the main symbol's code and a length symbol follows.
+// A literal has the fields of a match with the first offset of the queue, which changes nothing in it. A
+// special entry is no more than a hint. Either code is 0 and the first code is longer than the index, or code
+// belongs to a match of the slot in bits 16-21, and a length symbol follows.
 namespace entry {
 
-constexpr std::uint32_t literal = 1u << 31;
-constexpr std::uint32_t special = 1u << 30;
-constexpr std::uint32_t aligned = 1u << 29;
-constexpr unsigned drop_mask = 63;
-constexpr unsigned code_shift = 6;
-constexpr unsigned code_mask = 31;
-constexpr unsigned slot_shift = 11;
-constexpr unsigned slot_mask = 63;
-constexpr unsigned length_shift = 17;
-constexpr unsigned length_mask = 511;
-constexpr unsigned first_shift = 8;
-constexpr unsigned second_shift = 16;
-constexpr unsigned count_shift = 24;
-constexpr unsigned count_mask = 3;
+using type = std::uint64_t;
 
-static_assert(longest_match <= length_mask && maximum_slots <= slot_mask && maximum_code_length <= code_mask);
-static_assert(length_shift + 9 <= 29);
+constexpr unsigned bits_mask = 63;
+constexpr type aligned = 1u << 6;
+constexpr type literal = 1u << 7;
+constexpr unsigned code_shift = 8;
+constexpr unsigned byte_shift = 8;
+constexpr unsigned footer_shift = 16;
+constexpr unsigned special_slot_shift = 16;
+constexpr unsigned queue_shift = 31;
+constexpr unsigned move_shift = 37;
+constexpr unsigned length_shift = 22;
+constexpr unsigned length_mask = 511;
+constexpr unsigned base_shift = 43;
+
+constexpr unsigned offset_bits = 21; ///< of one offset in the queue
+constexpr unsigned no_offset = 63;   ///< past the three of the queue
+
+/// Keeps a literal, whose offset nobody uses, clear of the offsets that need care.
+constexpr type literal_base = 16;
+
+static_assert(longest_match <= length_mask && maximum_slots <= bits_mask);
+static_assert(slot_bases[maximum_slots] >> offset_bits == 0 && 3 * offset_bits == no_offset);
 
 } // namespace entry
 
 /// The fast loop's own tables for the current block, wide enough that almost every symbol is one load.
 struct fast_tables {
-    static constexpr unsigned main_index_bits = 11;
+    static constexpr unsigned main_index_bits = 12;
     static constexpr unsigned length_index_bits = 10;
     static constexpr std::uint16_t long_code = 0xFFFF;
 
     /// Makes the tables for trees that are known to be complete or, the length tree, empty. Answers false if
     /// the main tree is empty.
     bool build(const std::uint8_t* main_lengths, unsigned main_symbols, const std::uint8_t* length_lengths,
-               bool aligned_block);
+               bool in_aligned);
 
-    /// The entry of a match; `code` bits of code are still to be dropped with the footer.
-    static std::uint32_t match(unsigned slot, unsigned length, unsigned code, bool aligned_block);
+    /// A match whose code has `code` bits. With `code` 0 only the footer is still to come.
+    static entry::type literal(unsigned symbol, unsigned code);
+    static entry::type match(unsigned slot, unsigned length, unsigned code, bool in_aligned);
 
     bool ready = false;  ///< `main` and `length` belong to the current block
     bool usable = false; ///< and the fast loop can go by them
-    std::uint32_t main[1u << main_index_bits];
+    entry::type main[1u << main_index_bits];
     std::uint16_t length[1u << length_index_bits]; ///< code length << 8 | symbol, or long_code
-    std::uint16_t aligned[1u << aligned_bits];     ///< code length << 8 | symbol
+    /// Zeros, then from 128 on: (symbol less the three highest bits of the index) << 6 + code length.
+    std::int16_t aligned[2u << aligned_bits] = {};
 
     /// This frame's input with the bytes of each 16-bit word exchanged, for words at even and at odd offsets.
     std::vector<std::uint8_t> swapped[2];
@@ -69,7 +85,7 @@ struct fast_tables {
 
 private:
     struct sorted_code;
-    void fill_main(const sorted_code& main, const sorted_code& length, bool aligned_block);
+    void fill_main(const sorted_code& main, const sorted_code& length, bool in_aligned);
 };
 
 } // namespace algorithm::lzx

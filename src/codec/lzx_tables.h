@@ -8,6 +8,10 @@ namespace algorithm::lzx {
 
 // The numbers of the format, and the lookup tables of its prefix codes.
 
+constexpr std::uint32_t verbatim_block = 1;
+constexpr std::uint32_t aligned_block = 2;
+constexpr std::uint32_t raw_block = 3;
+
 constexpr unsigned literal_symbols = 256;
 constexpr unsigned headers_per_slot = 8;
 constexpr unsigned maximum_slots = 50;

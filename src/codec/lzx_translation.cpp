@@ -1,5 +1,6 @@
 #include "codec/lzx_translation.h"
 
+#include <bit>
 #include <cstring>
 
 namespace algorithm::lzx {
@@ -20,6 +21,31 @@ void store(std::uint8_t* to, std::uint32_t value) {
         to[i] = static_cast<std::uint8_t>(value >> (8 * i));
 }
 
+constexpr std::size_t group_size = 64;
+
+/// One bit for each of 64 bytes, set where it is a CALL.
+std::uint64_t find_calls(const std::uint8_t* bytes) {
+    constexpr std::uint64_t low_bits = 0x7F7F7F7F7F7F7F7F;
+    std::uint64_t found = 0;
+    for (unsigned i = 0; i < group_size; i += 8) {
+        std::uint64_t eight;
+        std::memcpy(&eight, bytes + i, 8);
+        if constexpr (std::endian::native == std::endian::big)
+            eight = __builtin_bswap64(eight);
+        eight ^= 0xE8E8E8E8E8E8E8E8;
+        // The top bit of each byte that is 0 now; then the eight bits are brought together.
+        const std::uint64_t zeros = ~(((eight & low_bits) + low_bits) | eight | low_bits);
+        found |= (zeros >> 7) * 0x0102040810204080 >> 56 << i;
+    }
+    return found;
+}
+
+std::uint64_t find_last_calls(const std::uint8_t* bytes, std::size_t length) {
+    std::uint8_t group[group_size] = {};
+    std::memcpy(group, bytes, length);
+    return find_calls(group);
+}
+
 } // namespace
 
 void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t translation_size,
@@ -34,23 +60,34 @@ void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t tran
     std::memcpy(kept, frame + stop, tail);
     std::memset(frame + stop, call, tail);
 
-    // The bytes at `stop` end every search. Positions wrap at 2 to the power 32, and the comparison with the
-    // last one is made after the wrap.
+    // Positions wrap at 2 to the power 32, and the comparison with the last one is made after the wrap.
     const std::uint32_t end = first + static_cast<std::uint32_t>(stop);
-    std::size_t at = 0;
-    while (at < stop) {
-        at = static_cast<std::size_t>(
-            static_cast<const std::uint8_t*>(std::memchr(frame + at, call, length - at)) - frame);
+    std::size_t behind = 0; ///< the last operand
+    const auto translate = [&](std::size_t at) {
         const std::uint32_t position = first + static_cast<std::uint32_t>(at);
+        if (at < behind)
+            return true;
         if (at >= stop || position >= end)
-            break;
+            return false;
+        behind = at + 1 + operand_size;
         std::uint8_t* operand = frame + at + 1;
         const std::uint32_t value = load(operand);
-        if (value < translation_size)
-            store(operand, value - position);
-        else if (0u - value < position)
-            store(operand, value + translation_size);
-        at += 1 + operand_size;
+        const std::uint32_t change = value < translation_size ? 0u - position
+                                     : 0u - value < position  ? translation_size
+                                                              : 0u;
+        store(operand, value + change);
+        return true;
+    };
+    // An operand's own bytes change while they are scanned, but they are passed over in any case.
+    for (std::size_t group = 0; group < stop; group += group_size) {
+        const std::size_t left = length - group;
+        std::uint64_t calls =
+            left >= group_size ? find_calls(frame + group) : find_last_calls(frame + group, left);
+        for (; calls != 0; calls &= calls - 1)
+            if (!translate(group + static_cast<unsigned>(std::countr_zero(calls)))) {
+                group = stop;
+                break;
+            }
     }
     std::memcpy(frame + stop, kept, tail);
 }

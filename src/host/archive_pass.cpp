@@ -36,6 +36,19 @@ std::string why_unknown(registry& known, storage_input& storage) {
     return "not an archive of a known format";
 }
 
+/// Whether the archive gives its items. One that is damaged doesn't; what can be had of it comes out in one
+/// pass, if its bytes can be read once more.
+bool can_be_walked(const harbor6::Archive& archive, storage_input& storage) {
+    try {
+        std::int64_t items = 0;
+        return archive.getNumItems(items, false);
+    } catch (const qpthr::QpException&) {
+        if (!storage.seek(0))
+            throw;
+        return false;
+    }
+}
+
 std::string worded(const std::string& text) {
     return text.empty() ? "failed without saying why" : nio::printable(text);
 }
@@ -60,7 +73,7 @@ std::optional<std::string> failure_of(Work work) {
 } // namespace
 
 bool run_pass(registry& known, harbor6::Format& items, report& log, const std::string& path,
-              harbor6::Folder& target) {
+              harbor6::Folder& target, road way) {
     AcquiredPtr<SourceFile> file;
     std::string refusal;
     auto failure = failure_of([&] {
@@ -73,7 +86,10 @@ bool run_pass(registry& known, harbor6::Format& items, report& log, const std::s
             return;
         }
         archive->open(harbor6::Archive::mode_read);
-        archive->addContentTo(target, nullptr);
+        if (way == road::by_items && can_be_walked(*archive, file->storage()))
+            target.addContent(*archive);
+        else
+            archive->addContentTo(target, nullptr);
         archive->close();
     });
     if (!refusal.empty()) {

@@ -3,6 +3,10 @@
 #include "host/disk_file.h"
 #include "host/disk_folder.h"
 #include "outside/groundwork/text.h"
+#include "outside/shell/archive.h"
+
+#include <exception>
+#include <optional>
 
 namespace host {
 
@@ -21,9 +25,48 @@ pattern::AcquiredPtr<harbor6::Folder> barred(const DiskFolder& parent, const std
         new DiskFolder(parent.shared(), std::make_shared<const std::string>(parent.path()), reason));
 }
 
+/// The text of the exception that is being handled, if one is.
+std::optional<std::string> failure_in_flight() {
+    if (!std::current_exception())
+        return std::nullopt;
+    try {
+        throw;
+    } catch (const std::exception& failure) {
+        return nio::printable(failure.what());
+    } catch (...) {
+        return "failed without saying why";
+    }
+}
+
+/// A folder that was made for content which then didn't come.
+void remove_empty(harbor6::Folder& parent, const std::string& name) {
+    const pattern::AcquiredPtr<harbor6::Item> folder(parent.acquireItemFromName(name));
+    try {
+        if (folder && folder->asFolder())
+            folder->erase();
+    } catch (const fs::Exception&) {
+        // It holds something, and stays.
+    }
+}
+
 } // namespace
 
-bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* /*expand*/,
+/// An item that is moved up out of its wrapper meets one of its name. Staying in the wrapper loses nothing.
+bool Client::mayMoveOnto(const std::string& name, const harbor6::Item& existing) {
+    const auto* const old = dynamic_cast<const DiskFile*>(&existing);
+    if (policy == clash_policy::overwrite && old && old->isRegular()) {
+        old->shared().replace_next(old->folder(), name);
+        return true;
+    }
+    constexpr char stays[] = "exists already, the new one stays in the folder that was made for it";
+    if (policy == clash_policy::keep)
+        log.skipped(name, stays);
+    else
+        log.refused(name, stays);
+    return false;
+}
+
+bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
                         const harbor6::Format** /*format*/) {
     const auto name = file.string(harbor6::key::name);
     const auto path = join(target, name);
@@ -31,17 +74,46 @@ bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool
         return false;
     auto* const folder = dynamic_cast<TargetFolder*>(&target);
     const auto reason = folder ? folder->refusal(name) : std::string();
-    if (reason.empty())
+    if (!reason.empty()) {
+        log.refused(path.empty() ? "(no name)" : path, reason);
+        return false;
+    }
+    if (depth == 0)
         return true;
-    log.refused(path.empty() ? "(no name)" : path, reason);
-    return false;
-}
-
-bool Client::sourceArchive(harbor6::Archive& /*archive*/, harbor6::Folder& /*target*/) {
+    // Every file is an entry of an archive whose pass has ended; one without a stream got no bytes from it.
+    const auto* const fork = const_cast<harbor6::File&>(file).getMainFork();
+    if (!fork || !fork->input(true)) {
+        log.missing(path);
+        return false;
+    }
+    if (expand)
+        *expand = true;
     return true;
 }
 
-void Client::sourceArchiveDone(harbor6::Archive& /*archive*/) {}
+bool Client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
+    if (around.size() == depth) {
+        log.refused(join(target, archive.string(harbor6::key::name)),
+                    "kept as it is: archives lie inside archives here, more than " + un::write(depth, 10, 1) +
+                        " deep (--depth)");
+        return false;
+    }
+    around.push_back({&archive, pattern::AcquiredPtr<harbor6::Folder>::sharing(target)});
+    return true;
+}
+
+void Client::sourceArchiveDone(harbor6::Archive& archive) {
+    if (around.empty() || around.back().archive != &archive)
+        return;
+    const auto done = std::move(around.back());
+    around.pop_back();
+    const auto failure = failure_in_flight();
+    if (!failure)
+        return;
+    remove_empty(*done.target, archive.string(harbor6::key::name));
+    log.refused(pattern::AcquiredPtr<harbor6::File>(archive.acquireArchiveFile())->string(harbor6::key::name),
+                "kept as it is: " + *failure);
+}
 
 bool Client::sourceFolder(const harbor6::Folder& /*source*/, harbor6::Folder& /*target*/) {
     return true;
@@ -62,16 +134,23 @@ bool Client::targetFolder(harbor6::Folder& /*newFolder*/, harbor6::Folder& /*par
 bool Client::targetNameConflict(std::string& name, harbor6::Item& existing, bool /*folders*/,
                                 const harbor6::Attributes& model,
                                 pattern::AcquiredPtr<harbor6::Folder>* target) {
-    auto* const parent = target ? dynamic_cast<DiskFolder*>(target->get()) : nullptr;
+    if (!target)
+        return mayMoveOnto(name, existing);
+    auto* const parent = dynamic_cast<DiskFolder*>(target->get());
     if (!parent)
         return false;
     const auto* const source = dynamic_cast<const harbor6::Item*>(&model);
+    const auto path = disk_target::join(parent->path(), name);
+    if (source && source->asArchive() && !existing.asFolder()) {
+        log.refused(path,
+                    "stands where the content of an archive of that name was to go, which is kept as it is");
+        return false;
+    }
     if (source && source->asFolder()) {
         if (!existing.asFolder())
             *target = barred(*parent, name);
         return true;
     }
-    const auto path = disk_target::join(parent->path(), name);
     const auto* const old = dynamic_cast<const DiskFile*>(&existing);
     if (policy == clash_policy::keep) {
         log.skipped(path, "kept");

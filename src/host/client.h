@@ -2,7 +2,10 @@
 
 #include "host/report.h"
 #include "host/selection.h"
+#include "model/folder.h"
 #include "outside/shell/client_interface.h"
+
+#include <vector>
 
 namespace host {
 
@@ -22,6 +25,8 @@ public:
 
     selection wanted;
     clash_policy policy = clash_policy::refuse;
+    /// Archives inside archives are expanded down to this depth; with 0 they are files as any other.
+    unsigned depth = 0;
 
     bool sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
                     const harbor6::Format** format) override;
@@ -38,7 +43,14 @@ public:
     void itemFailed(std::uint32_t code, const harbor6::Item& source, harbor6::Item& target) override;
 
 private:
+    bool mayMoveOnto(const std::string& name, const harbor6::Item& existing);
+
     report& log;
+    struct inner {
+        const harbor6::Archive* archive;
+        pattern::AcquiredPtr<harbor6::Folder> target;
+    };
+    std::vector<inner> around; ///< inner archives that are being expanded, outermost first
 };
 
 } // namespace host

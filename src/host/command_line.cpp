@@ -1,5 +1,7 @@
 #include "host/command_line.h"
 
+#include "outside/groundwork/text.h"
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
@@ -48,11 +50,19 @@ void add_expand(CLI::App& program, parsed& into) {
         ->type_name("ARCHIVE");
     command
         .add_option("-C,--directory", into.chosen.target,
-                    "Where the files go; a folder named after the archive by default")
+                    "Where the files go; by default a folder named after the archive, or beside it what is "
+                    "alone in it")
         ->type_name("DIR");
     auto* const overwriting = command.add_flag("--overwrite", into.overwrite, "Replace files that exist");
     command.add_flag("--keep", into.keep, "Leave files that exist as they are, silently")
         ->excludes(overwriting);
+    auto* const nesting =
+        command.add_flag("--nested", into.chosen.nested, "Expand archives inside archives too")
+            ->excludes(command.get_option("names"));
+    command.add_option("--depth", into.chosen.depth, "How far down --nested goes; 16 by default")
+        ->needs(nesting)
+        ->check(CLI::Range(1, 1000))
+        ->type_name("N");
     add_common(command, into.chosen);
     command.callback([&into] { finish_expand(into); });
 }
@@ -76,7 +86,7 @@ std::variant<options, exit_status> parse_command_line(int count, char** argument
     program.set_version_flag("--version", "harbor " HARBOR_VERSION);
     program.require_subcommand(1);
     program.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return "harbor: " + std::string(error.what()) + "\nharbor --help says more.\n";
+        return "harbor: " + nio::printable(error.what()) + "\nharbor --help says more.\n";
     });
     add_expand(program, all);
     add_reading(program, chosen, "list", "Show what archives hold", options::command::list);

@@ -3,6 +3,7 @@
 #include "outside/groundwork/exception.h"
 
 #include <string>
+#include <utility>
 
 namespace host {
 
@@ -17,6 +18,8 @@ public:
 
     int get() const { return number; }
     explicit operator bool() const { return number >= 0; }
+    /// Gives the descriptor away.
+    int release() { return std::exchange(number, -1); }
     /// Closes now and returns the error number, 0 if all went well or nothing was open.
     int close();
 

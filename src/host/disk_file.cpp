@@ -1,6 +1,9 @@
 #include "host/disk_file.h"
 
+#include "host/disk_folder.h"
 #include "host/disk_output.h"
+#include "host/disk_random.h"
+#include "host/disk_storage.h"
 #include "stream/infinite_output.h"
 
 namespace host {
@@ -26,8 +29,32 @@ std::optional<std::time_t> local_moment(const fs::time& time) {
 
 } // namespace
 
+harbor6::data::CountedInput DiskFork::input(bool /*expanding*/) const {
+    if (!owner.stands())
+        return {};
+    auto file = owner.session.target.open_file(owner.folder(), owner.name());
+    return harbor6::data::CountedInput(std::make_unique<storage_input>(std::move(file), owner.path()));
+}
+
+harbor6::data::random::CountedInput DiskFork::randomInput(bool /*expanding*/, bool /*shared*/) const {
+    if (!owner.stands())
+        return {};
+    auto file = owner.session.target.open_file(owner.folder(), owner.name());
+    return harbor6::data::random::CountedInput(
+        std::make_unique<disk_random_input>(std::move(file), owner.path()));
+}
+
 harbor6::data::CountedOutput DiskFork::output(bool /*expanding*/) {
-    return owner.begin();
+    // The bytes of a file that can't be had still have to go somewhere.
+    if (!owner.begin())
+        return harbor6::data::CountedOutput(std::make_unique<stream::infinite_output>());
+    return harbor6::data::CountedOutput(std::make_unique<disk_output>(owner.transfer));
+}
+
+harbor6::data::random::CountedOutput DiskFork::randomOutput(bool /*expanding*/) {
+    if (!owner.begin())
+        return {};
+    return harbor6::data::random::CountedOutput(std::make_unique<disk_random_output>(owner.transfer));
 }
 
 DiskFile::DiskFile(disk_session& shared, std::shared_ptr<const std::string> folder)
@@ -63,18 +90,38 @@ bool DiskFile::isCreated() {
     return state != nameless && state != wanted;
 }
 
-harbor6::data::CountedOutput DiskFile::begin() {
-    if (state == wanted) {
-        try {
-            transfer = std::make_shared<disk_transfer>(session.target, folder(), name(), replacing);
-            state = writing;
-            return harbor6::data::CountedOutput(std::make_unique<disk_output>(transfer));
-        } catch (const disk_obstacle& obstacle) {
-            state = settled;
-            session.log.refused(path(), obstacle.message());
-        }
+harbor6::Folder* DiskFile::acquireParent() {
+    return new DiskFolder(session, folder_path, {});
+}
+
+void DiskFile::erase() {
+    if (state == writing) {
+        transfer->discard();
+        transfer.reset();
+        state = settled;
+    } else if (state != settled || made) {
+        session.target.remove_file(folder(), name());
+        made = false;
     }
-    return harbor6::data::CountedOutput(std::make_unique<stream::infinite_output>());
+}
+
+void DiskFile::adoptForks(const harbor6::File& source) {
+    File::adoptForks(source);
+    commitItem();
+}
+
+/// Whether there is a transfer to write into.
+bool DiskFile::begin() {
+    if (state != wanted)
+        return false;
+    try {
+        transfer = std::make_shared<disk_transfer>(session.target, folder(), name(), replacing);
+        state = writing;
+    } catch (const disk_obstacle& obstacle) {
+        state = settled;
+        session.log.refused(path(), obstacle.message());
+    }
+    return state == writing;
 }
 
 void DiskFile::commitItem() {
@@ -85,6 +132,7 @@ void DiskFile::commitItem() {
     if (transfer->whole()) {
         try {
             transfer->finish(modified);
+            made = true;
             session.log.done(path(), written);
         } catch (const un::exception& failure) {
             session.log.unfinished(path(), written, failure.message());
@@ -121,7 +169,18 @@ bool DiskFile::getString(const std::string& key, std::string& value) const {
 bool DiskFile::setString(const std::string& key, const std::string& value) {
     if (idFromName(key) != key_id::name)
         return File::setString(key, value);
-    if (state != nameless || !disk_target::refusal(value).empty())
+    if (!disk_target::refusal(value).empty())
+        return false;
+    if (stands()) {
+        if (value != name())
+            session.target.rename(path(), disk_target::join(folder(), value), false);
+        if (promised)
+            session.forget(*this);
+        promised = false;
+        file_name = value;
+        return true;
+    }
+    if (state != nameless)
         return false;
     file_name = value;
     state = wanted;
@@ -135,6 +194,14 @@ bool DiskFile::setTime(const std::string& key, const any::time& value) {
         return File::setTime(key, value);
     modified = local_moment(fs::time(value));
     return true;
+}
+
+bool DiskFile::getStructure(const std::string& key, un::structure& value) const {
+    auto* const which = key == key::fsSpec ? dynamic_cast<fs::Spec*>(&value) : nullptr;
+    const auto mine = which ? session.target.identity(folder(), name()) : std::nullopt;
+    if (mine)
+        *which = *mine;
+    return mine.has_value();
 }
 
 void DiskFile::populateIndex() const {

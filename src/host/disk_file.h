@@ -14,7 +14,12 @@ class DiskFork : public harbor6::Fork {
 public:
     explicit DiskFork(DiskFile& file) : owner(file) {}
 
+    /// Empty while the file doesn't stand.
+    harbor6::data::CountedInput input(bool expanding) const override;
+    harbor6::data::random::CountedInput randomInput(bool expanding, bool shared) const override;
     harbor6::data::CountedOutput output(bool expanding) override;
+    /// Empty if the file can't be had.
+    harbor6::data::random::CountedOutput randomOutput(bool expanding) override;
 
 private:
     DiskFile& owner;
@@ -37,12 +42,18 @@ public:
     const std::string& name() const { return file_name; }
     std::string path() const { return disk_target::join(folder(), name()); }
     /// Whether this stands for a plain file, and not a link or a device.
+    disk_session& shared() const { return session; }
     bool isRegular() const { return state != existing_other; }
 
     void destroy() override;
     const harbor6::Format& format() const override;
     harbor6::Format& format() override;
     bool isCreated() override;
+    harbor6::Folder* acquireParent() override;
+    /// Removes the file, if it stood there before or was made here.
+    void erase() override;
+    /// Takes the forks, and ends the file with them.
+    void adoptForks(const harbor6::File& source) override;
     /// Never raises: what goes wrong is reported.
     void commitItem() override;
     harbor6::Fork* getMainFork() override;
@@ -51,8 +62,10 @@ public:
 
     bool hasString(const std::string& key) const override;
     bool getString(const std::string& key, std::string& value) const override;
+    /// Gives a file to be made its name, once, and one that stands another.
     bool setString(const std::string& key, const std::string& value) override;
     bool setTime(const std::string& key, const any::time& value) override;
+    bool getStructure(const std::string& key, un::structure& value) const override;
 
 protected:
     void populateIndex() const override;
@@ -60,7 +73,8 @@ protected:
 
 private:
     friend class DiskFork;
-    harbor6::data::CountedOutput begin();
+    bool begin();
+    bool stands() const { return state == existing || (state == settled && made); }
 
     enum : std::uint8_t {
         existing,       ///< stood there before; nothing is done to it
@@ -70,6 +84,7 @@ private:
         writing,        ///< commitItem leads to `settled`
         settled         ///< reported
     } state;
+    bool made = false; ///< it was brought to its end here
     bool replacing = false;
     bool promised = false;
     disk_session& session;

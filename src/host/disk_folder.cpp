@@ -8,6 +8,26 @@ namespace host {
 namespace key = harbor6::key;
 namespace key_id = harbor6::key_id;
 
+namespace {
+
+/// A walk over items that it holds.
+template<class T>
+class HeldItems : public pattern::Iterator<T> {
+public:
+    explicit HeldItems(std::vector<pattern::AcquiredPtr<harbor6::Item>> taken) : items(std::move(taken)) {}
+
+    void first() override { at = 0; }
+    void next() override { at += isDone() ? 0 : 1; }
+    bool isDone() const override { return at == items.size(); }
+    T current() override { return isDone() ? nullptr : items[at].acquire(); }
+
+private:
+    std::vector<pattern::AcquiredPtr<harbor6::Item>> items;
+    std::size_t at = 0;
+};
+
+} // namespace
+
 DiskFolder::DiskFolder(disk_session& shared_session)
     : session(shared_session), folder_path(std::make_shared<const std::string>()) {}
 
@@ -64,6 +84,39 @@ harbor6::Folder* DiskFolder::acquireParent() {
     return new DiskFolder(session, session.target.intern(nio::stem(path(), '/')), {});
 }
 
+void DiskFolder::erase() {
+    session.target.remove_folder(path());
+}
+
+std::vector<pattern::AcquiredPtr<harbor6::Item>> DiskFolder::content() const {
+    std::vector<pattern::AcquiredPtr<harbor6::Item>> items;
+    if (!obstacle.empty())
+        return items;
+    for (const auto& name : session.target.names(path()))
+        if (auto* const item = const_cast<DiskFolder*>(this)->acquireItemFromName(name))
+            items.emplace_back(item);
+    return items;
+}
+
+std::unique_ptr<pattern::Iterator<harbor6::Item*>> DiskFolder::createIterator() {
+    return std::make_unique<HeldItems<harbor6::Item*>>(content());
+}
+
+std::unique_ptr<pattern::Iterator<const harbor6::Item*>> DiskFolder::createIterator() const {
+    return std::make_unique<HeldItems<const harbor6::Item*>>(content());
+}
+
+harbor6::Item* DiskFolder::_adoptItem(harbor6::Item& item) {
+    const auto* const file = dynamic_cast<DiskFile*>(&item);
+    const auto* const folder = dynamic_cast<DiskFolder*>(&item);
+    if (!file && !folder)
+        return Folder::_adoptItem(item);
+    const auto from = file ? file->path() : folder->path();
+    const auto name = nio::leaf(from, '/');
+    session.target.rename(from, disk_target::join(path(), name), session.take_replaceable(path(), name));
+    return acquireItemFromName(name);
+}
+
 disk_entry DiskFolder::look(const std::string& name) const {
     if (!obstacle.empty() || !disk_target::refusal(name).empty() || session.is_replaceable(path(), name))
         return disk_entry::none;
@@ -116,8 +169,14 @@ bool DiskFolder::getString(const std::string& key, std::string& value) const {
 bool DiskFolder::setString(const std::string& key, const std::string& value) {
     if (idFromName(key) != key_id::name)
         return Folder::setString(key, value);
-    if (named)
-        return false;
+    if (named) {
+        if (path().empty() || !obstacle.empty() || !disk_target::refusal(value).empty())
+            return false;
+        const auto moved = disk_target::join(nio::stem(path(), '/'), value);
+        session.target.rename(path(), moved, false);
+        folder_path = session.target.intern(moved);
+        return true;
+    }
     named = true;
     if (value.empty())
         return true;
@@ -125,6 +184,14 @@ bool DiskFolder::setString(const std::string& key, const std::string& value) {
         obstacle = "cannot use folder " + nio::printable(value) + ": " + reason;
     folder_path = session.target.intern(disk_target::join(path(), value));
     return true;
+}
+
+bool DiskFolder::getStructure(const std::string& key, un::structure& value) const {
+    auto* const which = key == key::fsSpec ? dynamic_cast<fs::Spec*>(&value) : nullptr;
+    const auto mine = which && obstacle.empty() ? session.target.identity(path(), {}) : std::nullopt;
+    if (mine)
+        *which = *mine;
+    return mine.has_value();
 }
 
 void DiskFolder::populateIndex() const {

@@ -28,6 +28,14 @@ public:
     void commitItem() override;
     /// Null for the target itself.
     harbor6::Folder* acquireParent() override;
+    /// Removes the folder, which must be empty.
+    void erase() override;
+
+    /// What stands in the folder on disk, by name, as it was when the walk began.
+    std::unique_ptr<pattern::Iterator<harbor6::Item*>> createIterator() override;
+    std::unique_ptr<pattern::Iterator<const harbor6::Item*>> createIterator() const override;
+    /// Moves an item of the same target by renaming it.
+    harbor6::Item* _adoptItem(harbor6::Item& item) override;
 
     /// What stands on disk under `name`, or a file of that name that was asked for and isn't written yet.
     harbor6::Item* acquireItemFromName(const std::string& name) override;
@@ -37,8 +45,10 @@ public:
 
     bool hasString(const std::string& key) const override;
     bool getString(const std::string& key, std::string& value) const override;
-    /// The empty name makes it the same folder as its parent.
+    /// A folder to be made gets its name so, once; the empty name makes it the same folder as its parent. One
+    /// that stands gets another.
     bool setString(const std::string& key, const std::string& value) override;
+    bool getStructure(const std::string& key, un::structure& value) const override;
 
 protected:
     void populateIndex() const override;
@@ -46,6 +56,7 @@ protected:
 
 private:
     disk_entry look(const std::string& name) const;
+    std::vector<pattern::AcquiredPtr<harbor6::Item>> content() const;
     void make();
 
     disk_session& session;

@@ -141,6 +141,10 @@ std::uint64_t storage_input::size() const {
            std::min(origin, static_cast<std::uint64_t>(status.st_size));
 }
 
+disk_descriptor storage_input::duplicate() const {
+    return disk_descriptor(regular && origin == 0 ? fcntl(source.get(), F_DUPFD_CLOEXEC, 3) : -1);
+}
+
 disk_descriptor open_input(const std::string& path) {
     // Without O_NONBLOCK a named pipe that nobody writes to waits for a writer, as any reader of one does.
     disk_descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));

@@ -37,6 +37,8 @@ public:
     /// All ones on a pipe.
     std::uint64_t size() const override;
 
+    /// Another descriptor of the input if it is a plain file, none of a pipe.
+    disk_descriptor duplicate() const;
     /// Whether the last read wanted more than there was.
     bool came_short() const { return short_read; }
     /// How many bytes the input turned out to have; known once a read came short.

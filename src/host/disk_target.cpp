@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
+#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -127,6 +129,76 @@ disk_entry disk_target::look(const std::string& folder, const std::string& name)
     return S_ISREG(status.st_mode)   ? disk_entry::file
            : S_ISDIR(status.st_mode) ? disk_entry::folder
                                      : disk_entry::other;
+}
+
+std::vector<std::string> disk_target::names(const std::string& folder) {
+    std::vector<std::string> found;
+    const auto opened = open(folder, missing::is_null);
+    if (!opened)
+        return found;
+    // A descriptor of its own: reading a folder moves the one that it is read by.
+    disk_descriptor reading(openat(opened->get(), ".", as_folder));
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(reading ? fdopendir(reading.get()) : nullptr, closedir);
+    if (!entries)
+        fail_on_disk("read folder", folder, errno);
+    reading.release();
+    while (const dirent* const entry = readdir(entries.get()))
+        if (const std::string name = entry->d_name; name != "." && name != "..")
+            found.push_back(name);
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+std::optional<fs::Spec> disk_target::identity(const std::string& folder, const std::string& name) {
+    const auto parent = open(folder, missing::is_null);
+    struct stat status = {};
+    if (!parent || fstatat(parent->get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH) != 0)
+        return std::nullopt;
+    fs::Spec which;
+    which.device = status.st_dev;
+    which.node = status.st_ino;
+    return which;
+}
+
+disk_descriptor disk_target::open_file(const std::string& folder, const std::string& name) {
+    const auto parent = open(folder, missing::is_null);
+    disk_descriptor file(parent ? openat(parent->get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC)
+                                : -1);
+    if (!file)
+        fail_on_disk("read", join(folder, name), parent ? errno : ENOENT);
+    return file;
+}
+
+void disk_target::rename(const std::string& from, const std::string& to, bool replace) {
+    const auto source = open(nio::stem(from, '/'), missing::is_null);
+    const auto destination = make_folder(nio::stem(to, '/'));
+    const auto old_name = nio::leaf(from, '/');
+    const auto new_name = nio::leaf(to, '/');
+    const unsigned flags = replace ? 0 : RENAME_NOREPLACE;
+    if (!source ||
+        renameat2(source->get(), old_name.c_str(), destination->get(), new_name.c_str(), flags) != 0)
+        fail_on_disk("rename", from, source ? errno : ENOENT);
+    forget(from);
+}
+
+void disk_target::remove_file(const std::string& folder, const std::string& name) {
+    const auto parent = open(folder, missing::is_null);
+    if (!parent || unlinkat(parent->get(), name.c_str(), 0) != 0)
+        fail_on_disk("remove", join(folder, name), parent ? errno : ENOENT);
+}
+
+void disk_target::remove_folder(const std::string& folder) {
+    const auto parent = open(nio::stem(folder, '/'), missing::is_null);
+    if (!parent || unlinkat(parent->get(), nio::leaf(folder, '/').c_str(), AT_REMOVEDIR) != 0)
+        fail_on_disk("remove folder", folder, parent ? errno : ENOENT);
+    forget(folder);
+}
+
+/// Lets go of a folder, and of all below it, that bears its name no more.
+void disk_target::forget(const std::string& folder) {
+    std::erase_if(recent, [&](const open_folder& entry) {
+        return *entry.path == folder || entry.path->starts_with(folder + '/');
+    });
 }
 
 std::shared_ptr<const disk_descriptor> disk_target::make_folder(const std::string& folder) {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "host/disk_descriptor.h"
+#include "outside/shell/spec.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +28,17 @@ public:
 
     /// What stands under `name` in `folder`: one system call when the folder is open.
     disk_entry look(const std::string& folder, const std::string& name);
+    /// The names in `folder`, sorted; none if it isn't there.
+    std::vector<std::string> names(const std::string& folder);
+    /// Which object of the file system stands under `name`; nothing if none does. An empty name is `folder`.
+    std::optional<fs::Spec> identity(const std::string& folder, const std::string& name);
+    /// Opens a file for reading; not through a symbolic link.
+    disk_descriptor open_file(const std::string& folder, const std::string& name);
+    /// Gives what stands under `from` a new place; what stands there already is in the way unless `replace`.
+    void rename(const std::string& from, const std::string& to, bool replace);
+    void remove_file(const std::string& folder, const std::string& name);
+    /// Removes an empty folder.
+    void remove_folder(const std::string& folder);
     /// Opens `folder`, and makes it and what is missing above it; one that stands already is fine.
     std::shared_ptr<const disk_descriptor> make_folder(const std::string& folder);
     /// Whether the folder was opened a short while ago, and so exists.
@@ -48,6 +61,7 @@ private:
 
     handle open(const std::string& folder, missing policy);
     handle open_root(missing policy);
+    void forget(const std::string& folder);
     handle open_child(const disk_descriptor& parent, const std::string& folder, missing policy);
 
     std::string root_path;

@@ -42,15 +42,40 @@ void disk_transfer::write(const char* bytes, std::size_t length) {
         const auto went = ::write(file.get(), bytes, length);
         if (went < 0 && errno == EINTR)
             continue;
-        if (went <= 0) {
-            const int error = went < 0 ? errno : ENOSPC;
-            failure = disk_cause(error);
-            fail_on_disk("write", path, error);
-        }
+        if (went <= 0)
+            fail(went < 0 ? errno : ENOSPC);
         bytes += went;
         length -= static_cast<std::size_t>(went);
         watch.add(static_cast<std::uint64_t>(went));
     }
+}
+
+void disk_transfer::write_at(std::uint64_t offset, const char* bytes, std::size_t length) {
+    while (length > 0) {
+        const auto went = pwrite(file.get(), bytes, length, static_cast<off_t>(offset));
+        if (went < 0 && errno == EINTR)
+            continue;
+        if (went <= 0)
+            fail(went < 0 ? errno : ENOSPC);
+        bytes += went;
+        offset += static_cast<std::uint64_t>(went);
+        length -= static_cast<std::size_t>(went);
+    }
+}
+
+void disk_transfer::resize(std::uint64_t size) {
+    if (ftruncate(file.get(), static_cast<off_t>(size)) != 0)
+        fail(errno);
+}
+
+void disk_transfer::discard() {
+    unlinkat(folder->get(), temporary.empty() ? name.c_str() : temporary.c_str(), 0);
+    temporary.clear();
+}
+
+void disk_transfer::fail(int error) {
+    failure = disk_cause(error);
+    fail_on_disk("write", path, error);
 }
 
 void disk_transfer::finish(const std::optional<std::time_t>& modified) {

@@ -22,6 +22,11 @@ public:
 
     /// Takes all bytes, or raises and counts as failed from then on.
     void write(const char* bytes, std::size_t length);
+    /// The same at a place of its own, and the file's size. These count as all that the file is to get.
+    void write_at(std::uint64_t offset, const char* bytes, std::size_t length);
+    void resize(std::uint64_t size);
+    /// Removes what was written.
+    void discard();
     /// Whether the file got all that it was to get, and no write failed.
     bool whole() const { return failure.empty() && watch.whole(); }
     /// The text of the write that failed, empty if none did.
@@ -33,6 +38,8 @@ public:
     void finish(const std::optional<std::time_t>& modified);
 
 private:
+    [[noreturn]] void fail(int error);
+
     std::string path; ///< for messages
     std::shared_ptr<const disk_descriptor> folder;
     std::string name;

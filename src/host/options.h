@@ -15,6 +15,8 @@ struct options {
     std::string target;   ///< empty: a folder named after each archive
     std::string encoding; ///< of names; empty: the default
     std::string formats;  ///< folder of plug-ins; empty: the one beside the program
+    bool nested = false;  ///< archives inside archives are expanded too
+    unsigned depth = 16;  ///< how far down
     clash_policy policy = clash_policy::refuse;
     bool verbose = false;
     bool json = false;

@@ -14,7 +14,7 @@ namespace {
 using loader = bool(harbor6::Classifier&, harbor6::HarborShell*);
 
 std::string default_folder() {
-    const std::filesystem::path program = program_folder();
+    const auto program = std::filesystem::path(platform::executable_path()).parent_path();
     std::error_code error;
     for (const auto* const place : {"lib/harbor6/formats", "../lib/harbor6/formats"})
         if (std::filesystem::is_directory(program / place, error))
@@ -35,7 +35,7 @@ void registry::load(const std::string& wanted, report& log) {
     std::sort(files.begin(), files.end());
     for (const auto& file : files) {
         try {
-            disk_library plug_in(file.string());
+            platform::library plug_in(file.string());
             auto* const load_formats = reinterpret_cast<loader*>(plug_in.symbol("loadFormats"));
             plug_ins.push_back(std::move(plug_in));
             if (!load_formats(formats, &shell))

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/disk_library.h"
+#include "outside/groundwork/platform.h"
 #include "outside/shell/classifier.h"
 #include "outside/shell/harbor_shell.h"
 
@@ -21,7 +21,7 @@ public:
     void load(const std::string& folder, report& log);
 
 private:
-    std::vector<disk_library> plug_ins; ///< the formats' code, which goes last
+    std::vector<platform::library> plug_ins; ///< the formats' code, which goes last
 
 public:
     harbor6::Classifier formats;

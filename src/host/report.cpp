@@ -48,6 +48,12 @@ void report::missing(const std::string& path) {
     afterwards.push_back(nio::printable(path) + ": no data came for it");
 }
 
+void report::moved(const std::string& from, const std::string& to) {
+    if (verbose && from != to)
+        screen.print(nio::printable(to) + ": the only one in " + nio::printable(from) +
+                     ", which it replaces\n");
+}
+
 void report::skipped(const std::string& path, const std::string& reason) {
     if (verbose)
         screen.print(nio::printable(path) + ": " + reason + "\n");

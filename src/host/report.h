@@ -18,6 +18,7 @@ public:
     void begin(const std::string& archive);
     /// A trouble with the archive as a whole; `text` is printed as it is.
     void failure(const std::string& text);
+    bool is_sound() const { return sound && afterwards.empty(); }
     /// Ends the archive and says whether there was no trouble with it.
     bool end();
     /// A trouble outside of any archive.
@@ -28,6 +29,8 @@ public:
     void refused(const std::string& path, const std::string& reason) override;
     void unfinished(const std::string& path, std::uint64_t size, const std::string& reason) override;
     void missing(const std::string& path) override;
+    /// What had come as the only item of the folder `from` stands as `to` now; the same name: it stayed.
+    void moved(const std::string& from, const std::string& to);
     /// A file that isn't wanted after all, which is no trouble.
     void skipped(const std::string& path, const std::string& reason);
 

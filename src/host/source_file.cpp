@@ -1,5 +1,6 @@
 #include "host/source_file.h"
 
+#include "host/disk_random.h"
 #include "model/format.h"
 
 namespace host {
@@ -12,8 +13,17 @@ harbor6::data::CountedInput SourceFile::SourceFork::input(bool /*expanding*/) co
     return shared;
 }
 
+harbor6::data::random::CountedInput SourceFile::SourceFork::randomInput(bool /*expanding*/,
+                                                                        bool /*shared_stream*/) const {
+    auto file = storage->duplicate();
+    if (!file)
+        return {};
+    return harbor6::data::random::CountedInput(std::make_unique<disk_random_input>(std::move(file), "it"));
+}
+
 SourceFile::SourceFile(harbor6::Format& format, std::string file_name, std::unique_ptr<storage_input> input)
     : described(format), name(std::move(file_name)), bytes(input.get()) {
+    fork.storage = bytes;
     fork.shared = harbor6::data::CountedInput(std::move(input));
 }
 

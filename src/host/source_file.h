@@ -30,8 +30,11 @@ private:
     class SourceFork : public harbor6::Fork {
     public:
         harbor6::data::CountedInput input(bool expanding) const override;
+        /// Empty on a pipe.
+        harbor6::data::random::CountedInput randomInput(bool expanding, bool shared_stream) const override;
 
         harbor6::data::CountedInput shared;
+        const storage_input* storage = nullptr;
     };
 
     harbor6::Format& described;

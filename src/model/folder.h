@@ -64,6 +64,11 @@ public:
     virtual File* _newFile();
     virtual Folder* _newFolder();
 
+    /// Lets the only item in `result`, a folder in this one that was made for an archive's content, take that
+    /// folder's place; `result` is the item then. Where it holds none or several, or anything fails, it stays
+    /// as it is.
+    void promoteOnlyItem(pattern::AcquiredPtr<Item>& result);
+
 protected:
     Folder() = default;
 
@@ -76,7 +81,6 @@ private:
     pattern::AcquiredPtr<Item> expandInPlace(const File& file, bool uniqueName, bool& expand);
     pattern::AcquiredPtr<Item> expandCopy(const File& original, File* copy, bool uniqueName);
     pattern::AcquiredPtr<Item> expandArchive(Archive& found, bool uniqueName);
-    void promoteOnlyItem(pattern::AcquiredPtr<Item>& result);
     pattern::AcquiredPtr<Folder> scratchFolder();
 };
 

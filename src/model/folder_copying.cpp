@@ -215,7 +215,6 @@ AcquiredPtr<Item> Folder::expandArchive(Archive& found, bool uniqueName) {
     return result;
 }
 
-/// Lets the only item of an expanded archive take the place of the folder that was made for the archive.
 void Folder::promoteOnlyItem(AcquiredPtr<Item>& result) {
     const auto wrapper = result;
     Folder* const folder = wrapper->asFolder();

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <random>
 #include <string>
 #include <thread>
@@ -175,6 +177,41 @@ TEST(Pipe, HandsOverEveryByteWhoeverEndsFirst) {
             ASSERT_EQ(right, std::min(limit, total)) << "capacity " << capacity << ", round " << round;
         }
     }
+}
+
+// The byte and the end arrive while the reader is between two looks at the pipe, if tried often enough.
+TEST(Pipe, LosesNoByteThatComesTogetherWithTheEnd) {
+    nio::pipe pipe(16);
+    std::atomic<unsigned> reader_at = 0;
+    std::atomic<unsigned> writer_at = 0;
+    std::atomic<bool> over = false;
+    const auto meet = [](std::atomic<unsigned>& own, const std::atomic<unsigned>& other) {
+        const unsigned place = ++own;
+        for (unsigned spins = 1; other < place; ++spins)
+            if (spins % 256 == 0)
+                std::this_thread::yield();
+    };
+    std::thread writer([&] {
+        for (unsigned round = 0; !over; ++round) {
+            meet(writer_at, reader_at);
+            for (unsigned i = 0; i < round % 64; ++i)
+                reader_at.load();
+            pipe.put('x');
+            pipe.finish();
+            meet(writer_at, reader_at);
+        }
+    });
+    unsigned lost = 0;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
+    while (!over) {
+        pipe.reset();
+        meet(reader_at, writer_at);
+        lost += pipe.get() != 'x';
+        over = std::chrono::steady_clock::now() > end;
+        meet(reader_at, writer_at);
+    }
+    writer.join();
+    EXPECT_EQ(lost, 0u);
 }
 
 } // namespace

@@ -161,6 +161,49 @@ TEST_F(Program, TakesOnlyWhatIsNamed) {
     EXPECT_EQ(tree(place / "t"), "e/ e/c.dat ");
 }
 
+TEST_F(Program, LetsAnOnlyItemTakeThePlaceOfItsFolder) {
+    save(cabinet().file("x", "1"));
+    EXPECT_EQ(run("expand x.cab"), fine());
+    EXPECT_EQ(tree(place.path), "x x.cab ");
+    EXPECT_EQ(run("expand x.cab"), failed("harbor: x.cab: x: exists already, the new one stays in the folder "
+                                          "that was made for it\n"));
+    EXPECT_EQ(tree(place.path), "x x.cab x.contents/ x.contents/x ");
+    std::filesystem::remove_all(place / "x.contents");
+    save(cabinet().file("x", "2"));
+    EXPECT_EQ(run("expand x.cab --overwrite"), fine());
+    EXPECT_EQ(tree(place.path) + read_file(place / "x"), "x x.cab 2");
+    save(cabinet().file("y\\a", "3").file("y\\b", "4"), "y.cab");
+    EXPECT_EQ(run("expand y.cab"), fine());
+    EXPECT_EQ(tree(place.path), "x x.cab y.cab y/ y/a y/b ");
+}
+
+TEST_F(Program, ExpandsArchivesInsideArchives) {
+    auto deep = cabinet().file("deep", "down").bytes();
+    for (const auto* const name : {"3.cab", "2.cab"})
+        deep = cabinet().file(name, deep).bytes();
+    cabinet half;
+    half.file("h", std::string(100, 'h')).folders.back().checksums = false;
+    const auto cut = support::cut(half.bytes(), 120);
+    save(cabinet()
+             .file("one.cab", cabinet().file("one", "alone").bytes())
+             .file("d\\two.cab", cabinet().file("a", "1").file("b\\c", "2").bytes())
+             .file("1.cab", deep)
+             .file("cut.cab", cut)
+             .file("none.cab", cabinet().bytes())
+             .file("plain", "text"));
+    EXPECT_EQ(run("expand --nested x.cab"),
+              failed("harbor: x.cab: cut.cab: kept as it is: cut short: the input ends at byte 120\n"));
+    EXPECT_EQ(tree(place / "x"), "cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c deep none/ one plain ");
+    EXPECT_EQ(read_file(place / "x/deep") + read_file(place / "x/one") + read_file(place / "x/d/two/b/c"),
+              "downalone2");
+    EXPECT_EQ(read_file(place / "x/cut.cab"), cut);
+    EXPECT_EQ(
+        run("expand --nested --depth 2 - -C t <x.cab").err,
+        "harbor: -: 1/2/3: kept as it is: archives lie inside archives here, more than 2 deep (--depth)\n"
+        "harbor: -: cut.cab: kept as it is: cut short: the input ends at byte 120\n");
+    EXPECT_EQ(tree(place / "t"), "3.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
+}
+
 TEST_F(Program, ListsAndDescribes) {
     save(cabinet().file("a", "123").file("d\\\xE4\n", ""));
     EXPECT_EQ(run("list x.cab"), fine("           3  2004-02-29 13:37:42  a\n"

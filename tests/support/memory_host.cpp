@@ -220,11 +220,11 @@ bool node_item::getInteger(const std::string& key, std::int64_t& value) const {
 }
 
 bool node_item::getStructure(const std::string& key, un::structure& value) const {
-    auto* const spec =
+    auto* const place =
         key == harbor6::key::fsSpec && node->created ? dynamic_cast<fs::Spec*>(&value) : nullptr;
-    if (spec)
-        spec->node = reinterpret_cast<std::uintptr_t>(node.get());
-    return spec != nullptr;
+    if (place)
+        place->node = reinterpret_cast<std::uintptr_t>(node.get());
+    return place != nullptr;
 }
 
 void node_item::populateIndex() const {

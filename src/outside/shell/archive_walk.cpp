@@ -1,6 +1,7 @@
 #include "outside/shell/archive_walk.h"
 
 #include "model/container_adaptor.h"
+#include "outside/groundwork/text.h"
 #include "outside/shell/archive.h"
 #include "stream/random.h"
 
@@ -21,17 +22,28 @@ public:
     using stream::random::input::read;
 
     bool seek(std::uint64_t value) override {
-        if (value <= length)
-            next = value;
-        return value <= length;
+        if (value > length)
+            return false;
+        next = value;
+        came_short = false;
+        return true;
     }
     std::uint64_t size() const override { return length; }
+    /// Bytes pushed back while the last read came short were never whole: an archive in this entry ends
+    /// early.
+    void unread(const char* bytes, unsigned count) override {
+        if (came_short)
+            throw stream::exception("cut short: the input ends at byte " + un::write(length, 10, 1),
+                                    "harbor6::EntryInput");
+        stream::random::input::unread(bytes, count);
+    }
 
 protected:
     unsigned _read(char* buffer, unsigned wanted) override {
-        wanted = static_cast<unsigned>(std::min<std::uint64_t>(wanted, length - next));
-        const auto came = state->bytes.read(start + next, buffer, wanted);
+        const auto there = static_cast<unsigned>(std::min<std::uint64_t>(wanted, length - next));
+        const auto came = state->bytes.read(start + next, buffer, there);
         next += came;
+        came_short = came < wanted;
         return came;
     }
     int _read() override {
@@ -45,6 +57,7 @@ private:
     std::uint64_t start;
     std::uint64_t length;
     std::uint64_t next = 0;
+    bool came_short = false; ///< the last read wanted more than there was
 };
 
 /// Writes an entry's bytes behind those of the entries before it. One is open at a time.

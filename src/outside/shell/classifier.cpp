@@ -22,9 +22,9 @@ Archive* Classifier::acquireStreamArchive(File& file) {
     const auto bytes = fork ? fork->input(true) : data::CountedInput();
     if (!bytes)
         return nullptr;
-    std::vector<char> sample(sample_size);
-    const auto came = bytes->read(sample.data(), sample_size);
-    Format* const format = recognise(un::array<char>(sample.data(), came));
+    const auto sample = std::make_unique_for_overwrite<char[]>(sample_size);
+    const auto came = bytes->read(sample.get(), sample_size);
+    Format* const format = recognise(un::array<char>(sample.get(), came));
     return format ? format->_newArchiveAtItem(&file, 0) : nullptr;
 }
 
