@@ -37,8 +37,7 @@ void bit_input::fill() {
     while (bit_count < full) {
         int byte = bytes.get();
         if (byte < 0) {
-            if (end_count < 1 << 20)
-                ++end_count;
+            ++end_count;
             byte = 0xFF;
         }
         bit_buffer |= static_cast<std::uint32_t>(byte) << bit_count;

@@ -154,11 +154,37 @@ void decompressor::read_code_lengths(std::span<std::uint8_t> list) {
 
 /// No test for the end of the input: the next code reports it, if there is one.
 void decompressor::decode_stored() {
-    for (; stored_remaining > 0; --stored_remaining) {
+    while (stored_remaining > 0) {
+        if (!exact_only)
+            copy_stored();
         const auto byte = static_cast<unsigned char>(bits.field(8));
         window.make_room(1);
         window.put(byte);
+        --stored_remaining;
     }
+}
+
+/// Moves what the bit buffer holds and most of what is ahead in one go, if that is worth it. At least one
+/// byte of the block is left, and the bytes that filling the bit buffer for it takes from the read-ahead.
+void decompressor::copy_stored() {
+    constexpr unsigned left_ahead = 8;
+    constexpr unsigned worthwhile = 32;
+    const auto ahead = buffered.ahead();
+    if (bits.end_count != 0 || ahead.size() < left_ahead)
+        return;
+    const auto waiting = static_cast<unsigned>(bits.bit_count) / 8;
+    const auto count = static_cast<unsigned>(
+        std::min<std::size_t>({stored_remaining - 1, window.room(), waiting + ahead.size() - left_ahead}));
+    if (count < worthwhile)
+        return;
+    unsigned char* out = window.next();
+    for (unsigned i = 0; i < waiting; ++i)
+        *out++ = static_cast<unsigned char>(bits.bit_buffer >> 8 * i);
+    std::copy_n(ahead.begin(), count - waiting, out);
+    bits.start();
+    buffered.pass(count - waiting);
+    window.grow(count);
+    stored_remaining -= count;
 }
 
 void decompressor::decode_codes(const code_table& literal_table) {

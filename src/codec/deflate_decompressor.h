@@ -41,6 +41,7 @@ private:
     void read_dynamic_lengths(code_table& literal_table);
     void read_code_lengths(std::span<std::uint8_t> list);
     void decode_stored();
+    void copy_stored();
     void decode_codes(const code_table& literal_table);
     void copy_match(const code_table& literal_table, unsigned length_symbol);
     unsigned symbol(const code_table& table);

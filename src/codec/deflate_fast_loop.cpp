@@ -181,8 +181,8 @@ void fast_loop::prepare(const code_table& literals, const code_table& distances)
 
 // The chain that bounds the speed is look-up, shift, look-up; all else runs beside it, the refill too,
 // because each round begins with its first entry looked up already. A refill serves three literals in a row
-// and the look-up after them, or two literals, a length and the look-up of the distance, which then may want
-// another one.
+// and the look-up after them, or two literals, a length and the look-up of the distance; a second one the
+// distance and the look-up after it.
 void fast_loop::decode(const code_table& literals, const code_table& distances, nio::buffered_input& input,
                        bit_input& bits, history_window& window) {
     constexpr unsigned length_bits = longest_code + 5;

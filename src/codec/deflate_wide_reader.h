@@ -34,9 +34,8 @@ public:
         count |= refilled;
     }
 
-    /// The next bits, lowest first; at least as many as count() says are the stream's.
+    /// The next bits, lowest first; at least those that the last refill left, less what was consumed.
     std::uint64_t bits() const { return word; }
-    unsigned available() const { return count; }
     std::uint64_t bits(unsigned number) const { return word & ((std::uint64_t{1} << number) - 1); }
     void consume(unsigned number) {
         word >>= number;
