@@ -13,9 +13,9 @@
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
-#include <ctime>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <iostream>
 #include <sstream>
 #include <zlib.h>
