@@ -3,7 +3,7 @@
 #include "model/folder.h"
 #include "model/format.h"
 #include "outside/shell/mac_info.h"
-#include "outside/shell/spec.h"
+#include "outside/shell/file_identity.h"
 
 namespace harbor6 {
 

@@ -1,6 +1,6 @@
 #include "support/memory_host.h"
 
-#include "outside/shell/spec.h"
+#include "outside/shell/file_identity.h"
 #include "support/memory_streams.h"
 
 #include <algorithm>
