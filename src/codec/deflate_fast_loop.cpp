@@ -182,9 +182,12 @@ void fast_loop::prepare(const code_table& literals, const code_table& distances)
 // The chain that bounds the speed is look-up, shift, look-up; all else runs beside it, the refill too,
 // because each round begins with its first entry looked up already. A refill serves three literals in a row
 // and the look-up after them, or two literals, a length and the look-up of the distance; a second one the
-// distance and the look-up after it.
-void fast_loop::decode(const code_table& literals, const code_table& distances, nio::buffered_input& input,
-                       bit_input& bits, history_window& window) {
+// distance and the look-up after it. With BMI2, whose shifts take their
+// count from any register, that chain is shorter.
+[[gnu::always_inline]] inline void fast_loop::decode_symbols(const code_table& literals,
+                                                             const code_table& distances,
+                                                             nio::buffered_input& input, bit_input& bits,
+                                                             history_window& window) {
     constexpr unsigned length_bits = longest_code + 5;
     constexpr unsigned back_bits = longest_code + 13;
     static_assert(3 * literal_bits + literal_bits <= wide_reader::refilled);
@@ -256,6 +259,25 @@ void fast_loop::decode(const code_table& literals, const code_table& distances, 
     }
     reader.give_back();
     window.grow(static_cast<unsigned>(out - window.next()));
+}
+
+#if defined(__x86_64__)
+[[gnu::target("bmi2")]] void fast_loop::decode_with_bmi2(const code_table& literals,
+                                                         const code_table& distances,
+                                                         nio::buffered_input& input, bit_input& bits,
+                                                         history_window& window) {
+    decode_symbols(literals, distances, input, bits, window);
+}
+#endif
+
+void fast_loop::decode(const code_table& literals, const code_table& distances, nio::buffered_input& input,
+                       bit_input& bits, history_window& window) {
+#if defined(__x86_64__)
+    static const bool bmi2 = __builtin_cpu_supports("bmi2") != 0;
+    if (bmi2 && newer_instructions)
+        return decode_with_bmi2(literals, distances, input, bits, window);
+#endif
+    decode_symbols(literals, distances, input, bits, window);
 }
 
 } // namespace deflate
