@@ -72,7 +72,7 @@ constexpr unsigned bits_of(std::uint32_t entry) {
 
 /// The base and the value of the extra bits.
 std::uint32_t value_of(std::uint32_t entry, const wide_reader& reader) {
-    return (entry >> 16) + static_cast<std::uint32_t>(reader.bits(bits_of(entry)) >> (entry >> 8 & 0xF));
+    return (entry >> 16) + static_cast<std::uint32_t>(reader.bits(bits_of(entry)) >> (entry >> 8 & 0x3F));
 }
 
 /// Enters every code of up to `width` bits, at each place whose low bits are the code as it stands in the
@@ -119,7 +119,8 @@ void copy_piece(unsigned char* to, const unsigned char* from) {
 
 /// Copies in pieces no wider than the distance, and scribbles on what lies behind a short match. A distance
 /// below a piece is first made longer by its own multiple: what is copied repeats with that too.
-void copy_match(unsigned char* out, std::uint32_t distance, std::uint32_t length) {
+[[gnu::always_inline]] inline void copy_match(unsigned char* out, std::uint32_t distance,
+                                              std::uint32_t length) {
     const unsigned char* from = out - distance;
     unsigned char* const end = out + length;
     if (distance >= piece) [[likely]] {
@@ -245,10 +246,16 @@ void fast_loop::prepare(const code_table& literals, const code_table& distances)
 
         entry = distance_entries[reader.bits(distance_bits)];
         reader.refill();
-        if (entry == long_code) [[unlikely]]
-            entry = find_long(distances, distance_bits, reader.bits(), distance_symbol_entries.data());
+        if (entry & is_stop) [[unlikely]] {
+            if (entry == long_code)
+                entry = find_long(distances, distance_bits, reader.bits(), distance_symbol_entries.data());
+            if (entry & is_stop) {
+                reader.go_back(symbol_place);
+                break;
+            }
+        }
         const std::uint32_t distance = value_of(entry, reader);
-        if (entry & is_stop || distance > static_cast<std::size_t>(out - first_out)) [[unlikely]] {
+        if (distance > static_cast<std::size_t>(out - first_out)) [[unlikely]] {
             reader.go_back(symbol_place);
             break;
         }
