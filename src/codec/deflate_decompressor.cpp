@@ -54,6 +54,8 @@ void decompressor::decode() {
     window.begin();
     code_table literal_table(literal_symbols);
     literal_table.flag = extent == extended_extent;
+    fixed_codes_stand = false;
+    fast.newer_instructions = !portable_only;
     buffered.start();
     bits.start();
 
@@ -77,18 +79,27 @@ void decompressor::read_block(code_table& literal_table) {
         start_stored_block();
         return decode_stored();
     case 1:
-        set_fixed_lengths(literal_table);
+        if (!fixed_codes_stand) {
+            set_fixed_lengths(literal_table);
+            build_codes(literal_table);
+        }
+        fixed_codes_stand = true;
         break;
     case 2:
+        fixed_codes_stand = false;
         read_dynamic_lengths(literal_table);
+        build_codes(literal_table);
         break;
     default:
         fail("bad deflate block type");
     }
+    decode_codes(literal_table);
+}
+
+void decompressor::build_codes(code_table& literal_table) {
     literal_table.build();
     distance_table->build();
     fast.forget();
-    decode_codes(literal_table);
 }
 
 void decompressor::start_stored_block() {

@@ -32,12 +32,15 @@ public:
     bool rewind = false;
     /// Decode everything by the exact loop. For tests: the result is the same either way.
     bool exact_only = false;
+    /// Keep to instructions that every processor of the kind has. For tests, too.
+    bool portable_only = false;
 
 private:
     void decode();
     void read_block(code_table& literal_table);
     void start_stored_block();
     void set_fixed_lengths(code_table& literal_table);
+    void build_codes(code_table& literal_table);
     void read_dynamic_lengths(code_table& literal_table);
     void read_code_lengths(std::span<std::uint8_t> list);
     void decode_stored();
@@ -48,7 +51,8 @@ private:
 
     nio::buffered_input buffered;
     bit_input bits;
-    std::int32_t block_type = -1; ///< 0 stored, 1 fixed, 2 dynamic; -1 before the first block
+    std::int32_t block_type = -1;   ///< 0 stored, 1 fixed, 2 dynamic; -1 before the first block
+    bool fixed_codes_stand = false; ///< this run's tables are those of the fixed codes
     std::uint32_t stored_remaining = 0;
     std::uint32_t maximum_match = 0;
     std::optional<code_table> distance_table; ///< made anew on each run

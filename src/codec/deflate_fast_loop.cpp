@@ -72,7 +72,7 @@ constexpr unsigned bits_of(std::uint32_t entry) {
 
 /// The base and the value of the extra bits.
 std::uint32_t value_of(std::uint32_t entry, const wide_reader& reader) {
-    return (entry >> 16) + static_cast<std::uint32_t>(reader.bits(bits_of(entry)) >> (entry >> 8 & 0xF));
+    return (entry >> 16) + static_cast<std::uint32_t>(reader.bits(bits_of(entry)) >> (entry >> 8 & 0x3F));
 }
 
 /// Enters every code of up to `width` bits, at each place whose low bits are the code as it stands in the
@@ -119,7 +119,8 @@ void copy_piece(unsigned char* to, const unsigned char* from) {
 
 /// Copies in pieces no wider than the distance, and scribbles on what lies behind a short match. A distance
 /// below a piece is first made longer by its own multiple: what is copied repeats with that too.
-void copy_match(unsigned char* out, std::uint32_t distance, std::uint32_t length) {
+[[gnu::always_inline]] inline void copy_match(unsigned char* out, std::uint32_t distance,
+                                              std::uint32_t length) {
     const unsigned char* from = out - distance;
     unsigned char* const end = out + length;
     if (distance >= piece) [[likely]] {
@@ -182,9 +183,12 @@ void fast_loop::prepare(const code_table& literals, const code_table& distances)
 // The chain that bounds the speed is look-up, shift, look-up; all else runs beside it, the refill too,
 // because each round begins with its first entry looked up already. A refill serves three literals in a row
 // and the look-up after them, or two literals, a length and the look-up of the distance; a second one the
-// distance and the look-up after it.
-void fast_loop::decode(const code_table& literals, const code_table& distances, nio::buffered_input& input,
-                       bit_input& bits, history_window& window) {
+// distance and the look-up after it. With BMI2, whose shifts take their
+// count from any register, that chain is shorter.
+[[gnu::always_inline]] inline void fast_loop::decode_symbols(const code_table& literals,
+                                                             const code_table& distances,
+                                                             nio::buffered_input& input, bit_input& bits,
+                                                             history_window& window) {
     constexpr unsigned length_bits = longest_code + 5;
     constexpr unsigned back_bits = longest_code + 13;
     static_assert(3 * literal_bits + literal_bits <= wide_reader::refilled);
@@ -242,10 +246,16 @@ void fast_loop::decode(const code_table& literals, const code_table& distances, 
 
         entry = distance_entries[reader.bits(distance_bits)];
         reader.refill();
-        if (entry == long_code) [[unlikely]]
-            entry = find_long(distances, distance_bits, reader.bits(), distance_symbol_entries.data());
+        if (entry & is_stop) [[unlikely]] {
+            if (entry == long_code)
+                entry = find_long(distances, distance_bits, reader.bits(), distance_symbol_entries.data());
+            if (entry & is_stop) {
+                reader.go_back(symbol_place);
+                break;
+            }
+        }
         const std::uint32_t distance = value_of(entry, reader);
-        if (entry & is_stop || distance > static_cast<std::size_t>(out - first_out)) [[unlikely]] {
+        if (distance > static_cast<std::size_t>(out - first_out)) [[unlikely]] {
             reader.go_back(symbol_place);
             break;
         }
@@ -256,6 +266,25 @@ void fast_loop::decode(const code_table& literals, const code_table& distances, 
     }
     reader.give_back();
     window.grow(static_cast<unsigned>(out - window.next()));
+}
+
+#if defined(__x86_64__)
+[[gnu::target("bmi2")]] void fast_loop::decode_with_bmi2(const code_table& literals,
+                                                         const code_table& distances,
+                                                         nio::buffered_input& input, bit_input& bits,
+                                                         history_window& window) {
+    decode_symbols(literals, distances, input, bits, window);
+}
+#endif
+
+void fast_loop::decode(const code_table& literals, const code_table& distances, nio::buffered_input& input,
+                       bit_input& bits, history_window& window) {
+#if defined(__x86_64__)
+    static const bool bmi2 = __builtin_cpu_supports("bmi2") != 0;
+    if (bmi2 && newer_instructions)
+        return decode_with_bmi2(literals, distances, input, bits, window);
+#endif
+    decode_symbols(literals, distances, input, bits, window);
 }
 
 } // namespace deflate

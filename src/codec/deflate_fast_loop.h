@@ -30,11 +30,18 @@ public:
     void decode(const code_table& literals, const code_table& distances, nio::buffered_input& input,
                 bit_input& bits, history_window& window);
 
+    /// Whether decode() may use instructions that this processor has and some other lacks.
+    bool newer_instructions = true;
+
 private:
     static constexpr unsigned literal_bits = 11;
     static constexpr unsigned distance_bits = 9;
 
     void prepare(const code_table& literals, const code_table& distances);
+    void decode_symbols(const code_table& literals, const code_table& distances, nio::buffered_input& input,
+                        bit_input& bits, history_window& window);
+    void decode_with_bmi2(const code_table& literals, const code_table& distances, nio::buffered_input& input,
+                          bit_input& bits, history_window& window);
 
     std::array<std::uint32_t, 1u << literal_bits> literal_entries;
     std::array<std::uint32_t, 1u << distance_bits> distance_entries;

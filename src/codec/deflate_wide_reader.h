@@ -38,7 +38,7 @@ public:
     std::uint64_t bits() const { return word; }
     std::uint64_t bits(unsigned number) const { return word & ((std::uint64_t{1} << number) - 1); }
     void consume(unsigned number) {
-        word >>= number;
+        word >>= number & 63;
         count -= number;
     }
 

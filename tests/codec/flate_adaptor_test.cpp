@@ -92,7 +92,7 @@ TEST(FlateAdaptor, AFailureComesFromFinishAndTheNextBlockStillRuns) {
     decompressor decoder(in, 15, true);
     decoder.start();
     EXPECT_EQ(decoder.copy_to(out), 0u);
-    EXPECT_THROW(decoder.finish(), basic::algorithm_exception);
+    EXPECT_EQ(text_of([&] { decoder.finish(); }), "bad deflate length code");
     decoder.finish();
     in.seek(broken().size());
     decoder.start();

@@ -71,6 +71,7 @@ outcome decode(std::string_view source, bool exact_only, const settings& how) {
     decoder.extent = how.extent;
     decoder.rewind = true;
     decoder.exact_only = exact_only;
+    decoder.portable_only = how.portable;
     std::string message;
     for (unsigned run = 0; run < how.runs && message.empty(); ++run) {
         try {

@@ -68,8 +68,9 @@ struct outcome {
 
 struct settings {
     int extent = 15;
-    unsigned piece = ~0u; ///< how much the source gives for one read
-    unsigned runs = 1;    ///< streams to decode, up to the first failure
+    unsigned piece = ~0u;  ///< how much the source gives for one read
+    bool portable = false; ///< without the newer instructions of this processor
+    unsigned runs = 1;     ///< streams to decode, up to the first failure
 };
 
 outcome decode(std::string_view source, bool exact_only, const settings& how = {});

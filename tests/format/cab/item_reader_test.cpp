@@ -3,6 +3,7 @@
 #include "format/cab/folder_header.h"
 #include "format/cab/item_reader.h"
 #include "support/cabinet_writer.h"
+#include "support/job.h"
 #include "support/memory_streams.h"
 #include "support/refusal.h"
 
@@ -182,4 +183,18 @@ TEST(ItemReader, RunsDecodersBlockByBlockAndRefusesWhatDoesntFit) {
         EXPECT_EQ(output.bytes, c.expanded);
         EXPECT_EQ(input.tell(), data.size() - c.blocks.back().payload.size() + c.place) << c.refusal;
     }
+}
+
+TEST(ItemReader, TellsWhatIsWrongInACorruptBlockAheadOfItsSize) {
+    // Block type 3 in the second block; its size doesn't fit either.
+    const std::string data = bytes_of({.payload = support::mszip_encoder()("abc"), .uncompressed_size = 3}) +
+                             bytes_of({.payload = "CK\x07", .uncompressed_size = 5});
+    support::seekable_input input(data);
+    memory_output output;
+    folder_header folder;
+    folder.compression = support::mszip;
+    folder.block_count = 2;
+    EXPECT_EQ(support::text_of([&] { item_reader(&folder).process(input, output); }),
+              "bad deflate block type");
+    EXPECT_EQ(output.bytes, "abc");
 }
