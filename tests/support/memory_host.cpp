@@ -221,7 +221,7 @@ bool recording_client::ask(question asked, const std::string& target) {
     if (const auto reaction = on.find(asked.text); reaction != on.end())
         reaction->second(asked);
     const bool yes = !declined.count(asked.text);
-    log.insert(place, asked.text + " -> " + target + (yes ? ": yes\n" : ": no\n"));
+    log.insert(place, asked.text + " -> " + target + (yes ? "\n" : ": no\n"));
     return yes;
 }
 

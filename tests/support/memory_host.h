@@ -22,7 +22,7 @@
 //     host.client.declined = {"targetFile a.txt"};                    the client says no to that
 //     host.trap = [](auto& what) { if (what == "write b") ...throw }; a step fails
 //     EXPECT_EQ(host.tree(), "a.txt=hello\n");                        what stands in the root
-//     EXPECT_EQ(host.transcript(), "sourceFile a.txt -> root: yes\n...");
+//     EXPECT_EQ(host.transcript(), "sourceFile a.txt -> root\n...");
 //
 // A file that begins with "arc:" is an archive of test_format, whose content is the folder of host.archives
 // that is named by the rest.
