@@ -159,7 +159,7 @@ TEST(LzxDecompressor, AgreesInBothLoopsOnDamagedCabinetsOfAnotherWriter) {
         support::memory_input input(support::read_file(HARBOR_TEST_DATA "/lzx" + name + ".cab"));
         format::cab::archive_header header;
         header.read(input, true);
-        format::cab::folder_header folder; // the only one, or the first
+        format::cab::folder_header folder; // the only one
         folder.read(input, true);
         input.skip(folder.data_offset - input.tell());
         format::cab::data_header block;
@@ -259,37 +259,6 @@ TEST(LzxDecompressor, TakesTreesOfEveryShape) {
         writer.block(literals(text)); // its lengths are deltas on the odd ones
         EXPECT_TRUE(decoded(writer.finish(), 16).bytes == expand(each.tokens) + "ab");
     }
-}
-
-TEST(LzxDecompressor, RepeatsTheFirstLengthInARunOfNineteen) {
-    // Block one gives four symbols the lengths 1 to 3; block two covers them by one run with delta 0, so all
-    // of them take the first one's length, 2.
-    std::vector<std::uint8_t> first(256 + 240);
-    first[0] = 2, first[1] = 2, first[2] = 3, first[3] = 3, first[4] = 2;
-    lzx_writer writer(15);
-    writer.block(literals(std::string("\0\1\2\3\4", 5)), {.main_lengths = first});
-    writer.header(1, 4);
-    const auto pre_tree = [&](std::initializer_list<unsigned> used) {
-        for (unsigned symbol = 0; symbol < 20; ++symbol)
-            writer.put(std::count(used.begin(), used.end(), symbol) != 0 ? 2 : 0, 4);
-    };
-    pre_tree({0, 2, 18, 19}); // codes 00, 01, 10, 11
-    writer.put(0b11'0'00, 5); // a run of four with delta 0
-    writer.put(0b01, 2);      // symbol 4: 2 - 2
-    for (const unsigned run : {51u, 51u, 51u, 51u, 47u}) {
-        writer.put(0b10, 2);
-        writer.put(run - 20, 5);
-    }
-    for (const unsigned symbols : {240u, 249u}) {
-        pre_tree({0, 2, 18, 19});
-        for (unsigned left = symbols; left > 0; left -= std::min(left, 51u)) {
-            writer.put(0b10, 2); // the last run is cut short
-            writer.put(31, 5);
-        }
-    }
-    writer.put(0b11'10'01'00, 8);
-    writer.advance(4);
-    EXPECT_EQ(decoded(writer.finish(), 15).bytes, std::string("\0\1\2\3\4\3\2\1\0", 9));
 }
 
 TEST(LzxDecompressor, PadsOddRawBlocksAndPassesEmptyOnesAndEmptyFrames) {
