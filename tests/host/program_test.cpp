@@ -142,6 +142,19 @@ TEST_F(Program, StaysInsideItsFolder) {
     EXPECT_EQ(read_file(place / "u/a"), "6");
 }
 
+TEST_F(Program, RefusesAPathWithoutEndAndGoesOn) {
+    std::string path;
+    for (int i = 0; i < 100000; ++i)
+        path += "a\\";
+    save(cabinet().file(path + "x", "1").file("fine", "2"));
+    const auto tested = run("test x.cab");
+    EXPECT_EQ(tested.status, 1);
+    EXPECT_TRUE(tested.err.starts_with("harbor: x.cab: a/a/a/") &&
+                tested.err.ends_with(": its path is too long\n"))
+        << tested.err.substr(0, 200);
+    EXPECT_EQ(std::count(tested.err.begin(), tested.err.end(), '\n'), 1);
+}
+
 TEST_F(Program, TakesOnlyWhatIsNamed) {
     save(cabinet().file("a.txt", "1").file("d\\b.txt", "2").file("e\\c.dat", "3"));
     EXPECT_EQ(run("expand x.cab 'b.*'"), fine());

@@ -136,32 +136,6 @@ folder_record& cabinet::last_folder() {
     return folders.empty() ? folders.emplace_back() : folders.back();
 }
 
-cabinet& cabinet::folder(std::uint16_t compression) {
-    folders.emplace_back().compression = compression;
-    return *this;
-}
-
-cabinet& cabinet::file(const std::string& name, std::string_view content) {
-    folder_record& into = last_folder();
-    file_record& record = files.emplace_back();
-    record.name = name;
-    record.size = static_cast<std::uint32_t>(content.size());
-    record.folder_offset = static_cast<std::uint32_t>(into.content.size());
-    record.folder_index = static_cast<std::uint16_t>(folders.size() - 1);
-    into.content += content;
-    return *this;
-}
-
-cabinet& cabinet::file(const file_record& record) {
-    files.push_back(record);
-    return *this;
-}
-
-cabinet& cabinet::block(const block_record& record) {
-    last_folder().blocks.push_back(record);
-    return *this;
-}
-
 std::string cabinet::bytes() const {
     const auto made = make(*this);
     return made.header + made.folders + made.files + made.data;

@@ -1,6 +1,5 @@
 #include "support/memory_host.h"
 
-#include "outside/shell/spec.h"
 #include "support/memory_streams.h"
 
 #include <algorithm>
@@ -77,10 +76,6 @@ void list(const memory_node& node, const std::string& prefix, std::vector<std::s
 
 } // namespace
 
-std::string name_of(const harbor6::Attributes& item) {
-    return item.string(harbor6::key::name);
-}
-
 memory_node& memory_node::file(const std::string& name_, const std::string& content) {
     auto& made = add(shared_from_this(), name_, false);
     made.bytes = content;
@@ -119,31 +114,6 @@ void node_item::commitItem() {
     attach(node);
 }
 
-bool node_item::hasBoolean(const std::string& key) const {
-    return node->flags.count(key) || Item::hasBoolean(key);
-}
-
-bool node_item::getBoolean(const std::string& key, bool& value) const {
-    if (key == harbor6::key::symLink)
-        return value = node->link, true;
-    const auto flag = node->flags.find(key);
-    if (flag == node->flags.end())
-        return Item::getBoolean(key, value);
-    value = flag->second;
-    return true;
-}
-
-bool node_item::hasString(const std::string& key) const {
-    return key == harbor6::key::name || Item::hasString(key);
-}
-
-bool node_item::getString(const std::string& key, std::string& value) const {
-    if (key != harbor6::key::name)
-        return Item::getString(key, value);
-    value = node->name;
-    return true;
-}
-
 bool node_item::setString(const std::string& key, const std::string& value) {
     if (key != harbor6::key::name || host.unsettable.count(value))
         return false;
@@ -157,32 +127,6 @@ bool node_item::setString(const std::string& key, const std::string& value) {
             }
     node->name = value;
     return true;
-}
-
-bool node_item::hasInteger(const std::string& key) const {
-    return (!node->folder && key == harbor6::key::uncompressedSize) || Item::hasInteger(key);
-}
-
-bool node_item::getInteger(const std::string& key, std::int64_t& value) const {
-    if (node->folder || key != harbor6::key::uncompressedSize)
-        return Item::getInteger(key, value);
-    value = static_cast<std::int64_t>(node->bytes.size());
-    return true;
-}
-
-bool node_item::getStructure(const std::string& key, un::structure& value) const {
-    auto* const place =
-        key == harbor6::key::fsSpec && node->created ? dynamic_cast<fs::Spec*>(&value) : nullptr;
-    if (place)
-        place->node = reinterpret_cast<std::uintptr_t>(node.get());
-    return place != nullptr;
-}
-
-void node_item::populateIndex() const {
-    Item::populateIndex();
-    index()[harbor6::key::name] = harbor6::key_id::name;
-    index()[harbor6::key::modTime] = harbor6::key_id::modTime;
-    index()[harbor6::key::createTime] = 4;
 }
 
 harbor6::data::CountedInput memory_fork::input(bool /*expanding*/) const {
@@ -214,59 +158,6 @@ harbor6::File* memory_folder::_newFile() {
 harbor6::Folder* memory_folder::_newFolder() {
     host.step("new folder in " + node->name);
     return new memory_folder(host, new_node(node, true), around);
-}
-
-bool recording_client::ask(question asked, const std::string& target) {
-    const auto place = log.size();
-    if (const auto reaction = on.find(asked.text); reaction != on.end())
-        reaction->second(asked);
-    const bool yes = !declined.count(asked.text);
-    log.insert(place, asked.text + " -> " + target + (yes ? "\n" : ": no\n"));
-    return yes;
-}
-
-bool recording_client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* wants_expansion,
-                                  const harbor6::Format** format) {
-    *wants_expansion = expanded.count(name_of(file)) != 0;
-    return ask({.text = "sourceFile " + name_of(file), .format = format}, name_of(target));
-}
-
-bool recording_client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
-    return ask({.text = "sourceArchive " + name_of(archive), .archive = &archive}, name_of(target));
-}
-
-void recording_client::sourceArchiveDone(harbor6::Archive& archive) {
-    log += "sourceArchiveDone " + name_of(archive) + "\n";
-}
-
-bool recording_client::sourceFolder(const harbor6::Folder& source, harbor6::Folder& target) {
-    return ask({.text = "sourceFolder " + name_of(source)}, name_of(target));
-}
-
-bool recording_client::targetFile(const harbor6::File& source, harbor6::File& made, harbor6::Folder& target) {
-    const auto renamed = name_of(made) == name_of(source) ? "" : " as " + name_of(made);
-    return ask({.text = "targetFile " + name_of(source)}, name_of(target) + renamed);
-}
-
-void recording_client::targetFileReady(const harbor6::File& source, harbor6::File& /*newFile*/) {
-    log += "targetFileReady " + name_of(source) + "\n";
-}
-
-bool recording_client::targetFolder(harbor6::Folder& made, harbor6::Folder& parent,
-                                    const harbor6::Folder* source) {
-    return ask({.text = "targetFolder " + name_of(made)},
-               name_of(parent) + (source ? " from " + name_of(*source) : ""));
-}
-
-bool recording_client::targetNameConflict(std::string& name, Item& /*existing*/, bool folders,
-                                          const harbor6::Attributes& /*model*/,
-                                          AcquiredPtr<harbor6::Folder>* target) {
-    return ask({.text = "conflict " + name, .name = &name, .target = target},
-               (target ? name_of(**target) : std::string("here")) + (folders ? " folders" : ""));
-}
-
-void recording_client::itemFailed(std::uint32_t code, const Item& source, Item& /*target*/) {
-    log += "itemFailed " + std::to_string(code) + " " + name_of(source) + "\n";
 }
 
 void test_archive::note(const std::string& step) {

@@ -7,6 +7,7 @@
 #include "outside/shell/classifier.h"
 #include "outside/shell/client_interface.h"
 #include "outside/shell/harbor_shell.h"
+#include "outside/shell/spec.h"
 #include "stream/output.h"
 
 #include <functional>
@@ -30,6 +31,11 @@
 namespace support {
 
 class memory_host;
+
+/// The name of an item, for transcripts.
+inline std::string name_of(const harbor6::Attributes& item) {
+    return item.string(harbor6::key::name);
+}
 
 /// What stands in memory. Items are handles on it, any number of them.
 struct memory_node : std::enable_shared_from_this<memory_node> {
@@ -67,11 +73,28 @@ struct node_item : virtual harbor6::Item {
     void destroy() override { delete this; }
     std::uint64_t position() override { return reinterpret_cast<std::uintptr_t>(node.get()); }
 
-    bool hasBoolean(const std::string& key) const override;
-    bool getBoolean(const std::string& key, bool& value) const override;
+    bool hasBoolean(const std::string& key) const override {
+        return node->flags.count(key) || Item::hasBoolean(key);
+    }
+    bool getBoolean(const std::string& key, bool& value) const override {
+        if (key == harbor6::key::symLink)
+            return value = node->link, true;
+        const auto flag = node->flags.find(key);
+        if (flag == node->flags.end())
+            return Item::getBoolean(key, value);
+        value = flag->second;
+        return true;
+    }
     bool setBoolean(const std::string& key, bool value) override { return node->flags[key] = value, true; }
-    bool hasString(const std::string& key) const override;
-    bool getString(const std::string& key, std::string& value) const override;
+    bool hasString(const std::string& key) const override {
+        return key == harbor6::key::name || Item::hasString(key);
+    }
+    bool getString(const std::string& key, std::string& value) const override {
+        if (key != harbor6::key::name)
+            return Item::getString(key, value);
+        value = node->name;
+        return true;
+    }
     bool setString(const std::string& key, const std::string& value) override;
     bool hasTime(const std::string& key) const override { return node->times.count(key) != 0; }
     bool getTime(const std::string& key, any::time& value) const override {
@@ -80,10 +103,28 @@ struct node_item : virtual harbor6::Item {
     bool setTime(const std::string& key, const any::time& value) override {
         return node->times[key] = value, true;
     }
-    bool hasInteger(const std::string& key) const override;
-    bool getInteger(const std::string& key, std::int64_t& value) const override;
-    bool getStructure(const std::string& key, un::structure& value) const override;
-    void populateIndex() const override;
+    bool hasInteger(const std::string& key) const override {
+        return (!node->folder && key == harbor6::key::uncompressedSize) || Item::hasInteger(key);
+    }
+    bool getInteger(const std::string& key, std::int64_t& value) const override {
+        if (node->folder || key != harbor6::key::uncompressedSize)
+            return Item::getInteger(key, value);
+        value = static_cast<std::int64_t>(node->bytes.size());
+        return true;
+    }
+    bool getStructure(const std::string& key, un::structure& value) const override {
+        auto* const place =
+            key == harbor6::key::fsSpec && node->created ? dynamic_cast<fs::Spec*>(&value) : nullptr;
+        if (place)
+            place->node = reinterpret_cast<std::uintptr_t>(node.get());
+        return place != nullptr;
+    }
+    void populateIndex() const override {
+        Item::populateIndex();
+        index()[harbor6::key::name] = harbor6::key_id::name;
+        index()[harbor6::key::modTime] = harbor6::key_id::modTime;
+        index()[harbor6::key::createTime] = 4;
+    }
 
     memory_host& host;
     node_ptr node;
@@ -130,26 +171,55 @@ struct recording_client : harbor6::ClientInterface {
 
     explicit recording_client(std::string& transcript) : log(transcript) {}
 
-    bool sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
-                    const harbor6::Format** format) override;
-    bool sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) override;
-    void sourceArchiveDone(harbor6::Archive& archive) override;
-    bool sourceFolder(const harbor6::Folder& source, harbor6::Folder& target) override;
-    bool targetFile(const harbor6::File& source, harbor6::File& newFile, harbor6::Folder& target) override;
-    void targetFileReady(const harbor6::File& source, harbor6::File& newFile) override;
-    bool targetFolder(harbor6::Folder& newFolder, harbor6::Folder& parent,
-                      const harbor6::Folder* source) override;
-    bool targetNameConflict(std::string& name, harbor6::Item& existing, bool folders,
-                            const harbor6::Attributes& model,
-                            pattern::AcquiredPtr<harbor6::Folder>* target) override;
-    void itemFailed(std::uint32_t code, const harbor6::Item& source, harbor6::Item& target) override;
+    bool sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* wants_expansion,
+                    const harbor6::Format** format) override {
+        *wants_expansion = expanded.count(name_of(file)) != 0;
+        return ask({.text = "sourceFile " + name_of(file), .format = format}, name_of(target));
+    }
+    bool sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) override {
+        return ask({.text = "sourceArchive " + name_of(archive), .archive = &archive}, name_of(target));
+    }
+    void sourceArchiveDone(harbor6::Archive& archive) override {
+        log += "sourceArchiveDone " + name_of(archive) + "\n";
+    }
+    bool sourceFolder(const harbor6::Folder& source, harbor6::Folder& target) override {
+        return ask({.text = "sourceFolder " + name_of(source)}, name_of(target));
+    }
+    bool targetFile(const harbor6::File& source, harbor6::File& made, harbor6::Folder& target) override {
+        const auto renamed = name_of(made) == name_of(source) ? "" : " as " + name_of(made);
+        return ask({.text = "targetFile " + name_of(source)}, name_of(target) + renamed);
+    }
+    void targetFileReady(const harbor6::File& source, harbor6::File& /*newFile*/) override {
+        log += "targetFileReady " + name_of(source) + "\n";
+    }
+    bool targetFolder(harbor6::Folder& made, harbor6::Folder& parent,
+                      const harbor6::Folder* source) override {
+        return ask({.text = "targetFolder " + name_of(made)},
+                   name_of(parent) + (source ? " from " + name_of(*source) : ""));
+    }
+    bool targetNameConflict(std::string& name, harbor6::Item& /*existing*/, bool folders,
+                            const harbor6::Attributes& /*model*/,
+                            pattern::AcquiredPtr<harbor6::Folder>* target) override {
+        return ask({.text = "conflict " + name, .name = &name, .target = target},
+                   (target ? name_of(**target) : std::string("here")) + (folders ? " folders" : ""));
+    }
+    void itemFailed(std::uint32_t code, const harbor6::Item& source, harbor6::Item& /*target*/) override {
+        log += "itemFailed " + std::to_string(code) + " " + name_of(source) + "\n";
+    }
 
     std::set<std::string> declined;                           ///< texts of questions that get a no
     std::set<std::string> expanded;                           ///< names of files for which expansion is asked
     std::map<std::string, std::function<void(question&)>> on; ///< runs before the answer, by text
 
 private:
-    bool ask(question asked, const std::string& target);
+    bool ask(question asked, const std::string& target) {
+        const auto place = log.size();
+        if (const auto reaction = on.find(asked.text); reaction != on.end())
+            reaction->second(asked);
+        const bool yes = !declined.count(asked.text);
+        log.insert(place, asked.text + " -> " + target + (yes ? "\n" : ": no\n"));
+        return yes;
+    }
 
     std::string& log;
 };
@@ -254,8 +324,6 @@ public:
     node_ptr sources = std::make_shared<memory_node>();
 };
 
-/// The name of an item, for transcripts.
-std::string name_of(const harbor6::Attributes& item);
 /// Throws a `Failure` the first time that the step is taken.
 template<class Failure, class... Arguments>
 std::function<void(const std::string&)> fail_once_at(std::string step, Arguments... arguments) {
