@@ -10,9 +10,8 @@
 #include "support/numbers.h"
 #include "support/temporary_folder.h"
 
-#include <gtest/gtest.h>
-
 #include <functional>
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -229,15 +228,14 @@ TEST(LzxDecompressor, TakesTreesOfEveryShape) {
     // Every symbol in use, so all codes about as long as each other.
     std::vector<std::uint8_t> flat(256 + 256, 9);
 
-    struct shape_case {
-        const char* name;
-        std::vector<lzx_token> tokens;
-        lzx_shape shape;
-    };
     std::vector<lzx_token> long_matches{{1, 'x'}};
     for (std::uint32_t length = 2; length <= 257; ++length)
         long_matches.push_back({length, 1 + length % 40});
-    const shape_case cases[] = {
+    const struct {
+        const char* name;
+        std::vector<lzx_token> tokens;
+        lzx_shape shape;
+    } cases[] = {
         {"one symbol", literals(std::string(1000, 'a')), {}},
         {"a chain", literals(ladder), {.main_lengths = chain}},
         {"flat", literals(ladder), {.runs = false, .main_lengths = flat}},

@@ -2,10 +2,8 @@
 
 #include "support/numbers.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
-
+#include <gtest/gtest.h>
 #include <string>
 
 namespace {

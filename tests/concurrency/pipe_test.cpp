@@ -1,14 +1,12 @@
 #include "concurrency/pipe.h"
 
-#include "support/job.h"
-
 #include "concurrency/thread.h"
-
-#include <gtest/gtest.h>
+#include "support/job.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <gtest/gtest.h>
 #include <random>
 #include <string>
 #include <thread>

@@ -1,10 +1,9 @@
 #include "support/zlib_streams.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <random>
 #include <stdexcept>
+#include <zlib.h>
 
 namespace zlib_streams {
 

@@ -181,11 +181,11 @@ TEST(ContentScan, RefusesInExactWordsAndKeepsWhatWasMade) {
                       end = "stream::little_endian_input: unexpected end of stream",
                       segmented = "un::implemented: expansion of segmented CAB archives not supported";
     const auto next = [](cabinet& made) { made.header.next = support::neighbour{"c.cab", "3"}; };
-    auto only_header = sound();
-    next(only_header);
-    const auto header_size = only_header.header_bytes().size();
-    const auto sent = [](unsigned folder) {
-        return [folder](cabinet& made) { made.files[1].folder_index = static_cast<std::uint16_t>(folder); };
+    auto segmented_set = sound();
+    next(segmented_set);
+    const auto header_size = segmented_set.header_bytes().size();
+    const auto sent = [](std::uint16_t folder) {
+        return [folder](cabinet& made) { made.files[1].folder_index = folder; };
     };
     const struct {
         std::string bytes, refusal, tree;

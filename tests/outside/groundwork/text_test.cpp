@@ -4,7 +4,6 @@
 #include "support/refusal.h"
 
 #include <gtest/gtest.h>
-
 #include <vector>
 
 namespace {
