@@ -6,7 +6,6 @@
 #include "outside/groundwork/text.h"
 #include "outside/shell/archive.h"
 
-#include <new>
 #include <optional>
 
 namespace host {
@@ -22,19 +21,9 @@ std::string why_unknown(registry& known, storage_input& storage) {
     const auto came = storage.read(sample.data(), harbor6::Classifier::sample_size);
     if (came == 0)
         return "the file is empty";
-    for (const auto& format : known.formats.formats()) {
-        auto* const recogniser = format->recogniser();
-        if (!recogniser)
-            continue;
-        recogniser->sample = un::array<char>(sample.data(), came);
-        const bool similar = recogniser->matches_at(0) != 0;
-        if (similar)
-            recogniser->confirm_at(0);
-        recogniser->sample = {};
-        if (similar)
-            return "begins as " + format->string(harbor6::key::longName) +
-                   " does, but its head is damaged or says that it continues another archive";
-    }
+    if (const auto* const format = known.formats.resembling(un::array<char>(sample.data(), came)))
+        return "begins as " + format->string(harbor6::key::longName) +
+               " does, but its head is damaged or says that it continues another archive";
     return "not an archive of a known format";
 }
 
@@ -51,41 +40,20 @@ bool can_be_walked(const harbor6::Archive& archive, storage_input& storage) {
     }
 }
 
-std::string worded(const std::string& text) {
-    return text.empty() ? "failed without saying why" : nio::printable(text);
-}
-
-/// Runs `work` and gives the text of the exception that ended it, if one did.
-template<class Work>
-std::optional<std::string> failure_of(Work work) {
-    try {
-        work();
-        return std::nullopt;
-    } catch (const un::exception& failure) {
-        return worded(failure.message());
-    } catch (const basic::exception& failure) {
-        return worded(failure.what());
-    } catch (const std::bad_alloc&) {
-        return "out of memory";
-    } catch (const std::exception& failure) {
-        return worded(failure.what());
-    }
-}
-
 } // namespace
 
 bool run_pass(registry& known, harbor6::Format& items, report& log, const std::string& path,
               harbor6::Folder& target, road way) {
     AcquiredPtr<SourceFile> file;
-    std::string refusal;
-    auto failure = failure_of([&] {
+    std::optional<std::string> failure;
+    try {
         auto source = path == "-" ? open_standard_input() : open_input(path);
         file = new SourceFile(items, nio::leaf(path, '/'),
                               std::make_unique<storage_input>(std::move(source), "it"));
         AcquiredPtr<harbor6::Archive> archive(known.formats.acquireStreamArchive(*file));
         if (!archive) {
-            refusal = why_unknown(known, file->storage());
-            return;
+            log.failure(why_unknown(known, file->storage()));
+            return false;
         }
         archive->open(harbor6::Archive::mode_read);
         if (way == road::by_items && can_be_walked(*archive, file->storage()))
@@ -93,13 +61,10 @@ bool run_pass(registry& known, harbor6::Format& items, report& log, const std::s
         else
             archive->addContentTo(target, nullptr);
         archive->close();
-    });
-    if (!refusal.empty()) {
-        log.failure(refusal);
-        return false;
-    }
-    if (!failure)
         return true;
+    } catch (...) {
+        failure = failure_text();
+    }
     // A decoder that looked beyond the end and needed nothing from there leaves a short read too; only
     // together with a failure does it mean that bytes are missing.
     const bool wanted_more = file && file->storage().came_short();

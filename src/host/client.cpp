@@ -5,9 +5,6 @@
 #include "outside/groundwork/text.h"
 #include "outside/shell/archive.h"
 
-#include <exception>
-#include <optional>
-
 namespace host {
 
 namespace {
@@ -23,19 +20,6 @@ pattern::AcquiredPtr<harbor6::Folder> barred(const DiskFolder& parent, const std
                         ": it is not a folder";
     return pattern::AcquiredPtr<harbor6::Folder>(
         new DiskFolder(parent.shared(), std::make_shared<const std::string>(parent.path()), reason));
-}
-
-/// The text of the exception that is being handled, if one is.
-std::optional<std::string> failure_in_flight() {
-    if (!std::current_exception())
-        return std::nullopt;
-    try {
-        throw;
-    } catch (const std::exception& failure) {
-        return nio::printable(failure.what());
-    } catch (...) {
-        return "failed without saying why";
-    }
 }
 
 /// A folder that was made for content which then didn't come.
@@ -108,7 +92,7 @@ void Client::sourceArchiveDone(harbor6::Archive& archive) {
         return;
     const auto done = std::move(around.back());
     around.pop_back();
-    const auto failure = failure_in_flight();
+    const auto failure = failure_text();
     if (!failure)
         return;
     remove_empty(*done.target, archive.string(harbor6::key::name));

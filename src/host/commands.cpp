@@ -46,10 +46,8 @@ exit_status run(const options& chosen) {
             show_formats(at);
             break;
         }
-    } catch (const un::exception& failure) {
-        log.trouble(nio::printable(failure.message()));
-    } catch (const std::exception& failure) {
-        log.trouble(nio::printable(failure.what()));
+    } catch (...) {
+        log.trouble(*failure_text());
     }
     if (const auto cause = screen.finish(); !cause.empty())
         log.trouble("cannot write to the standard output: " + cause);

@@ -113,7 +113,9 @@ harbor6::Item* DiskFolder::_adoptItem(harbor6::Item& item) {
         return Folder::_adoptItem(item);
     const auto from = file ? file->path() : folder->path();
     const auto name = nio::leaf(from, '/');
-    session.target.rename(from, disk_target::join(path(), name), session.take_replaceable(path(), name));
+    const auto to = disk_target::join(path(), name);
+    session.target.rename(from, to, session.take_replaceable(path(), name));
+    session.log.moved(from, to);
     return acquireItemFromName(name);
 }
 

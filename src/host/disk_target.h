@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/disk_descriptor.h"
-#include "outside/shell/spec.h"
+#include "outside/shell/file_identity.h"
 
 #include <memory>
 #include <optional>

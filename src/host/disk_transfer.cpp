@@ -60,6 +60,7 @@ void disk_transfer::write_at(std::uint64_t offset, const char* bytes, std::size_
         bytes += went;
         offset += static_cast<std::uint64_t>(went);
         length -= static_cast<std::size_t>(went);
+        watch.add(offset > watch.counted() ? offset - watch.counted() : 0);
     }
 }
 

@@ -38,7 +38,6 @@ void promote(workplace& at, const std::string& name) {
     if (!result)
         return;
     top->promoteOnlyItem(result);
-    at.log.moved(name, result->string(harbor6::key::name));
 }
 
 void expand_one(workplace& at, const std::string& archive) {

@@ -22,6 +22,8 @@ public:
     virtual void unfinished(const std::string& path, std::uint64_t size, const std::string& reason) = 0;
     /// The file was asked for, and nothing came for it.
     virtual void missing(const std::string& path) = 0;
+    /// An item that was told of under the path `from`, itself or what is in it, stands as `to` now.
+    virtual void moved(const std::string& from, const std::string& to);
 };
 
 } // namespace host

@@ -1,10 +1,29 @@
 #include "host/report.h"
 
+#include "outside/groundwork/exception.h"
 #include "outside/groundwork/text.h"
+
+#include <exception>
+#include <new>
 
 namespace host {
 
-journal::~journal() = default;
+std::optional<std::string> failure_text() {
+    if (!std::current_exception())
+        return std::nullopt;
+    std::string text;
+    try {
+        throw;
+    } catch (const basic::bad_alloc&) {
+        text = "out of memory";
+    } catch (const std::bad_alloc&) {
+        text = "out of memory";
+    } catch (const std::exception& failure) {
+        text = failure.what();
+    } catch (...) {
+    }
+    return text.empty() ? "failed without saying why" : nio::printable(text);
+}
 
 void report::begin(const std::string& archive) {
     subject = nio::printable(archive);
@@ -49,9 +68,9 @@ void report::missing(const std::string& path) {
 }
 
 void report::moved(const std::string& from, const std::string& to) {
-    if (verbose && from != to)
-        screen.print(nio::printable(to) + ": the only one in " + nio::printable(from) +
-                     ", which it replaces\n");
+    // Where it stood bears a name for the moment.
+    if (verbose)
+        screen.print(nio::printable(nio::leaf(from, '/')) + ": now at " + nio::printable(to) + "\n");
 }
 
 void report::skipped(const std::string& path, const std::string& reason) {

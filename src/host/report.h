@@ -4,9 +4,13 @@
 #include "host/exit_status.h"
 #include "host/journal.h"
 
+#include <optional>
 #include <vector>
 
 namespace host {
+
+/// The text of the exception that is being handled, fit for a terminal; nothing if none is.
+std::optional<std::string> failure_text();
 
 /// What the program says about its work, archive by archive: troubles on the standard error, one line each,
 /// beginning with "harbor: ARCHIVE: ". What became of single files comes after what ended the pass.
@@ -29,8 +33,7 @@ public:
     void refused(const std::string& path, const std::string& reason) override;
     void unfinished(const std::string& path, std::uint64_t size, const std::string& reason) override;
     void missing(const std::string& path) override;
-    /// What had come as the only item of the folder `from` stands as `to` now; the same name: it stayed.
-    void moved(const std::string& from, const std::string& to);
+    void moved(const std::string& from, const std::string& to) override;
     /// A file that isn't wanted after all, which is no trouble.
     void skipped(const std::string& path, const std::string& reason);
 

@@ -2,8 +2,8 @@
 
 #include "model/folder.h"
 #include "model/format.h"
+#include "outside/shell/file_identity.h"
 #include "outside/shell/mac_info.h"
-#include "outside/shell/spec.h"
 
 namespace harbor6 {
 

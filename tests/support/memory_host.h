@@ -6,8 +6,8 @@
 #include "model/super_format.h"
 #include "outside/shell/classifier.h"
 #include "outside/shell/client_interface.h"
+#include "outside/shell/file_identity.h"
 #include "outside/shell/harbor_shell.h"
-#include "outside/shell/spec.h"
 #include "stream/output.h"
 
 #include <functional>

@@ -8,6 +8,29 @@
 
 namespace harbor6 {
 
+namespace {
+
+/// Shows a format's recogniser, if it has one, a sample for as long as this lives.
+class Shown {
+public:
+    Shown(Format& format, const un::array<char>& sample) : recogniser(format.recogniser()) {
+        if (recogniser)
+            recogniser->sample = sample;
+    }
+    Shown(const Shown&) = delete;
+    Shown& operator=(const Shown&) = delete;
+    ~Shown() {
+        if (recogniser)
+            recogniser->sample = {};
+    }
+
+    bool matches() const { return recogniser && recogniser->matches_at(0) != 0; }
+
+    format::classifier* const recogniser;
+};
+
+} // namespace
+
 Classifier::Classifier() = default;
 
 Classifier::~Classifier() = default;
@@ -35,19 +58,24 @@ Archive* Classifier::acquireFileArchive(File& file, std::uint32_t /*a*/, std::ui
 
 Format* Classifier::recognise(const un::array<char>& sample) const {
     for (const auto& format : known) {
-        format::classifier* const recogniser = format->recogniser();
-        if (!recogniser)
-            continue;
-        recogniser->sample = sample;
-        bool claimed = false;
+        const Shown shown(*format, sample);
         try {
-            claimed = recogniser->matches_at(0) && recogniser->confirm_at(0);
+            if (shown.matches() && shown.recogniser->confirm_at(0))
+                return format.get();
         } catch (const stream::exception&) {
             // The sample ends inside what would be the header.
         }
-        recogniser->sample = {};
-        if (claimed)
-            return format.get();
+    }
+    return nullptr;
+}
+
+Format* Classifier::resembling(const un::array<char>& sample) const {
+    for (const auto& format : known) {
+        const Shown shown(*format, sample);
+        if (!shown.matches())
+            continue;
+        shown.recogniser->confirm_at(0);
+        return format.get();
     }
     return nullptr;
 }

@@ -32,6 +32,9 @@ public:
 
     /// The format whose archive starts at the first byte of `sample`, null if there is none.
     Format* recognise(const un::array<char>& sample) const;
+    /// The format as whose archive the sample begins, although recognise doesn't take it; null if there is
+    /// none. Raises stream::exception where the sample ends inside the header.
+    Format* resembling(const un::array<char>& sample) const;
     const std::vector<std::unique_ptr<Format>>& formats() const;
 
 private:

@@ -1,4 +1,4 @@
-#include "outside/shell/spec.h"
+#include "outside/shell/file_identity.h"
 
 namespace fs {
 
