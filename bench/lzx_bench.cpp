@@ -9,7 +9,6 @@
 #include "stream/array_input.h"
 #include "stream/output.h"
 #include "support/lzx_cabinets.h"
-#include "support/lzx_decode.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -77,7 +76,7 @@ bool inflate_all(subject& s) {
 subject load(const std::string& path) {
     subject s;
     s.name = path.substr(path.rfind('/') + 1);
-    auto cabinet = support::lzx_read_cabinet(path);
+    auto cabinet = yardstick::lzx_read_cabinet(path);
     auto& folder = cabinet.folders.at(0);
     s.window_size = 1u << folder.window_bits;
     s.frames = std::move(folder.frames);

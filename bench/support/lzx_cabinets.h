@@ -1,6 +1,10 @@
 #pragma once
 
+#include "support/lzx_writer.h"
+
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace yardstick {
 
@@ -9,4 +13,19 @@ namespace yardstick {
 /// HARBOR_BENCH_CACHE names, or in one beside the system's temporary files.
 std::string lzx_cabinet(const std::string& kind);
 
+/// A cabinet whose folders are all LZX and whose records have no reserve.
+struct lzx_cabinet {
+    struct file {
+        std::string name;
+        std::uint32_t size, offset, folder;
+    };
+    struct folder {
+        unsigned window_bits;
+        std::vector<support::lzx_frame> frames;
+    };
+    std::vector<folder> folders;
+    std::vector<file> files;
+};
+
+lzx_cabinet lzx_read_cabinet(const std::string& path);
 } // namespace yardstick

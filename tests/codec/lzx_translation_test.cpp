@@ -2,10 +2,8 @@
 
 #include "support/numbers.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
-
+#include <gtest/gtest.h>
 #include <string>
 
 namespace {
@@ -71,19 +69,6 @@ TEST(LzxTranslation, HoldsAtEveryBorder) {
                         expect_as_defined(frame, size, start);
                     }
             }
-}
-
-TEST(LzxTranslation, LeavesAnOperandThatTouchesTheLastSixBytes) {
-    for (std::size_t from_end = 5; from_end <= 11; ++from_end) {
-        std::string frame(100, 'x');
-        put(frame, frame.size() - from_end, 5);
-        std::string translated = frame;
-        std::uint32_t position = 1000;
-        algorithm::lzx::translate_calls(reinterpret_cast<std::uint8_t*>(translated.data()), translated.size(),
-                                        5000, position);
-        EXPECT_EQ(translated != frame, from_end == 11) << from_end;
-        EXPECT_EQ(position, 1100u);
-    }
 }
 
 TEST(LzxTranslation, TakesFramesOfAnySize) {

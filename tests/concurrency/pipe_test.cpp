@@ -1,14 +1,12 @@
 #include "concurrency/pipe.h"
 
-#include "support/job.h"
-
 #include "concurrency/thread.h"
-
-#include <gtest/gtest.h>
+#include "support/job.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <gtest/gtest.h>
 #include <random>
 #include <string>
 #include <thread>
@@ -75,40 +73,6 @@ TEST(Pipe, HoldsAllButOneByteAndWorksAgainAfterReset) {
         pipe.abort();
         pipe.reset();
     }
-}
-
-TEST(Pipe, DropsWhatIsWrittenAfterAbort) {
-    nio::pipe pipe(16);
-    pipe.write("abc", 3);
-    pipe.abort();
-    const auto bytes = content(1000);
-    pipe.write(bytes.data(), 1000);
-    for (int i = 0; i < 100; ++i)
-        pipe.put('x'); // goes on while there is room
-    pipe.finish();
-    EXPECT_EQ(take(pipe, 100), "abcxxxxxxxxxxxx");
-}
-
-TEST(Pipe, WakesTheSleeperAtTheOtherSidesEnd) {
-    nio::pipe pipe(16);
-    const auto bytes = content(100);
-    std::thread writer([&] {
-        pipe.write(bytes.data(), 100); // full after 15
-        pipe.put('x');
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    EXPECT_EQ(take(pipe, 20), bytes.substr(0, 20));
-    pipe.abort();
-    writer.join();
-
-    pipe.reset();
-    std::string got;
-    std::thread reader([&] { got = take(pipe, 10); });
-    pipe.write("abc", 3);
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    pipe.finish();
-    reader.join();
-    EXPECT_EQ(got, "abc");
 }
 
 /// Writes `total` bytes in pieces of random size, single bytes among them.

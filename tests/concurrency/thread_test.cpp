@@ -1,14 +1,12 @@
 #include "concurrency/thread.h"
 
+#include "concurrency/event.h"
 #include "support/job.h"
 #include "support/wait_until.h"
 
-#include "concurrency/event.h"
-
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <functional>
+#include <gtest/gtest.h>
 #include <memory>
 #include <new>
 #include <stdexcept>

@@ -51,7 +51,6 @@ protected:
         made->setTime(harbor6::key::modTime, when);
         return made;
     }
-    /// Writes as a folder's pass does: the stream goes before the commit.
     void give(harbor6::File& to, const std::string& bytes, std::uint64_t size) {
         {
             const auto out = to.getMainFork()->output(true);
@@ -103,34 +102,11 @@ TEST_F(DiskFolder, ToldHowMuchComesItKnowsAHalfFile) {
     give(*file("", "unwritten"), "", 1);
     EXPECT_EQ(log.take(), "short only 3\nunwritten only 0\n");
     EXPECT_EQ(read_file(place / "out/short"), "abc") << "what came stays";
-    const auto interrupted = file("", "unannounced");
-    struct at_end {
-        harbor6::File& file;
-        ~at_end() { file.commitItem(); }
-    };
-    try {
-        const at_end committing{*interrupted};
-        interrupted->getMainFork()->output(true)->write(std::string("ab"));
-        throw 1;
-    } catch (int) {
+    {
+        const auto silent = file("", "unannounced");
+        silent->getMainFork()->output(true)->write(std::string("ab"));
     }
     EXPECT_EQ(log.take(), "unannounced only 2\n");
-}
-
-TEST_F(DiskFolder, ReplacesAFileOnlyByAWholeOne) {
-    put("", "x", "old");
-    session.replace_next("", "x");
-    EXPECT_FALSE(folder("")->hasItemNamed("x"));
-    auto next = file("", "x");
-    give(*next, "half", 5);
-    EXPECT_EQ(tree(place.path), "out/ out/x ");
-    EXPECT_EQ(read_file(place / "out/x"), "old");
-    EXPECT_TRUE(folder("")->hasItemNamed("x"));
-    session.replace_next("", "x");
-    next = file("", "x");
-    give(*next, "whole", 5);
-    EXPECT_EQ(tree(place.path), "out/ out/x ");
-    EXPECT_EQ(read_file(place / "out/x"), "whole");
 }
 
 TEST_F(DiskFolder, NeverFollowsALink) {
@@ -175,16 +151,6 @@ TEST_F(DiskFolder, TakesNoNameThatLeadsElsewhere) {
         EXPECT_NE(dynamic_cast<host::DiskFolder&>(*bad).refusal("x"), "") << name;
     }
     EXPECT_EQ(tree(place.path), "");
-}
-
-TEST_F(DiskFolder, AFileInTheWayCostsWhatLiesBehindIt) {
-    put("", "a", "file");
-    put("a/b", "x", "1");
-    std::filesystem::create_directories(place / "out/d");
-    put("", "d", "2");
-    put("c", "y", "3");
-    EXPECT_EQ(log.take(),
-              "a 4\na/b/x: cannot use folder a: it is a file\nd: cannot create d: File exists\nc/y 1\n");
 }
 
 TEST_F(DiskFolder, KeepsFewDescriptorsOpen) {

@@ -134,29 +134,22 @@ TEST(File, AdoptsAsAnArchiveOrForkByFork) {
 TEST(File, FollowsSingleFileWrappersToTheInnermostArchive) {
     const auto raise = [](auto failure) { return [=] { throw failure; }; };
     const un::exception un_failure("x", "y");
+    const std::string asked = "  classify file out.arc\n";
+    const std::string opened = asked + "  open out 7\n  classify file in.arc\n";
     const struct {
         bool follow, single;
         const char* fails;
         int nth;
         std::function<void()> raise;
-        const char* log;
+        std::string log;
         const char* found; ///< name of the archive; "" if it is raised
     } cases[] = {
-        {false, true, "", 0, {}, "  classify file out.arc\n", "out"},
-        {true, false, "", 0, {}, "  classify file out.arc\n", "out"},
-        {true,
-         true,
-         "",
-         0,
-         {},
-         "  classify file out.arc\n  open out 7\n  classify file in.arc\n  open in 7\n"
-         "  classify file plain\n  close in\n",
-         "in"},
-        {true, true, "open archive", 1, raise(un_failure), "  classify file out.arc\n  open out 7\n", "out"},
-        {true, true, "classify", 2, raise(un_failure),
-         "  classify file out.arc\n  open out 7\n  classify file in.arc\n  close out\n", "out"},
-        {true, true, "classify", 2, raise(std::runtime_error("z")),
-         "  classify file out.arc\n  open out 7\n  classify file in.arc\n  close out\n", ""},
+        {false, true, "", 0, {}, asked, "out"},
+        {true, false, "", 0, {}, asked, "out"},
+        {true, true, "", 0, {}, opened + "  open in 7\n  classify file plain\n  close in\n", "in"},
+        {true, true, "open archive", 1, raise(un_failure), asked + "  open out 7\n", "out"},
+        {true, true, "classify", 2, raise(un_failure), opened + "  close out\n", "out"},
+        {true, true, "classify", 2, raise(std::runtime_error("z")), opened + "  close out\n", ""},
     };
     for (const auto& c : cases) {
         memory_host host;
@@ -210,13 +203,11 @@ TEST(File, IsTestedByACopyIntoNothing) {
     EXPECT_EQ(sink->getFork(7)->id, 7u);
     EXPECT_EQ(sink->getMainFork()->id, 0u);
     sink->adopt(file.get());
-    EXPECT_TRUE(sink->modifiable("x") && sink->setString("name", "x") && sink->setInteger("x", 1));
-    EXPECT_EQ(sink->string("name"), "");
+    EXPECT_TRUE(sink->modifiable("x") && sink->setString("name", "x"));
     sink->cloneAttributes(*file, false);
     EXPECT_EQ(sink->string("name"), "");
     sink->cloneAttributes(*file, true);
     EXPECT_EQ(sink->string("name"), "a");
-    EXPECT_FALSE(sink->isCreated());
     EXPECT_EQ(refusal_of([&] { sink->copyTo(*file); }), "un::implemented: harbor6::File::getMainFork");
 }
 

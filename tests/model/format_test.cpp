@@ -44,25 +44,18 @@ struct described_format : harbor6::Format {
 };
 
 /// The types for which `has...` is true, as letters.
-std::string held(const harbor6::Attributes& attributes, const std::string& key) {
-    return std::string(attributes.hasBoolean(key) ? "b" : "") + (attributes.hasString(key) ? "s" : "") +
-           (attributes.hasInteger(key) ? "i" : "") + (attributes.hasTime(key) ? "t" : "") +
-           (attributes.hasStructure(key) ? "x" : "");
+std::string held(const harbor6::Attributes& of, const std::string& key) {
+    return std::string(of.hasBoolean(key) ? "b" : "") + (of.hasString(key) ? "s" : "") +
+           (of.hasInteger(key) ? "i" : "") + (of.hasTime(key) ? "t" : "") + (of.hasStructure(key) ? "x" : "");
 }
 
 /// The value that `get...` gives, as text.
-std::string read(const harbor6::Attributes& attributes, const std::string& key) {
+std::string read(const harbor6::Attributes& of, const std::string& key) {
     bool flag = false;
     std::string text;
     std::int64_t number = 0;
-    std::string all;
-    if (attributes.getBoolean(key, flag))
-        all += flag ? "yes" : "no";
-    if (attributes.getString(key, text))
-        all += text;
-    if (attributes.getInteger(key, number))
-        all += std::to_string(number);
-    return all;
+    return std::string(of.getBoolean(key, flag) ? flag ? "yes" : "no" : "") +
+           (of.getString(key, text) ? text : "") + (of.getInteger(key, number) ? std::to_string(number) : "");
 }
 
 } // namespace
@@ -131,15 +124,9 @@ TEST(Format, ClampsTheLevelAndStoresTheDefaultForAllOnes) {
     format.setInteger("compressionLevel", 3);
     EXPECT_EQ(format.integer("compressionLevel"), 0); // both bounds are 0
     format.fill();
-    for (const auto& [set, level] : {std::pair{0, 2},
-                                     {2, 2},
-                                     {9, 9},
-                                     {10, 9},
-                                     {0xFFFE, 9},
-                                     {0xFFFF, 5},
-                                     {-1, 5},
-                                     {0x10003, 3},
-                                     {0, 2}}) {
+    constexpr std::pair<int, int> levels[] = {{0, 2},      {2, 2},      {9, 9},  {10, 9},
+                                              {0xFFFE, 9}, {0xFFFF, 5}, {-1, 5}, {0x10003, 3}};
+    for (const auto& [set, level] : levels) {
         EXPECT_TRUE(format.setInteger("compressionLevel", set));
         EXPECT_EQ(format.integer("compressionLevel"), level) << set;
     }

@@ -1,8 +1,8 @@
 #include "support/cabinet_writer.h"
 
+#include "support/zlib_streams.h"
+
 #include <algorithm>
-#include <stdexcept>
-#include <zlib.h>
 
 namespace support {
 
@@ -15,23 +15,19 @@ std::string number(std::uint64_t value, unsigned size) {
     return bytes;
 }
 
-std::uint32_t byte_at(std::string_view bytes, std::size_t place) {
-    return static_cast<unsigned char>(bytes[place]);
-}
-
 /// Words as they stand, byte by byte.
 std::uint32_t checksum_of(std::string_view bytes) {
     std::uint32_t sum = 0;
     for (std::size_t i = 0; i < bytes.size(); ++i)
-        sum ^= byte_at(bytes, i) << (8 * (i % 4));
+        sum ^= std::uint32_t{static_cast<unsigned char>(bytes[i])} << (8 * (i % 4));
     return sum;
 }
 
 /// What is left of a block behind its last whole word, read as one number with its first byte on top.
 std::uint32_t tail_of(std::string_view bytes) {
     std::uint32_t tail = 0;
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        tail = tail << 8 | byte_at(bytes, i);
+    for (const char byte : bytes)
+        tail = tail << 8 | static_cast<unsigned char>(byte);
     return tail;
 }
 
@@ -140,32 +136,6 @@ folder_record& cabinet::last_folder() {
     return folders.empty() ? folders.emplace_back() : folders.back();
 }
 
-cabinet& cabinet::folder(std::uint16_t compression) {
-    folders.emplace_back().compression = compression;
-    return *this;
-}
-
-cabinet& cabinet::file(const std::string& name, std::string_view content) {
-    folder_record& into = last_folder();
-    file_record& record = files.emplace_back();
-    record.name = name;
-    record.size = static_cast<std::uint32_t>(content.size());
-    record.folder_offset = static_cast<std::uint32_t>(into.content.size());
-    record.folder_index = static_cast<std::uint16_t>(folders.size() - 1);
-    into.content += content;
-    return *this;
-}
-
-cabinet& cabinet::file(const file_record& record) {
-    files.push_back(record);
-    return *this;
-}
-
-cabinet& cabinet::block(const block_record& record) {
-    last_folder().blocks.push_back(record);
-    return *this;
-}
-
 std::string cabinet::bytes() const {
     const auto made = make(*this);
     return made.header + made.folders + made.files + made.data;
@@ -187,24 +157,10 @@ std::string flip(std::string bytes, std::size_t place, int mask) {
 
 std::function<std::string(std::string_view)> mszip_encoder(int level) {
     return [level, history = std::string()](std::string_view piece) mutable {
-        z_stream deflater{};
-        if (deflateInit2(&deflater, level, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK)
-            throw std::runtime_error("deflateInit2");
-        deflateSetDictionary(&deflater, reinterpret_cast<const Bytef*>(history.data()),
-                             static_cast<uInt>(history.size()));
-        std::string packed(deflateBound(&deflater, static_cast<uLong>(piece.size())), '\0');
-        deflater.next_in = reinterpret_cast<z_const Bytef*>(const_cast<char*>(piece.data()));
-        deflater.avail_in = static_cast<uInt>(piece.size());
-        deflater.next_out = reinterpret_cast<Bytef*>(packed.data());
-        deflater.avail_out = static_cast<uInt>(packed.size());
-        const bool done = deflate(&deflater, Z_FINISH) == Z_STREAM_END;
-        packed.resize(deflater.total_out);
-        deflateEnd(&deflater);
-        if (!done)
-            throw std::runtime_error("deflate");
-        history = (history + std::string(piece));
+        auto packed = "CK" + zlib_streams::compress(piece, level, zlib_streams::standard, history);
+        history += piece;
         history.erase(0, history.size() - std::min<std::size_t>(history.size(), 32768));
-        return "CK" + packed;
+        return packed;
     };
 }
 

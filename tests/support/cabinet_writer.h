@@ -104,13 +104,31 @@ std::string bytes_of(const block_record& block, unsigned reserve_size = 0);
 class cabinet {
 public:
     /// Begins a folder; the files and blocks that follow go into it. Without it there is one stored folder.
-    cabinet& folder(std::uint16_t compression);
+    cabinet& folder(std::uint16_t compression) {
+        folders.emplace_back().compression = compression;
+        return *this;
+    }
     /// Adds `content` to the last folder and a record that fits it.
-    cabinet& file(const std::string& name, std::string_view content);
+    cabinet& file(const std::string& name, std::string_view content) {
+        folder_record& into = last_folder();
+        file_record& record = files.emplace_back();
+        record.name = name;
+        record.size = static_cast<std::uint32_t>(content.size());
+        record.folder_offset = static_cast<std::uint32_t>(into.content.size());
+        record.folder_index = static_cast<std::uint16_t>(folders.size() - 1);
+        into.content += content;
+        return *this;
+    }
     /// Adds the record alone.
-    cabinet& file(const file_record& record);
+    cabinet& file(const file_record& record) {
+        files.push_back(record);
+        return *this;
+    }
     /// Adds a block to the last folder.
-    cabinet& block(const block_record& record);
+    cabinet& block(const block_record& record) {
+        last_folder().blocks.push_back(record);
+        return *this;
+    }
 
     std::string bytes() const;
     /// The header record alone, with reserve and names; it states the sizes of the whole cabinet.

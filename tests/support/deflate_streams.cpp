@@ -27,41 +27,10 @@ bit_writer& bit_writer::code(std::uint32_t value, unsigned count) {
 }
 
 bit_writer& bit_writer::fixed(unsigned symbol) {
-    if (symbol < 144)
-        return code(0x30 + symbol, 8);
-    if (symbol < 256)
-        return code(0x190 + symbol - 144, 9);
-    if (symbol < 280)
-        return code(symbol - 256, 7);
-    return code(0xC0 + symbol - 280, 8);
-}
-
-bit_writer& bit_writer::align() {
-    used = 8;
-    return *this;
-}
-
-bit_writer& bit_writer::raw(std::string_view more) {
-    bytes += more;
-    return *this;
-}
-
-unsigned memory_input::read(char* buffer, unsigned length) {
-    const auto came = static_cast<unsigned>(bytes.copy(buffer, std::min(length, piece), next));
-    next += came;
-    return came;
-}
-
-bool memory_input::seek(std::uint64_t value) {
-    if (value > bytes.size())
-        return false;
-    next = value;
-    return true;
-}
-
-void memory_output::write(const char* buffer, unsigned length) {
-    bytes.append(buffer, length);
-    ++writes;
+    return symbol < 144   ? code(0x30 + symbol, 8)
+           : symbol < 256 ? code(0x190 + symbol - 144, 9)
+           : symbol < 280 ? code(symbol - 256, 7)
+                          : code(0xC0 + symbol - 280, 8);
 }
 
 outcome decode(std::string_view source, bool exact_only, const settings& how) {

@@ -3,6 +3,7 @@
 #include "stream/nio_input.h"
 #include "stream/nio_output.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -21,9 +22,9 @@ public:
     bit_writer& fixed(unsigned symbol);
     bit_writer& fixed_distance(unsigned symbol) { return code(symbol, 5); }
     /// Zeros up to a byte boundary.
-    bit_writer& align();
+    bit_writer& align() { return used = 8, *this; }
     /// Appends whole bytes; the writer must stand on a byte boundary.
-    bit_writer& raw(std::string_view more);
+    bit_writer& raw(std::string_view more) { return bytes += more, *this; }
 
     std::string bytes;
 
@@ -36,9 +37,13 @@ class memory_input : public nio::input {
 public:
     explicit memory_input(std::string_view source, unsigned most = ~0u) : bytes(source), piece(most) {}
 
-    unsigned read(char* buffer, unsigned length) override;
+    unsigned read(char* buffer, unsigned length) override {
+        const auto came = bytes.copy(buffer, std::min(length, piece), next);
+        next += came;
+        return static_cast<unsigned>(came);
+    }
     std::uint64_t tell() const override { return next; }
-    bool seek(std::uint64_t value) override;
+    bool seek(std::uint64_t value) override { return value <= bytes.size() && (next = value, true); }
 
 private:
     std::string_view bytes;
@@ -48,7 +53,7 @@ private:
 
 class memory_output : public nio::output {
 public:
-    void write(const char* buffer, unsigned length) override;
+    void write(const char* buffer, unsigned length) override { bytes.append(buffer, length), ++writes; }
     void finish() override { ++finished; }
 
     std::string bytes;

@@ -1,6 +1,5 @@
 #include "support/memory_host.h"
 
-#include "outside/shell/file_identity.h"
 #include "support/memory_streams.h"
 
 #include <algorithm>
@@ -12,8 +11,7 @@ using pattern::AcquiredPtr;
 
 namespace {
 
-class node_output : public stream::output {
-public:
+struct node_output : memory_output {
     node_output(memory_host& owner, node_ptr written) : host(owner), node(std::move(written)) {
         node->bytes.clear();
     }
@@ -22,20 +20,18 @@ public:
 
     void write(const char* buffer, unsigned length) override {
         host.step("write " + node->name);
-        node->bytes.append(buffer, length);
+        memory_output::write(buffer, length);
+        node->bytes = bytes;
     }
     void write(char byte) override { write(&byte, 1); }
-    std::uint64_t tell() const override { return node->bytes.size(); }
 
-private:
     memory_host& host;
     node_ptr node;
 };
 
 /// Walks the children that there were when it was made.
 template<class T>
-class node_iterator : public pattern::Iterator<T> {
-public:
+struct node_iterator : pattern::Iterator<T> {
     node_iterator(memory_host& owner, const node_ptr& node, harbor6::Archive* archive)
         : host(owner), children(node->children), around(archive) {}
 
@@ -44,7 +40,6 @@ public:
     bool isDone() const override { return at >= children.size(); }
     T current() override { return host.item(children[at], around); }
 
-private:
     memory_host& host;
     std::vector<node_ptr> children;
     harbor6::Archive* around;
@@ -81,10 +76,6 @@ void list(const memory_node& node, const std::string& prefix, std::vector<std::s
 
 } // namespace
 
-std::string name_of(const harbor6::Attributes& item) {
-    return item.string(harbor6::key::name);
-}
-
 memory_node& memory_node::file(const std::string& name_, const std::string& content) {
     auto& made = add(shared_from_this(), name_, false);
     made.bytes = content;
@@ -95,16 +86,9 @@ memory_node& memory_node::dir(const std::string& name_) {
     return add(shared_from_this(), name_, true);
 }
 
-node_item::node_item(memory_host& owner, node_ptr shown, harbor6::Archive* archive)
-    : host(owner), node(std::move(shown)), around(archive) {}
-
 harbor6::Folder* node_item::acquireParent() {
     const auto parent = node->parent.lock();
     return parent ? new memory_folder(host, parent, around) : nullptr;
-}
-
-bool node_item::isCreated() {
-    return node->created;
 }
 
 void node_item::create() {
@@ -120,60 +104,14 @@ void node_item::erase() {
         std::erase(parent->children, node);
 }
 
-harbor6::Archive* node_item::archive() {
-    return around;
-}
-
 const harbor6::Format& node_item::format() const {
     return around ? const_cast<const harbor6::Archive*>(around)->format() : host.plain;
-}
-
-harbor6::Format& node_item::format() {
-    return const_cast<harbor6::Format&>(const_cast<const node_item*>(this)->format());
 }
 
 void node_item::commitItem() {
     host.step("commit " + node->name);
     ++node->commits;
     attach(node);
-}
-
-void node_item::destroy() {
-    delete this;
-}
-
-std::uint64_t node_item::position() {
-    return reinterpret_cast<std::uintptr_t>(node.get());
-}
-
-bool node_item::hasBoolean(const std::string& key) const {
-    return node->flags.count(key) || Item::hasBoolean(key);
-}
-
-bool node_item::getBoolean(const std::string& key, bool& value) const {
-    if (key == harbor6::key::symLink)
-        return value = node->link, true;
-    const auto flag = node->flags.find(key);
-    if (flag == node->flags.end())
-        return Item::getBoolean(key, value);
-    value = flag->second;
-    return true;
-}
-
-bool node_item::setBoolean(const std::string& key, bool value) {
-    node->flags[key] = value;
-    return true;
-}
-
-bool node_item::hasString(const std::string& key) const {
-    return key == harbor6::key::name || Item::hasString(key);
-}
-
-bool node_item::getString(const std::string& key, std::string& value) const {
-    if (key != harbor6::key::name)
-        return Item::getString(key, value);
-    value = node->name;
-    return true;
 }
 
 bool node_item::setString(const std::string& key, const std::string& value) {
@@ -191,49 +129,6 @@ bool node_item::setString(const std::string& key, const std::string& value) {
     return true;
 }
 
-bool node_item::hasTime(const std::string& key) const {
-    return node->times.count(key) != 0;
-}
-
-bool node_item::getTime(const std::string& key, any::time& value) const {
-    const auto time = node->times.find(key);
-    if (time == node->times.end())
-        return false;
-    value = time->second;
-    return true;
-}
-
-bool node_item::setTime(const std::string& key, const any::time& value) {
-    node->times[key] = value;
-    return true;
-}
-
-bool node_item::hasInteger(const std::string& key) const {
-    return (!node->folder && key == harbor6::key::uncompressedSize) || Item::hasInteger(key);
-}
-
-bool node_item::getInteger(const std::string& key, std::int64_t& value) const {
-    if (node->folder || key != harbor6::key::uncompressedSize)
-        return Item::getInteger(key, value);
-    value = static_cast<std::int64_t>(node->bytes.size());
-    return true;
-}
-
-bool node_item::getStructure(const std::string& key, un::structure& value) const {
-    auto* const place =
-        key == harbor6::key::fsSpec && node->created ? dynamic_cast<fs::Spec*>(&value) : nullptr;
-    if (place)
-        place->node = reinterpret_cast<std::uintptr_t>(node.get());
-    return place != nullptr;
-}
-
-void node_item::populateIndex() const {
-    Item::populateIndex();
-    index()[harbor6::key::name] = harbor6::key_id::name;
-    index()[harbor6::key::modTime] = harbor6::key_id::modTime;
-    index()[harbor6::key::createTime] = 4;
-}
-
 harbor6::data::CountedInput memory_fork::input(bool /*expanding*/) const {
     const auto& item = dynamic_cast<node_item&>(*owner);
     item.host.step("read " + item.node->name);
@@ -246,12 +141,6 @@ harbor6::data::CountedOutput memory_fork::output(bool /*expanding*/) {
     attach(item.node);
     return harbor6::data::CountedOutput(new node_output(item.host, item.node));
 }
-
-memory_file::memory_file(memory_host& owner, node_ptr shown, harbor6::Archive* archive)
-    : node_item(owner, std::move(shown), archive), fork(this) {}
-
-memory_folder::memory_folder(memory_host& owner, node_ptr shown, harbor6::Archive* archive)
-    : node_item(owner, std::move(shown), archive) {}
 
 std::unique_ptr<pattern::Iterator<Item*>> memory_folder::createIterator() {
     return std::make_unique<node_iterator<Item*>>(host, node, around);
@@ -271,83 +160,13 @@ harbor6::Folder* memory_folder::_newFolder() {
     return new memory_folder(host, new_node(node, true), around);
 }
 
-bool recording_client::ask(question asked, const std::string& target) {
-    const auto place = log.size();
-    if (const auto reaction = on.find(asked.text); reaction != on.end())
-        reaction->second(asked);
-    const bool yes = !declined.count(asked.text);
-    log.insert(place, asked.text + (target.empty() ? "" : " -> " + target) + (yes ? ": yes\n" : ": no\n"));
-    return yes;
+void test_archive::note(const std::string& step) {
+    host.log += "  " + step + "\n";
+    host.step(step);
 }
-
-bool recording_client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* wants_expansion,
-                                  const harbor6::Format** format) {
-    *wants_expansion = expanded.count(name_of(file)) != 0;
-    return ask({.text = "sourceFile " + name_of(file), .format = format}, name_of(target));
-}
-
-bool recording_client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
-    return ask({.text = "sourceArchive " + name_of(archive), .archive = &archive}, name_of(target));
-}
-
-void recording_client::sourceArchiveDone(harbor6::Archive& archive) {
-    log += "sourceArchiveDone " + name_of(archive) + "\n";
-}
-
-bool recording_client::sourceFolder(const harbor6::Folder& source, harbor6::Folder& target) {
-    return ask({.text = "sourceFolder " + name_of(source)}, name_of(target));
-}
-
-bool recording_client::targetFile(const harbor6::File& source, harbor6::File& newFile,
-                                  harbor6::Folder& target) {
-    const auto renamed = name_of(newFile) == name_of(source) ? "" : " as " + name_of(newFile);
-    return ask({.text = "targetFile " + name_of(source)}, name_of(target) + renamed);
-}
-
-void recording_client::targetFileReady(const harbor6::File& source, harbor6::File& /*newFile*/) {
-    log += "targetFileReady " + name_of(source) + "\n";
-}
-
-bool recording_client::targetFolder(harbor6::Folder& newFolder, harbor6::Folder& parent,
-                                    const harbor6::Folder* source) {
-    return ask({.text = "targetFolder " + name_of(newFolder)},
-               name_of(parent) + (source ? " from " + name_of(*source) : ""));
-}
-
-bool recording_client::targetNameConflict(std::string& name, Item& /*existing*/, bool folders,
-                                          const harbor6::Attributes& /*model*/,
-                                          AcquiredPtr<harbor6::Folder>* target) {
-    return ask({.text = "conflict " + name, .name = &name, .target = target},
-               (target ? name_of(**target) : std::string("here")) + (folders ? " folders" : ""));
-}
-
-void recording_client::itemFailed(std::uint32_t code, const Item& source, Item& /*target*/) {
-    log += "itemFailed " + std::to_string(code) + " " + name_of(source) + "\n";
-}
-
-test_archive::test_archive(memory_host& owner, const harbor6::Format& format, Item& item, unsigned mode,
-                           node_ptr walked)
-    : SuperArchive(format, item, mode), host(owner), content(std::move(walked)) {}
-
-test_archive::~test_archive() = default;
 
 void test_archive::setArchiveFile(const harbor6::Attributes* attributes) {
     host.log += "  receives " + (attributes ? name_of(*attributes) : "anything") + "\n";
-}
-
-void test_archive::beginExtraction() {
-    host.log += "  begin\n";
-    host.step("begin");
-}
-
-void test_archive::endExtraction() {
-    host.log += "  end\n";
-    host.step("end");
-}
-
-void test_archive::abortExtraction() {
-    host.log += "  abort\n";
-    host.step("abort");
 }
 
 std::unique_ptr<pattern::Iterator<Item*>> test_archive::createIterator() {
@@ -418,10 +237,6 @@ memory_host::memory_host() {
     tree_root->folder = sources->folder = tree_root->created = sources->created = true;
 }
 
-AcquiredPtr<memory_folder> memory_host::folder(memory_node& node) {
-    return AcquiredPtr(new memory_folder(*this, node.shared_from_this()));
-}
-
 Item* memory_host::item(const node_ptr& node, harbor6::Archive* around) {
     if (node->folder)
         return new memory_folder(*this, node, around);
@@ -442,22 +257,9 @@ std::string memory_host::tree() const {
     return text;
 }
 
-std::string memory_host::transcript() {
-    return std::exchange(log, {});
-}
-
 void memory_host::step(const std::string& what) {
     if (trap)
         trap(what);
-}
-
-harbor6::Archive* memory_host::registry::acquireStreamArchive(harbor6::File& file) {
-    return claim("classify stream ", file);
-}
-
-harbor6::Archive* memory_host::registry::acquireFileArchive(harbor6::File& file, std::uint32_t /*a*/,
-                                                            std::uint32_t /*b*/, std::uint32_t /*c*/) {
-    return claim("classify file ", file);
 }
 
 harbor6::Archive* memory_host::registry::claim(const std::string& question, harbor6::File& file) {

@@ -37,12 +37,7 @@ public:
 
     using stream::input::read;
 
-    bool seek(std::uint64_t value) override {
-        const bool inside = value <= text.size();
-        if (inside)
-            place = value;
-        return inside;
-    }
+    bool seek(std::uint64_t value) override { return value <= text.size() && (place = value, true); }
     std::uint64_t size() const override { return text.size(); }
 
 protected:

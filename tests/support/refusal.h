@@ -6,7 +6,8 @@
 
 namespace support {
 
-/// What `act` raises, as "reporting class: message", with "crc " in front of a checksum's; "" for nothing.
+/// What `act` raises, as "reporting class: message", with "crc " in front of a checksum's, or the text alone;
+/// "" for nothing.
 template<class Act>
 std::string refusal_of(Act act) {
     try {
@@ -15,6 +16,8 @@ std::string refusal_of(Act act) {
         return "crc " + failure.reporting_class() + ": " + failure.message();
     } catch (const un::exception& failure) {
         return failure.reporting_class() + ": " + failure.message();
+    } catch (const std::exception& failure) {
+        return failure.what();
     }
     return "";
 }

@@ -1,10 +1,9 @@
 #include "support/zlib_streams.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <random>
 #include <stdexcept>
+#include <zlib.h>
 
 namespace zlib_streams {
 
@@ -13,28 +12,33 @@ static_assert(standard == Z_DEFAULT_STRATEGY && filtered == Z_FILTERED && huffma
 
 namespace {
 
-Bytef* zlib_bytes(std::string_view text) {
-    return reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+/// zlib's state, told where to read and where to write.
+z_stream between(std::string_view source, std::string& target) {
+    z_stream z{};
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(source.data()));
+    z.avail_in = static_cast<uInt>(source.size());
+    z.next_out = reinterpret_cast<Bytef*>(target.data());
+    z.avail_out = static_cast<uInt>(target.size());
+    return z;
+}
+
+void need(bool done) {
+    if (!done)
+        throw std::runtime_error("zlib");
 }
 
 } // namespace
 
 std::string compress(std::string_view data, int level, strategy how, std::string_view dictionary) {
-    z_stream z{};
-    if (deflateInit2(&z, level, Z_DEFLATED, -15, 8, how) != Z_OK)
-        throw std::runtime_error("deflateInit2");
+    std::string stream(data.size() + data.size() / 8 + 100, '\0');
+    z_stream z = between(data, stream);
+    need(deflateInit2(&z, level, Z_DEFLATED, -15, 8, how) == Z_OK);
     if (!dictionary.empty())
-        deflateSetDictionary(&z, zlib_bytes(dictionary), static_cast<uInt>(dictionary.size()));
-    std::string stream(deflateBound(&z, static_cast<uLong>(data.size())) + 16, '\0');
-    z.next_in = zlib_bytes(data);
-    z.avail_in = static_cast<uInt>(data.size());
-    z.next_out = zlib_bytes(stream);
-    z.avail_out = static_cast<uInt>(stream.size());
-    const int result = ::deflate(&z, Z_FINISH);
+        deflateSetDictionary(&z, reinterpret_cast<const Bytef*>(dictionary.data()),
+                             static_cast<uInt>(dictionary.size()));
+    need(::deflate(&z, Z_FINISH) == Z_STREAM_END);
     stream.resize(z.total_out);
     deflateEnd(&z);
-    if (result != Z_STREAM_END)
-        throw std::runtime_error("deflate");
     return stream;
 }
 
@@ -71,16 +75,13 @@ std::string noise(std::size_t size, unsigned seed) {
 }
 
 answer decompress(std::string_view stream) {
-    z_stream z{};
-    if (inflateInit2(&z, -15) != Z_OK)
-        throw std::runtime_error("inflateInit2");
-    z.next_in = zlib_bytes(stream);
-    z.avail_in = static_cast<uInt>(stream.size());
-    answer found{false, {}, 0};
     std::string piece(65536, '\0');
+    z_stream z = between(stream, piece);
+    need(inflateInit2(&z, -15) == Z_OK);
+    answer found{false, {}, 0};
     int result = Z_OK;
     while (result == Z_OK) {
-        z.next_out = zlib_bytes(piece);
+        z.next_out = reinterpret_cast<Bytef*>(piece.data());
         z.avail_out = static_cast<uInt>(piece.size());
         result = inflate(&z, Z_NO_FLUSH);
         found.bytes.append(piece, 0, piece.size() - z.avail_out);

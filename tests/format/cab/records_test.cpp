@@ -87,14 +87,6 @@ TEST(DataHeader, TestsEveryByteBehindTheChecksumAndHandsThePayloadBack) {
     }
 }
 
-TEST(DataHeader, FoldsTheTailWithItsLastByteLowest) {
-    memory_input input(bytes_of({.payload = "\x11\x22\x33", .checksum = 0x00122230}));
-    data_header block;
-    EXPECT_EQ(block.read(input, true), 8u);
-    EXPECT_EQ(block.computed_checksum, 0x00122230u);
-    EXPECT_TRUE(block.is_valid());
-}
-
 TEST(DataHeader, FillsUpWhatTheStreamDoesntHold) {
     memory_input full(bytes_of({.payload = std::string(11, 'x'), .checksum = 0}));
     memory_input cut(support::cut(bytes_of({.payload = "abcdefghijk", .checksum = 0}), 13));

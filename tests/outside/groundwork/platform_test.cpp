@@ -1,14 +1,12 @@
 #include "outside/groundwork/platform.h"
 
-#include "support/job.h"
-
 #include "concurrency/event.h"
 #include "concurrency/thread.h"
 #include "outside/groundwork/exception.h"
-
-#include <gtest/gtest.h>
+#include "support/job.h"
 
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
