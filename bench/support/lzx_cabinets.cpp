@@ -87,14 +87,14 @@ std::string lzx_cabinet(const std::string& kind) {
     return path;
 }
 
-lzx_cabinet lzx_read_cabinet(const std::string& path) {
+lzx_content lzx_read_cabinet(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(in), {}};
-    lzx_cabinet cabinet;
+    lzx_content cabinet;
     const auto folder_count = little(bytes, 26, 2);
     for (std::size_t i = 0; i < folder_count; ++i) {
         const std::size_t record = 36 + 8 * i;
-        lzx_cabinet::folder folder{little(bytes, record + 7, 1), {}};
+        lzx_content::folder folder{little(bytes, record + 7, 1), {}};
         std::size_t at = little(bytes, record, 4);
         for (auto blocks = little(bytes, record + 4, 2); blocks > 0; --blocks) {
             const auto size = little(bytes, at + 4, 2);

@@ -14,7 +14,7 @@ namespace yardstick {
 std::string lzx_cabinet(const std::string& kind);
 
 /// A cabinet whose folders are all LZX and whose records have no reserve.
-struct lzx_cabinet {
+struct lzx_content {
     struct file {
         std::string name;
         std::uint32_t size, offset, folder;
@@ -27,5 +27,5 @@ struct lzx_cabinet {
     std::vector<file> files;
 };
 
-lzx_cabinet lzx_read_cabinet(const std::string& path);
+lzx_content lzx_read_cabinet(const std::string& path);
 } // namespace yardstick
