@@ -53,7 +53,8 @@ private:
 
     std::uint32_t hash(std::uint32_t at) const {
         const auto* p = reinterpret_cast<const unsigned char*>(bytes.data()) + at;
-        return (p[0] | p[1] << 8 | static_cast<std::uint32_t>(p[2]) << 16) * 0x9E3779B1u >> (32 - hash_bits);
+        return (std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16) * 0x9E3779B1u >>
+               (32 - hash_bits);
     }
 
     void insert(std::uint32_t at) {

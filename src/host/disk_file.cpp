@@ -32,14 +32,14 @@ std::optional<std::time_t> local_moment(const fs::time& time) {
 harbor6::data::CountedInput DiskFork::input(bool /*expanding*/) const {
     if (!owner.stands())
         return {};
-    auto file = owner.session.target.open_file(owner.folder(), owner.name());
+    auto file = owner.expansion.target.open_file(owner.folder(), owner.name());
     return harbor6::data::CountedInput(std::make_unique<storage_input>(std::move(file), owner.path()));
 }
 
 harbor6::data::random::CountedInput DiskFork::randomInput(bool /*expanding*/, bool /*shared*/) const {
     if (!owner.stands())
         return {};
-    auto file = owner.session.target.open_file(owner.folder(), owner.name());
+    auto file = owner.expansion.target.open_file(owner.folder(), owner.name());
     return harbor6::data::random::CountedInput(
         std::make_unique<disk_random_input>(std::move(file), owner.path()));
 }
@@ -57,21 +57,21 @@ harbor6::data::random::CountedOutput DiskFork::randomOutput(bool /*expanding*/) 
     return harbor6::data::random::CountedOutput(std::make_unique<disk_random_output>(owner.transfer));
 }
 
-DiskFile::DiskFile(disk_session& shared, std::shared_ptr<const std::string> folder)
-    : state(nameless), session(shared), folder_path(std::move(folder)), fork(*this) {}
+DiskFile::DiskFile(disk_expansion& shared, std::shared_ptr<const std::string> folder)
+    : state(nameless), expansion(shared), folder_path(std::move(folder)), fork(*this) {}
 
-DiskFile::DiskFile(disk_session& shared, std::shared_ptr<const std::string> folder, std::string name,
+DiskFile::DiskFile(disk_expansion& shared, std::shared_ptr<const std::string> folder, std::string name,
                    bool regular)
-    : state(regular ? existing : existing_other), session(shared), folder_path(std::move(folder)),
+    : state(regular ? existing : existing_other), expansion(shared), folder_path(std::move(folder)),
       file_name(std::move(name)), fork(*this) {}
 
 DiskFile::~DiskFile() {
     if (promised)
-        session.forget(*this);
+        expansion.forget(*this);
     if (state == wanted)
-        session.log.missing(path());
+        expansion.log.missing(path());
     else if (state == writing)
-        session.log.unfinished(path(), transfer->watch.counted(), transfer->failed_write());
+        expansion.log.unfinished(path(), transfer->watch.counted(), transfer->failed_write());
 }
 
 void DiskFile::destroy() {
@@ -79,11 +79,11 @@ void DiskFile::destroy() {
 }
 
 const harbor6::Format& DiskFile::format() const {
-    return session.format;
+    return expansion.format;
 }
 
 harbor6::Format& DiskFile::format() {
-    return session.format;
+    return expansion.format;
 }
 
 bool DiskFile::isCreated() {
@@ -91,7 +91,7 @@ bool DiskFile::isCreated() {
 }
 
 harbor6::Folder* DiskFile::acquireParent() {
-    return new DiskFolder(session, folder_path, {});
+    return new DiskFolder(expansion, folder_path, {});
 }
 
 void DiskFile::erase() {
@@ -100,7 +100,7 @@ void DiskFile::erase() {
         transfer.reset();
         state = settled;
     } else if (state != settled || made) {
-        session.target.remove_file(folder(), name());
+        expansion.target.remove_file(folder(), name());
         made = false;
     }
 }
@@ -115,11 +115,11 @@ bool DiskFile::begin() {
     if (state != wanted)
         return false;
     try {
-        transfer = std::make_shared<disk_transfer>(session.target, folder(), name(), replacing);
+        transfer = std::make_shared<disk_transfer>(expansion.target, folder(), name(), replacing);
         state = writing;
     } catch (const disk_obstacle& obstacle) {
         state = settled;
-        session.log.refused(path(), obstacle.message());
+        expansion.log.refused(path(), obstacle.message());
     }
     return state == writing;
 }
@@ -133,12 +133,12 @@ void DiskFile::commitItem() {
         try {
             transfer->finish(modified);
             made = true;
-            session.log.done(path(), written);
+            expansion.log.done(path(), written);
         } catch (const un::exception& failure) {
-            session.log.unfinished(path(), written, failure.message());
+            expansion.log.unfinished(path(), written, failure.message());
         }
     } else {
-        session.log.unfinished(path(), written, transfer->failed_write());
+        expansion.log.unfinished(path(), written, transfer->failed_write());
     }
     transfer.reset();
 }
@@ -173,9 +173,9 @@ bool DiskFile::setString(const std::string& key, const std::string& value) {
         return false;
     if (stands()) {
         if (value != name())
-            session.target.rename(path(), disk_target::join(folder(), value), false);
+            expansion.target.rename(path(), disk_target::join(folder(), value), false);
         if (promised)
-            session.forget(*this);
+            expansion.forget(*this);
         promised = false;
         file_name = value;
         return true;
@@ -184,8 +184,8 @@ bool DiskFile::setString(const std::string& key, const std::string& value) {
         return false;
     file_name = value;
     state = wanted;
-    replacing = session.take_replaceable(folder(), value);
-    promised = session.promise(*this);
+    replacing = expansion.take_replaceable(folder(), value);
+    promised = expansion.promise(*this);
     return true;
 }
 
@@ -198,7 +198,7 @@ bool DiskFile::setTime(const std::string& key, const any::time& value) {
 
 bool DiskFile::getStructure(const std::string& key, un::structure& value) const {
     auto* const which = key == key::fsSpec ? dynamic_cast<fs::Spec*>(&value) : nullptr;
-    const auto mine = which ? session.target.identity(folder(), name()) : std::nullopt;
+    const auto mine = which ? expansion.target.identity(folder(), name()) : std::nullopt;
     if (mine)
         *which = *mine;
     return mine.has_value();

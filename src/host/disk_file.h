@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/disk_session.h"
+#include "host/disk_expansion.h"
 #include "host/disk_transfer.h"
 #include "model/file.h"
 #include "outside/shell/fork.h"
@@ -32,9 +32,9 @@ private:
 class DiskFile : public harbor6::File {
 public:
     /// A file to be made in `folder`; it gets its name as an attribute, once.
-    DiskFile(disk_session& session, std::shared_ptr<const std::string> folder);
+    DiskFile(disk_expansion& expansion, std::shared_ptr<const std::string> folder);
     /// What stands there under `name`.
-    DiskFile(disk_session& session, std::shared_ptr<const std::string> folder, std::string name,
+    DiskFile(disk_expansion& expansion, std::shared_ptr<const std::string> folder, std::string name,
              bool regular);
     ~DiskFile() override;
 
@@ -42,7 +42,7 @@ public:
     const std::string& name() const { return file_name; }
     std::string path() const { return disk_target::join(folder(), name()); }
     /// Whether this stands for a plain file, and not a link or a device.
-    disk_session& shared() const { return session; }
+    disk_expansion& shared() const { return expansion; }
     bool isRegular() const { return state != existing_other; }
 
     void destroy() override;
@@ -87,7 +87,7 @@ private:
     bool made = false; ///< it was brought to its end here
     bool replacing = false;
     bool promised = false;
-    disk_session& session;
+    disk_expansion& expansion;
     std::shared_ptr<const std::string> folder_path;
     std::string file_name;
     std::optional<std::time_t> modified;

@@ -28,18 +28,18 @@ private:
 
 } // namespace
 
-DiskFolder::DiskFolder(disk_session& shared_session)
-    : session(shared_session), folder_path(std::make_shared<const std::string>()) {}
+DiskFolder::DiskFolder(disk_expansion& shared_expansion)
+    : expansion(shared_expansion), folder_path(std::make_shared<const std::string>()) {}
 
-DiskFolder::DiskFolder(disk_session& shared_session, std::shared_ptr<const std::string> path,
+DiskFolder::DiskFolder(disk_expansion& shared_expansion, std::shared_ptr<const std::string> path,
                        std::string reason)
-    : session(shared_session), folder_path(std::move(path)), obstacle(std::move(reason)) {}
+    : expansion(shared_expansion), folder_path(std::move(path)), obstacle(std::move(reason)) {}
 
 void DiskFolder::make() {
-    if (!obstacle.empty() || session.target.recently_open(path()))
+    if (!obstacle.empty() || expansion.target.recently_open(path()))
         return;
     try {
-        session.target.make_folder(path());
+        expansion.target.make_folder(path());
     } catch (const disk_obstacle& reason) {
         obstacle = reason.message();
     }
@@ -58,15 +58,15 @@ void DiskFolder::destroy() {
 }
 
 const harbor6::Format& DiskFolder::format() const {
-    return session.format;
+    return expansion.format;
 }
 
 harbor6::Format& DiskFolder::format() {
-    return session.format;
+    return expansion.format;
 }
 
 bool DiskFolder::isCreated() {
-    return !obstacle.empty() || session.target.recently_open(path());
+    return !obstacle.empty() || expansion.target.recently_open(path());
 }
 
 void DiskFolder::create() {
@@ -74,25 +74,25 @@ void DiskFolder::create() {
 }
 
 void DiskFolder::commitItem() {
-    if (!session.folders_on_demand)
+    if (!expansion.folders_on_demand)
         make();
 }
 
 harbor6::Folder* DiskFolder::acquireParent() {
     if (path().empty())
         return nullptr;
-    return new DiskFolder(session, session.target.intern(nio::stem(path(), '/')), {});
+    return new DiskFolder(expansion, expansion.target.intern(nio::stem(path(), '/')), {});
 }
 
 void DiskFolder::erase() {
-    session.target.remove_folder(path());
+    expansion.target.remove_folder(path());
 }
 
 std::vector<pattern::AcquiredPtr<harbor6::Item>> DiskFolder::content() const {
     std::vector<pattern::AcquiredPtr<harbor6::Item>> items;
     if (!obstacle.empty())
         return items;
-    for (const auto& name : session.target.names(path()))
+    for (const auto& name : expansion.target.names(path()))
         if (auto* const item = const_cast<DiskFolder*>(this)->acquireItemFromName(name))
             items.emplace_back(item);
     return items;
@@ -114,18 +114,18 @@ harbor6::Item* DiskFolder::_adoptItem(harbor6::Item& item) {
     const auto from = file ? file->path() : folder->path();
     const auto name = nio::leaf(from, '/');
     const auto to = disk_target::join(path(), name);
-    session.target.rename(from, to, session.take_replaceable(path(), name));
-    session.log.moved(from, to);
+    expansion.target.rename(from, to, expansion.take_replaceable(path(), name));
+    expansion.log.moved(from, to);
     return acquireItemFromName(name);
 }
 
 disk_entry DiskFolder::look(const std::string& name) const {
-    if (!obstacle.empty() || !disk_target::refusal(name).empty() || session.is_replaceable(path(), name))
+    if (!obstacle.empty() || !disk_target::refusal(name).empty() || expansion.is_replaceable(path(), name))
         return disk_entry::none;
-    if (session.is_promised(path(), name))
+    if (expansion.is_promised(path(), name))
         return disk_entry::file;
     try {
-        return session.target.look(path(), name);
+        return expansion.target.look(path(), name);
     } catch (const disk_obstacle&) {
         // It can't be looked at, so it can't be made either, and whoever tries hears why.
         return disk_entry::none;
@@ -137,9 +137,9 @@ harbor6::Item* DiskFolder::acquireItemFromName(const std::string& name) {
     case disk_entry::none:
         return nullptr;
     case disk_entry::folder:
-        return new DiskFolder(session, session.target.intern(disk_target::join(path(), name)), {});
+        return new DiskFolder(expansion, expansion.target.intern(disk_target::join(path(), name)), {});
     default:
-        return new DiskFile(session, folder_path, name, entry == disk_entry::file);
+        return new DiskFile(expansion, folder_path, name, entry == disk_entry::file);
     }
 }
 
@@ -148,11 +148,11 @@ bool DiskFolder::hasItemNamed(const std::string& name) const {
 }
 
 harbor6::File* DiskFolder::_newFile() {
-    return new DiskFile(session, folder_path);
+    return new DiskFile(expansion, folder_path);
 }
 
 harbor6::Folder* DiskFolder::_newFolder() {
-    pattern::AcquiredPtr<DiskFolder> folder(new DiskFolder(session, folder_path, obstacle));
+    pattern::AcquiredPtr<DiskFolder> folder(new DiskFolder(expansion, folder_path, obstacle));
     folder->named = false;
     return folder.detach();
 }
@@ -175,8 +175,8 @@ bool DiskFolder::setString(const std::string& key, const std::string& value) {
         if (path().empty() || !obstacle.empty() || !disk_target::refusal(value).empty())
             return false;
         const auto moved = disk_target::join(nio::stem(path(), '/'), value);
-        session.target.rename(path(), moved, false);
-        folder_path = session.target.intern(moved);
+        expansion.target.rename(path(), moved, false);
+        folder_path = expansion.target.intern(moved);
         return true;
     }
     named = true;
@@ -189,13 +189,13 @@ bool DiskFolder::setString(const std::string& key, const std::string& value) {
     }
     if (const auto reason = disk_target::refusal(value); !reason.empty() && obstacle.empty())
         obstacle = "cannot use folder " + nio::printable(value) + ": " + reason;
-    folder_path = session.target.intern(disk_target::join(path(), value));
+    folder_path = expansion.target.intern(disk_target::join(path(), value));
     return true;
 }
 
 bool DiskFolder::getStructure(const std::string& key, un::structure& value) const {
     auto* const which = key == key::fsSpec ? dynamic_cast<fs::Spec*>(&value) : nullptr;
-    const auto mine = which && obstacle.empty() ? session.target.identity(path(), {}) : std::nullopt;
+    const auto mine = which && obstacle.empty() ? expansion.target.identity(path(), {}) : std::nullopt;
     if (mine)
         *which = *mine;
     return mine.has_value();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/disk_session.h"
+#include "host/disk_expansion.h"
 #include "host/target_folder.h"
 
 namespace host {
@@ -11,13 +11,13 @@ namespace host {
 /// into it.
 class DiskFolder : public TargetFolder {
 public:
-    explicit DiskFolder(disk_session& session);
-    DiskFolder(disk_session& session, std::shared_ptr<const std::string> path, std::string obstacle);
+    explicit DiskFolder(disk_expansion& expansion);
+    DiskFolder(disk_expansion& expansion, std::shared_ptr<const std::string> path, std::string obstacle);
 
     const std::string& path() const override { return *folder_path; }
     /// Makes the folder, if that isn't done yet.
     std::string refusal(const std::string& name) override;
-    disk_session& shared() const { return session; }
+    disk_expansion& shared() const { return expansion; }
 
     void destroy() override;
     const harbor6::Format& format() const override;
@@ -59,7 +59,7 @@ private:
     std::vector<pattern::AcquiredPtr<harbor6::Item>> content() const;
     void make();
 
-    disk_session& session;
+    disk_expansion& expansion;
     std::shared_ptr<const std::string> folder_path; ///< until it has a name, the parent's
     std::string obstacle;                           ///< why it can't be had; empty if it can
     bool named = true;

@@ -32,8 +32,8 @@ wrapper wrapper_for(const std::string& archive) {
 /// Lets an archive's only item take the place of the folder that was made for it.
 void promote(workplace& at, const std::string& name) {
     disk_target current(".", true);
-    disk_session session(current, at.items, at.log);
-    const pattern::AcquiredPtr<DiskFolder> top(new DiskFolder(session));
+    disk_expansion expansion(current, at.items, at.log);
+    const pattern::AcquiredPtr<DiskFolder> top(new DiskFolder(expansion));
     pattern::AcquiredPtr<harbor6::Item> result(top->acquireItemFromName(name));
     if (!result)
         return;
@@ -45,9 +45,9 @@ void expand_one(workplace& at, const std::string& archive) {
     const auto into = named_after ? wrapper_for(archive) : wrapper{at.chosen.target, false};
     // A link that stands where a new folder is expected leads somewhere the user never named.
     disk_target target(into.name, !named_after);
-    disk_session session(target, at.items, at.log);
-    session.folders_on_demand = !at.client.wanted.everything();
-    const pattern::AcquiredPtr<DiskFolder> top(new DiskFolder(session));
+    disk_expansion expansion(target, at.items, at.log);
+    expansion.folders_on_demand = !at.client.wanted.everything();
+    const pattern::AcquiredPtr<DiskFolder> top(new DiskFolder(expansion));
     const auto way = at.chosen.nested ? road::by_items : road::one_pass;
     const bool ended = run_pass(at.known, at.items, at.log, archive, *top, way);
     if (into.fresh && at.log.is_sound() && at.client.wanted.everything())

@@ -36,7 +36,7 @@ private:
 class DiskFolder : public testing::Test {
 protected:
     AcquiredPtr<harbor6::Folder> folder(const std::string& path) {
-        AcquiredPtr<harbor6::Folder> found(new host::DiskFolder(session));
+        AcquiredPtr<harbor6::Folder> found(new host::DiskFolder(expansion));
         for (std::size_t start = 0, end; start < path.size(); start = end + 1) {
             end = std::min(path.find('/', start), path.size());
             found = found->acquireCreatedFolder(path.substr(start, end - start));
@@ -68,7 +68,7 @@ protected:
     host::disk_target target{(place / "out").string(), true};
     recorder log;
     harbor6::Format format{nullptr};
-    host::disk_session session{target, format, log};
+    host::disk_expansion expansion{target, format, log};
 };
 
 TEST_F(DiskFolder, HoldsWhatWasCommittedAndNothingBefore) {
@@ -173,6 +173,25 @@ TEST_F(DiskFolder, KeepsFewDescriptorsOpen) {
         give(*each, "x", 1);
     EXPECT_LT(open_now(), 40);
     EXPECT_EQ(read_file(place.path / "out" / deep / "x"), "x");
+}
+
+TEST_F(DiskFolder, FilesGiveTheirForksToOneAnother) {
+    put("", "a", "bytes");
+    const AcquiredPtr<harbor6::Item> from(folder("")->acquireItemFromName("a"));
+    from->asFile()->testContents();
+    const auto to = file("d", "b");
+    from->asFile()->copyTo(*to);
+    EXPECT_EQ(log.take(), "a 5\nd/b 5\n");
+    EXPECT_EQ(read_file(place / "out/d/b"), "bytes");
+    // Moving is renaming, and what isn't wanted any more goes.
+    const auto top = folder("");
+    const AcquiredPtr<harbor6::Item> moved(top->acquireAdoptedItem(*to));
+    moved->setString("name", "c");
+    const AcquiredPtr<harbor6::Item> emptied(top->acquireItemFromName("d"));
+    emptied->erase();
+    EXPECT_EQ(tree(place / "out"), "a c ");
+    moved->erase();
+    EXPECT_EQ(tree(place / "out"), "a ");
 }
 
 TEST(DiskTarget, CanRefuseToBeALinkItself) {

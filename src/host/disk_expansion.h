@@ -13,9 +13,9 @@ namespace host {
 class DiskFile;
 
 /// What the folders and files of one expansion share. It outlives them all.
-class disk_session {
+class disk_expansion {
 public:
-    disk_session(disk_target& where, harbor6::Format& of_items, journal& told)
+    disk_expansion(disk_target& where, harbor6::Format& of_items, journal& told)
         : target(where), format(of_items), log(told) {}
 
     disk_target& target;
