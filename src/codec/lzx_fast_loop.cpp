@@ -223,15 +223,19 @@ void decompressor::run_fast_loop(std::uint32_t end) {
                      R0 | std::uint64_t{R1} << entry::offset_bits |
                          std::uint64_t{R2} << 2 * entry::offset_bits};
     bool room = true;
-    const auto take = [&](const std::uint64_t* token, const std::uint64_t* last, std::size_t stride) {
+    // `behind` is where the symbol behind `last` begins.
+    const auto take = [&](const std::uint64_t* token, const std::uint64_t* last, std::size_t stride,
+                          std::uint64_t behind) {
         const std::uint64_t* const done = carry_out(state, token, last, stride);
-        for (; token != done; token += stride)
-            at += *token & entry::bits_mask;
         room = done == last;
+        if (room)
+            at = behind;
+        for (; !room && token != done; token += stride)
+            at += *token & entry::bits_mask;
     };
     const auto alone = [&](unsigned count, std::uint64_t stop, std::uint64_t* out) {
-        read_alone<Aligned>(words, at, stop, out, count);
-        take(out, out + count, 1);
+        const std::uint64_t behind = read_alone<Aligned>(words, at, stop, out, count);
+        take(out, out + count, 1, behind);
         return count;
     };
 
@@ -274,7 +278,7 @@ void decompressor::run_fast_loop(std::uint32_t end) {
                 break;
             }
             count += static_cast<std::uint64_t>(s.last - token) / token_lanes;
-            take(token, s.last, token_lanes);
+            take(token, s.last, token_lanes, s.reached);
             if (!room || s.reached < s.stop)
                 break;
         }
