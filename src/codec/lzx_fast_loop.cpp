@@ -45,6 +45,10 @@ constexpr std::uint64_t usual_token_bits = 10;
 
 constexpr std::uint64_t offset_mask = (1u << entry::offset_bits) - 1;
 
+/// Of a literal's byte in its token.
+constexpr std::size_t byte_place =
+    std::endian::native == std::endian::little ? entry::byte_shift / 8 : 7 - entry::byte_shift / 8;
+
 constexpr std::size_t batch = 64; ///< tokens that are planned before they are copied
 
 /// Blocks below this size are not worth their tables.
@@ -157,7 +161,7 @@ const std::uint64_t* decompressor::carry_out(fast_state& state, const std::uint6
             // A condition would become a branch, and one that is foretold wrongly half of the time.
             const std::uint64_t literal = 0 - (now / entry::literal_flag & 1);
             const auto match_bytes = reinterpret_cast<std::uintptr_t>(base + ((ahead - offset) & mask));
-            const auto literal_byte = reinterpret_cast<std::uintptr_t>(token) + entry::byte_shift / 8;
+            const auto literal_byte = reinterpret_cast<std::uintptr_t>(token) + byte_place;
             m->from =
                 reinterpret_cast<const std::uint8_t*>(match_bytes ^ ((match_bytes ^ literal_byte) & literal));
             __builtin_prefetch(m->from);
