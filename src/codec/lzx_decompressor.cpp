@@ -58,8 +58,6 @@ void decompressor::load_frame(stream::input& input, std::uint32_t size) {
     std::memset(input_buffer.data() + came, 0, needed - came);
     input_position = input_buffer.data();
     input_limit = input_position + size + look_ahead;
-    if (fast)
-        fast->swapped_ready[0] = fast->swapped_ready[1] = false;
 }
 
 bool decompressor::decode_frame(std::uint32_t want) {

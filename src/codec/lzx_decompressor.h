@@ -10,6 +10,11 @@
 namespace algorithm::lzx {
 
 struct fast_tables;
+struct fast_state;
+struct token_stretch;
+
+/// How many chains of symbols the fast loop reads side by side.
+constexpr unsigned token_lanes = 4;
 
 /// How far behind the last word the limit lies: the bit buffer is always that much ahead.
 constexpr unsigned look_ahead = 4;
@@ -64,9 +69,19 @@ private:
     std::uint32_t use_offset(unsigned slot);
 
     void decode_fast(std::uint32_t end);
-    void exchange_bytes(std::vector<std::uint8_t>& swapped, unsigned parity) const;
     template<bool Aligned>
     void run_fast_loop(std::uint32_t end);
+    template<bool Aligned>
+    std::uint64_t token_at(const std::uint8_t* words, std::uint64_t at) const;
+    template<bool Aligned>
+    std::uint64_t special_token(const std::uint8_t* words, std::uint64_t at, std::uint64_t e) const;
+    template<bool Aligned>
+    void read_tokens(const std::uint8_t* words, token_stretch (&list)[token_lanes]) const;
+    template<bool Aligned>
+    std::uint64_t read_alone(const std::uint8_t* words, std::uint64_t at, std::uint64_t stop,
+                             std::uint64_t* out, unsigned& count) const;
+    const std::uint64_t* carry_out(fast_state& state, const std::uint64_t* token, const std::uint64_t* last,
+                                   std::size_t stride);
     void copy_unusual(std::uint32_t start, std::uint32_t position, std::uint32_t offset,
                       std::uint32_t length);
 

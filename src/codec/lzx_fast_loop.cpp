@@ -1,4 +1,5 @@
 #include "codec/lzx_decompressor.h"
+#include "codec/lzx_fast_bits.h"
 #include "codec/lzx_fast_tables.h"
 
 #include <algorithm>
@@ -8,80 +9,50 @@
 // The fast loop decodes verbatim and aligned offset blocks in the middle of a frame.
 //
 // On entry: the window position is 257 or more, so that nothing written has to be mirrored; the trees of the
-// block are complete; there is input and room enough for one round at least, or the loop does nothing. It
-// ends, before a main symbol, where less than that is left, and in front of a match that would pass the end.
-// On exit every member is what the exact loop would have there; a failure is left for that loop to find.
+// block are complete; there is input and room enough, or the loop does nothing. It ends, before a main
+// symbol, where little input is left, and in front of a match that would pass the end. On exit every member
+// is what the exact loop would have there; a failure is left for that loop to find.
+//
+// It goes over a piece of the frame in three passes, none of which has a branch that is hard to foretell:
+// lzx_fast_tokens.cpp makes tokens of the bits; `plan` finds where the bytes of each token come from and has
+// them fetched into the near cache; then they are copied. A literal is copied out of its token.
 //
 // Old bytes. Matches are copied in steps of 32 bytes and so spoil up to 31 bytes ahead of the window
 // position, where the window still has its oldest bytes; these can be the source of the farthest matches. So
 // what the loop will overwrite is kept aside; a match from a place less than `farthest_reserve` ahead takes
 // its bytes from there, and the spoilt ones are put back in the end.
-//
-// Bits. `bits` has the next bit at its top, `count` of them valid; a refill makes that 56 or more. Between
-// two refills: a literal from the table and a match from the table with up to 17 footer bits, or 14 and an
-// aligned symbol. After a main symbol that the table doesn't settle there is a refill before the rest.
-//
-// What bounds it: a chain of shift, table load and shift for each symbol, some 9 cycles, 17 with an aligned
-// symbol; the one branch that is hard to foretell, literal or match; and the source of a far match, which may
-// be anywhere in the window and out of the near caches. Everything else is kept free of branches.
 
 namespace algorithm::lzx {
 
 namespace {
 
-constexpr std::uint32_t step = 32;
 constexpr std::uint32_t farthest_reserve = 64;
 constexpr std::uint32_t shortest_plain = 16; ///< nearer sources overlap a 16-byte move
+static_assert(farthest_reserve >= copy_step && fast_overhang >= 2 * copy_step);
 
-constexpr unsigned refilled = 56;
-constexpr unsigned longest_footer = 17;
-constexpr unsigned longest_aligned_footer = 14 + aligned_bits;
-constexpr unsigned table_bits = fast_tables::main_index_bits;
-static_assert(2 * table_bits + std::max(longest_footer, longest_aligned_footer) <= refilled);
-static_assert(table_bits + maximum_code_length <= refilled, "a literal and a long main code");
-static_assert(maximum_code_length + longest_aligned_footer <= refilled, "a length symbol and its footer");
-static_assert(farthest_reserve >= step && fast_overhang >= 2 * step);
+/// The exact loop fails where a main symbol begins in a word behind the data. A symbol that begins this far
+/// ahead of the data's end is not there, and reading it stays inside the data.
+constexpr std::uint32_t input_margin = 24;
+static_assert(input_margin >= 2 * maximum_code_length / 8 + 2 + 8);
 
-/// A round has at most two refills, of which each moves on by 7 bytes and reads 8. The exact loop fails where
-/// a main symbol begins in a word behind the data; no symbol of a round is that far.
-constexpr std::ptrdiff_t input_margin = 40;
-static_assert(input_margin >= 2 * 7 + 8 + 2);
-
-/// A round stores up to two literals before it looks at the room for a match.
-constexpr std::uint32_t literal_margin = 2;
+/// Bits below which a lane isn't worth its falling into step.
+constexpr std::uint64_t least_stretch = 512;
+/// A lane that isn't in step after so many symbols has failed, and so often may lanes fail before the rest is
+/// read without them. Codes that are all of one length never fall into step.
+constexpr unsigned most_alone = 128;
+constexpr unsigned most_misses = 2;
+constexpr std::uint64_t usual_token_bits = 10;
 
 constexpr std::uint64_t offset_mask = (1u << entry::offset_bits) - 1;
 
+/// Of a literal's byte in its token.
+constexpr std::size_t byte_place =
+    std::endian::native == std::endian::little ? entry::byte_shift / 8 : 7 - entry::byte_shift / 8;
+
+constexpr std::size_t batch = 64; ///< tokens that are planned before they are copied
+
 /// Blocks below this size are not worth their tables.
 constexpr std::uint32_t worthwhile_block = 1024;
-
-std::uint64_t load_64(const std::uint8_t* from) {
-    std::uint64_t value;
-    std::memcpy(&value, from, 8);
-    return value;
-}
-
-void store_64(std::uint8_t* to, std::uint64_t value) {
-    std::memcpy(to, &value, 8);
-}
-
-std::uint64_t big_endian_64(const std::uint8_t* from) {
-    std::uint64_t v = load_64(from);
-    if constexpr (std::endian::native == std::endian::little) {
-        v = (v & 0x00FF00FF00FF00FF) << 8 | (v >> 8 & 0x00FF00FF00FF00FF);
-        v = (v & 0x0000FFFF0000FFFF) << 16 | (v >> 16 & 0x0000FFFF0000FFFF);
-        v = v << 32 | v >> 32;
-    }
-    return v;
-}
-
-std::uint32_t load_word_16(const std::uint8_t* from) {
-    return static_cast<std::uint32_t>(from[0] | from[1] << 8);
-}
-
-void move_16(std::uint8_t* to, const std::uint8_t* from) {
-    std::memcpy(to, from, 16);
-}
 
 /// A source less than 16 bytes back: the pattern of `distance` bytes is made once and laid down whole.
 void repeat_pattern(std::uint8_t* to, std::uint32_t distance, std::uint32_t length) {
@@ -100,28 +71,14 @@ void repeat_pattern(std::uint8_t* to, std::uint32_t distance, std::uint32_t leng
         store_64(to + i, whole);
 }
 
-unsigned walk(std::uint64_t bits, const std::int16_t* table, const tree_links* links, unsigned index_bits) {
-    int value = table[bits >> (64 - index_bits)];
-    for (unsigned next = 63 - index_bits; value < 0; --next)
-        value = bits >> next & 1 ? links[-value].right : links[-value].left;
-    return static_cast<unsigned>(value);
-}
-
 } // namespace
 
-/// Makes a big-endian bit stream of the frame's words, eight bytes at a time.
-void decompressor::exchange_bytes(std::vector<std::uint8_t>& swapped, unsigned parity) const {
-    const std::size_t needed = static_cast<std::size_t>(input_limit - input_buffer.data()) + 8;
-    if (swapped.size() < needed + 8)
-        swapped.resize(needed + 8);
-    const std::uint8_t* const from = input_buffer.data();
-    std::uint8_t* const to = swapped.data();
-    for (std::size_t i = parity; i < needed; i += 8) {
-        const std::uint64_t words = load_64(from + i);
-        store_64(to + i, (words & 0x00FF00FF00FF00FF) << 8 | (words >> 8 & 0x00FF00FF00FF00FF));
-    }
-}
-static_assert(spare_input >= look_ahead + 8 + 8 + 1, "the last step may begin at the end of what is needed");
+struct fast_state {
+    std::uint32_t start;    ///< window position on entry
+    std::uint32_t end;      ///< of the block or frame
+    std::uint64_t position; ///< in the window
+    std::uint64_t queue; ///< the three offsets, 21 bits each, the first one lowest; the top bit is anything
+};
 
 void decompressor::decode_fast(std::uint32_t end) {
     if (window_position < longest_match || block_size < worthwhile_block)
@@ -130,7 +87,7 @@ void decompressor::decode_fast(std::uint32_t end) {
         if (offset == 0 || offset >= window_size)
             return;
     const std::uint8_t* data_end = input_limit - look_ahead;
-    if (data_end - input_position < 2 * input_margin || end - window_position < 2 * literal_margin)
+    if (data_end - input_position < std::ptrdiff_t{2 * input_margin})
         return;
     if (!fast)
         fast = std::make_unique<fast_tables>();
@@ -140,26 +97,20 @@ void decompressor::decode_fast(std::uint32_t end) {
         fast->usable = fast->build(main_lengths, literal_symbols + headers_per_slot * position_slots,
                                    length_lengths, aligned);
         for (unsigned i = 0; i < 1u << aligned_bits; ++i)
-            fast->aligned[(1u << aligned_bits) + i] = static_cast<std::int16_t>(
-                (aligned_table[i] - static_cast<int>(i >> 4)) * 64 + aligned_lengths[aligned_table[i]]);
+            fast->aligned[(1u << aligned_bits) + i] =
+                ((std::uint64_t{aligned_table[i]} - (i >> (aligned_bits - 3))) << entry::base_shift) +
+                aligned_lengths[aligned_table[i]];
     }
     if (!fast->usable)
         return;
 
-    const std::uint8_t* words = input_position - look_ahead;
-    const auto parity = static_cast<unsigned>(words - input_buffer.data()) % 2;
-    if (!fast->swapped_ready[parity]) {
-        exchange_bytes(fast->swapped[parity], parity);
-        fast->swapped_ready[parity] = true;
-    }
-
     const std::uint32_t start = window_position;
-    fast->kept.assign(window.get() + start, window.get() + end + step);
+    fast->kept.assign(window.get() + start, window.get() + end + copy_step);
     if (aligned)
         run_fast_loop<true>(end);
     else
         run_fast_loop<false>(end);
-    std::memcpy(window.get() + window_position, fast->kept.data() + (window_position - start), step);
+    std::memcpy(window.get() + window_position, fast->kept.data() + (window_position - start), copy_step);
 }
 
 /// A match with a source that is near, less than farthest_reserve ahead of the target, or given by an offset
@@ -180,152 +131,175 @@ void decompressor::copy_unusual(std::uint32_t start, std::uint32_t position, std
     }
 }
 
-template<bool Aligned>
-void decompressor::run_fast_loop(std::uint32_t end) {
-    const fast_tables& tables = *fast;
-    const std::uint32_t start = window_position;
+/// Carries out tokens up to `last` or to the first that has no room, and answers where it stopped.
+const std::uint64_t* decompressor::carry_out(fast_state& state, const std::uint64_t* token,
+                                             const std::uint64_t* last, std::size_t stride) {
+    struct move {
+        const std::uint8_t* from;
+        std::uint64_t length; ///< with the top bit set: by copy_unusual
+    };
+    constexpr std::uint64_t unusual = std::uint64_t{1} << 63;
+    move moves[batch];
     std::uint8_t* const base = window.get();
     const std::uint64_t mask = window_mask;
     const std::uint64_t plain_offsets = window_size - farthest_reserve - shortest_plain;
+    std::uint64_t queue = state.queue;
+    std::uint64_t position = state.position;
 
-    const std::uint8_t* const words = input_position - look_ahead;
-    const auto& swapped = tables.swapped[static_cast<unsigned>(words - input_buffer.data()) % 2];
-    const std::uint8_t* const in_start = swapped.data() + (words - input_buffer.data());
-    const std::uint8_t* const in_stop =
-        swapped.data() + (input_limit - look_ahead - input_buffer.data()) - input_margin;
-    const std::uint8_t* in = in_start;
-
-    std::uint64_t bits = 0;
-    std::uint64_t count = 0;
-    // The three offsets, the first one lowest, under a bit of 0.
-    std::uint64_t queue =
-        R0 | std::uint64_t{R1} << entry::offset_bits | std::uint64_t{R2} << 2 * entry::offset_bits;
-    std::uint64_t position = start;
-    const std::uint64_t literal_stop = end - literal_margin;
-
-    const auto refill = [&] {
-        bits |= big_endian_64(in) >> count;
-        in += (63 ^ count) >> 3;
-        count |= refilled;
-    };
-    const auto drop = [&](std::uint64_t n) {
-        bits <<= n & entry::bits_mask;
-        count = (count - n) & entry::bits_mask;
-    };
-
-    const auto next_entry = [&] { return tables.main[bits >> (64 - table_bits)]; };
-    const auto store_literal = [&](entry::type e) {
-        drop(e);
-        base[position++] = static_cast<std::uint8_t>(e >> entry::byte_shift);
-    };
-
-    refill();
-    drop(16u - static_cast<unsigned>(bits_left));
-    refill();
-    entry::type e = next_entry();
-    while (in <= in_stop && position <= literal_stop) {
-        if (e & entry::literal) {
-            store_literal(e);
-            e = next_entry();
-            if (e & entry::literal) {
-                store_literal(e);
-                refill();
-                e = next_entry();
-                continue;
+    const auto plan = [&](const std::uint64_t* stop) {
+        std::uint64_t ahead = position;
+        for (move* m = moves; token != stop; token += stride, ++m) {
+            const entry::type now = *token;
+            queue = queue << (now >> entry::move_shift & entry::bits_mask) | now >> entry::base_shift;
+            if ((now & entry::exchange) != 0) [[unlikely]] {
+                const std::uint64_t where =
+                    (now >> entry::exchange_shift & entry::exchange_mask) * entry::offset_bits;
+                const std::uint64_t change = (queue ^ queue >> where) & offset_mask;
+                queue ^= change ^ change << where;
             }
+            const std::uint64_t offset = queue & offset_mask;
+            // A condition would become a branch, and one that is foretold wrongly half of the time.
+            const std::uint64_t literal = 0 - (now / entry::literal_flag & 1);
+            const auto match_bytes = reinterpret_cast<std::uintptr_t>(base + ((ahead - offset) & mask));
+            const auto literal_byte = reinterpret_cast<std::uintptr_t>(token) + byte_place;
+            m->from =
+                reinterpret_cast<const std::uint8_t*>(match_bytes ^ ((match_bytes ^ literal_byte) & literal));
+            __builtin_prefetch(m->from);
+            const std::uint64_t length = now >> entry::length_shift & entry::length_mask;
+            const bool plain = ((offset - shortest_plain) & ~literal) < plain_offsets;
+            m->length = length | std::uint64_t{!plain} << 63;
+            ahead += length;
         }
-        std::uint64_t length = e >> entry::length_shift & entry::length_mask;
-        if (length > end - position)
+        return ahead - position;
+    };
+
+    bool room = true;
+    while (room && token != last) {
+        const std::uint64_t* const first = token;
+        const std::uint64_t* stop =
+            static_cast<std::size_t>(last - token) > batch * stride ? token + batch * stride : last;
+        const std::uint64_t queue_before = queue;
+        if (plan(stop) > state.end - position) [[unlikely]] {
+            room = false;
+            stop = first;
+            for (std::uint64_t rest = state.end - position;; stop += stride) {
+                const std::uint64_t length = *stop >> entry::length_shift & entry::length_mask;
+                if (length > rest)
+                    break;
+                rest -= length;
+            }
+            queue = queue_before;
+            token = first;
+            plan(stop);
+        }
+        const move* const moves_end = moves + static_cast<std::size_t>(stop - first) / stride;
+        for (const move* m = moves; m != moves_end; ++m) {
+            const std::uint8_t* const from = m->from;
+            std::uint8_t* const to = base + position;
+            const std::uint64_t length = m->length & ~unusual;
+            if (m->length <= copy_step) [[likely]] {
+                move_16(to, from);
+                move_16(to + 16, from + 16);
+            } else if (m->length < unusual) {
+                for (std::uint64_t done = 0; done < length; done += copy_step) {
+                    move_16(to + done, from + done);
+                    move_16(to + done + 16, from + done + 16);
+                }
+            } else {
+                copy_unusual(state.start, static_cast<std::uint32_t>(position),
+                             static_cast<std::uint32_t>(to - from), static_cast<std::uint32_t>(length));
+            }
+            position += length;
+        }
+    }
+    state.queue = queue;
+    state.position = position;
+    return token;
+}
+
+template<bool Aligned>
+void decompressor::run_fast_loop(std::uint32_t end) {
+    const std::uint8_t* const words = input_position - look_ahead;
+    const std::uint64_t in_stop =
+        8 * (static_cast<std::uint64_t>(input_limit - look_ahead - words) - input_margin);
+    std::uint64_t at = 16u - static_cast<unsigned>(bits_left);
+    fast_state state{window_position, end, window_position,
+                     R0 | std::uint64_t{R1} << entry::offset_bits |
+                         std::uint64_t{R2} << 2 * entry::offset_bits};
+    bool room = true;
+    // `behind` is where the symbol behind `last` begins.
+    const auto take = [&](const std::uint64_t* token, const std::uint64_t* last, std::size_t stride,
+                          std::uint64_t behind) {
+        const std::uint64_t* const done = carry_out(state, token, last, stride);
+        room = done == last;
+        if (room)
+            at = behind;
+        for (; !room && token != done; token += stride)
+            at += *token & entry::bits_mask;
+    };
+    const auto alone = [&](unsigned count, std::uint64_t stop, std::uint64_t* out) {
+        const std::uint64_t behind = read_alone<Aligned>(words, at, stop, out, count);
+        take(out, out + count, 1, behind);
+        return count;
+    };
+
+    std::uint64_t token_bits = usual_token_bits;
+    unsigned misses = 0;
+    while (room && misses < most_misses) {
+        // The rest of the block, as a guess; then a part of it that the tokens have room for.
+        const std::uint64_t whole =
+            at < in_stop ? std::min(in_stop - at, (end - state.position) * token_bits) : 0;
+        if (whole < token_lanes * least_stretch)
             break;
-        if ((e & entry::bits_mask) == 0) [[unlikely]] {
-            const std::uint64_t bits_before = bits;
-            const std::uint64_t count_before = count;
-            const std::uint8_t* const in_before = in;
-            auto slot = static_cast<unsigned>(e >> entry::special_slot_shift & entry::bits_mask);
-            unsigned header = long_header;
-            auto code = static_cast<unsigned>(e >> entry::code_shift & entry::bits_mask);
-            if (code == 0) {
-                const unsigned symbol = walk(bits, main_table, main_links, main_bits);
-                code = main_lengths[symbol];
-                if (symbol < literal_symbols) {
-                    drop(code);
-                    base[position++] = static_cast<std::uint8_t>(symbol);
-                    refill();
-                    e = next_entry();
-                    continue;
+        const std::uint64_t capacity = fast_tables::most_tokens * token_bits * 7 / 8;
+        const std::uint64_t part = whole / ((whole + capacity - 1) / capacity) / token_lanes;
+        token_stretch list[token_lanes];
+        for (unsigned k = 0; k < token_lanes; ++k)
+            list[k] = {at + k * part, at + (k + 1) * part, 0, nullptr, nullptr};
+        read_tokens<Aligned>(words, list);
+
+        const std::uint64_t began = at;
+        std::uint64_t count = 0;
+        for (const token_stretch& s : list) {
+            // Into step: read on alone until a symbol begins where one of the stretch does.
+            const entry::type* token = s.first;
+            std::uint64_t token_begins = s.start;
+            for (unsigned out_of_step = 0;
+                 room && token_begins != at && token != s.last && out_of_step < most_alone;) {
+                if (token_begins < at) {
+                    token_begins += *token & entry::bits_mask;
+                    token += token_lanes;
+                } else {
+                    std::uint64_t one[1 + copy_step / sizeof(entry::type) + 1];
+                    out_of_step += alone(1, in_stop, one);
+                    ++count;
                 }
-                slot = (symbol - literal_symbols) / headers_per_slot;
-                header = (symbol - literal_symbols) % headers_per_slot;
             }
-            drop(code);
-            refill();
-            if (header == long_header) {
-                const std::uint16_t l = tables.length[bits >> (64 - fast_tables::length_index_bits)];
-                unsigned further = l & 0xFF;
-                unsigned further_code = l >> 8;
-                if (l == fast_tables::long_code) {
-                    further = walk(bits, length_table, length_links, length_bits);
-                    further_code = length_lengths[further];
-                }
-                drop(further_code);
-                header += further;
-            }
-            length = header + minimum_match;
-            if (length > end - position) {
-                bits = bits_before;
-                count = count_before;
-                in = in_before;
+            if (!room)
+                break;
+            if (token_begins != at) {
+                ++misses;
                 break;
             }
-            e = fast_tables::match(slot, 0, 0, Aligned);
+            count += static_cast<std::uint64_t>(s.last - token) / token_lanes;
+            take(token, s.last, token_lanes, s.reached);
+            if (!room || s.reached < s.stop)
+                break;
         }
-
-        std::uint64_t footer = bits << (e >> entry::code_shift & entry::bits_mask) >> 1 >>
-                               (e >> entry::footer_shift & entry::bits_mask);
-        const entry::type now = e;
-        if constexpr (Aligned) {
-            bits <<= e & entry::bits_mask;
-            const std::int64_t low = tables.aligned[(bits >> (64 - aligned_bits)) + 2 * (e & entry::aligned)];
-            bits <<= low & entry::bits_mask;
-            count = (count - e - static_cast<std::uint64_t>(low)) & entry::bits_mask;
-            footer += static_cast<std::uint64_t>(low >> 6);
-        } else {
-            drop(e);
-        }
-        refill();
-        e = next_entry();
-
-        const std::uint64_t where = now >> entry::queue_shift & entry::bits_mask;
-        const std::uint64_t offset = (queue >> where & offset_mask) + (now >> entry::base_shift) + footer;
-        queue <<= now >> entry::move_shift & entry::bits_mask;
-        const std::uint64_t change = (queue & offset_mask) ^ offset;
-        queue = (queue ^ change ^ change << where) & ~(std::uint64_t{1} << 63);
-
-        std::uint8_t* const to = base + position;
-        if (offset - shortest_plain < plain_offsets) [[likely]] {
-            const std::uint8_t* from = base + ((position - offset) & mask);
-            move_16(to, from);
-            move_16(to + 16, from + 16);
-            for (std::uint64_t done = step; done < length; done += step) {
-                move_16(to + done, from + done);
-                move_16(to + done + 16, from + done + 16);
-            }
-        } else {
-            copy_unusual(start, static_cast<std::uint32_t>(position), static_cast<std::uint32_t>(offset),
-                         static_cast<std::uint32_t>(length));
-        }
-        position += length;
+        if (count != 0)
+            token_bits = (at - began) / count;
     }
+    while (room && at < in_stop)
+        alone(batch, in_stop, fast->tokens);
 
-    R0 = static_cast<std::uint32_t>(queue & offset_mask);
-    R1 = static_cast<std::uint32_t>(queue >> entry::offset_bits & offset_mask);
-    R2 = static_cast<std::uint32_t>(queue >> 2 * entry::offset_bits);
-    window_position = static_cast<std::uint32_t>(position);
-    const auto used = static_cast<unsigned>(8 * (in - in_start)) - static_cast<unsigned>(count);
-    const std::uint8_t* const word = words + used / 16 * 2;
-    input_position = word + 4;
-    bits_left = static_cast<std::int8_t>(16 - used % 16);
-    bit_buffer = (load_word_16(word) << 16 | load_word_16(word + 2)) << used % 16;
+    R0 = static_cast<std::uint32_t>(state.queue & offset_mask);
+    R1 = static_cast<std::uint32_t>(state.queue >> entry::offset_bits & offset_mask);
+    R2 = static_cast<std::uint32_t>(state.queue >> 2 * entry::offset_bits & offset_mask);
+    window_position = static_cast<std::uint32_t>(state.position);
+    const std::uint8_t* const word = words + at / 16 * 2;
+    input_position = word + look_ahead;
+    bits_left = static_cast<std::int8_t>(16 - at % 16);
+    bit_buffer = (word_at(word) << 16 | word_at(word + 2)) << at % 16;
 }
 
 } // namespace algorithm::lzx

@@ -24,23 +24,6 @@ struct fast_tables::sorted_code {
     std::uint16_t order[maximum_main_symbols];
 };
 
-entry::type fast_tables::match(unsigned slot, unsigned length, unsigned code, bool in_aligned) {
-    const unsigned extra = extra_bits(slot);
-    const bool aligned_symbol = in_aligned && extra >= 3;
-    const bool repeated = slot < 3;
-    const entry::type queue = repeated ? slot * entry::offset_bits : entry::no_offset;
-    const entry::type move = repeated ? 0 : entry::offset_bits;
-    return entry::type{slot_bases[slot]} << entry::base_shift | entry::type{length} << entry::length_shift |
-           move << entry::move_shift | queue << entry::queue_shift | (63 - extra) << entry::footer_shift |
-           code << entry::code_shift | (aligned_symbol ? entry::aligned : 0) |
-           (code + extra - (aligned_symbol ? 3 : 0));
-}
-
-entry::type fast_tables::literal(unsigned symbol, unsigned code) {
-    return entry::literal_base << entry::base_shift | entry::type{1} << entry::length_shift |
-           63u << entry::footer_shift | symbol << entry::byte_shift | entry::literal | code;
-}
-
 bool fast_tables::build(const std::uint8_t* main_lengths, unsigned main_symbols,
                         const std::uint8_t* length_lengths, bool in_aligned) {
     const sorted_code main_code(main_lengths, main_symbols);
@@ -69,14 +52,14 @@ void fast_tables::fill_main(const sorted_code& main_code, const sorted_code& len
             break;
         const unsigned room = main_index_bits - l;
         if (symbol < literal_symbols) {
-            next = std::fill_n(next, 1u << room, literal(symbol, l));
+            next = std::fill_n(next, 1u << room, entry::literal(symbol, l));
             continue;
         }
         const unsigned slot = (symbol - literal_symbols) / headers_per_slot;
         const unsigned header = (symbol - literal_symbols) % headers_per_slot;
         entry::type* const end = next + (1u << room);
         if (header != long_header) {
-            next = std::fill_n(next, end - next, match(slot, header + minimum_match, l, in_aligned));
+            next = std::fill_n(next, end - next, entry::match(slot, header + minimum_match, l, in_aligned));
             continue;
         }
         for (unsigned k = 0; k < length_code.count; ++k) {
@@ -86,7 +69,7 @@ void fast_tables::fill_main(const sorted_code& main_code, const sorted_code& len
                 break;
             next = std::fill_n(
                 next, 1u << (room - further_length),
-                match(slot, long_header + minimum_match + further, l + further_length, in_aligned));
+                entry::match(slot, long_header + minimum_match + further, l + further_length, in_aligned));
         }
         next = std::fill_n(next, end - next, slot << entry::special_slot_shift | l << entry::code_shift);
     }

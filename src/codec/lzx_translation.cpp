@@ -2,6 +2,9 @@
 
 #include <bit>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace algorithm::lzx {
 
@@ -25,6 +28,16 @@ constexpr std::size_t group_size = 64;
 
 /// One bit for each of 64 bytes, set where it is a CALL.
 std::uint64_t find_calls(const std::uint8_t* bytes) {
+#if defined(__SSE2__)
+    std::uint64_t set = 0;
+    const __m128i calls = _mm_set1_epi8(static_cast<char>(call));
+    for (unsigned i = 0; i < group_size; i += 16) {
+        const __m128i sixteen = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
+        const int mask = _mm_movemask_epi8(_mm_cmpeq_epi8(sixteen, calls));
+        set |= std::uint64_t{static_cast<std::uint32_t>(mask)} << i;
+    }
+    return set;
+#else
     constexpr std::uint64_t low_bits = 0x7F7F7F7F7F7F7F7F;
     std::uint64_t found = 0;
     for (unsigned i = 0; i < group_size; i += 8) {
@@ -38,6 +51,7 @@ std::uint64_t find_calls(const std::uint8_t* bytes) {
         found |= (zeros >> 7) * 0x0102040810204080 >> 56 << i;
     }
     return found;
+#endif
 }
 
 std::uint64_t find_last_calls(const std::uint8_t* bytes, std::size_t length) {
