@@ -406,3 +406,14 @@ TEST(LzxDecompressor, TranslatesCallsFrameByFrame) {
         EXPECT_TRUE(decoded(writer.finish(), 17).bytes == expected) << size;
     }
 }
+
+// A reader that begins in the middle of such a symbol never finds the beginning of one.
+TEST(LzxDecompressor, ReadsCodesOfOneLength) {
+    support::numbers random(9);
+    std::string text(100000, '\0');
+    for (char& byte : text)
+        byte = static_cast<char>(random());
+    lzx_writer writer(16);
+    writer.block(literals(text), {.main_lengths = std::vector<std::uint8_t>(512, 9)});
+    EXPECT_TRUE(decoded(writer.finish(), 16).bytes == text);
+}
