@@ -16,14 +16,12 @@ namespace {
 //   bits 8 to 11   how many of them are the code
 //   bit 15         a literal
 //   bits 16 to 30  the literal, the base of the length, or the base of the distance with its 1
-//   bit 31         stop: a symbol that the exact loop is to see or, as the whole entry, a code longer than
-//   the
+//   bit 31         stop: a symbol that the exact loop is to see; as the whole entry, a code longer than the
 //                  table is wide
 constexpr std::uint32_t is_literal = 1u << 15;
 constexpr std::uint32_t is_stop = 1u << 31;
 constexpr std::uint32_t long_code = is_stop;
 
-/// The entries of all symbols but for their codes' lengths, which with_code adds.
 constexpr std::uint32_t with_code(std::uint32_t entry, unsigned code_bits) {
     return entry + code_bits * 0x101;
 }
@@ -31,6 +29,8 @@ constexpr std::uint32_t with_code(std::uint32_t entry, unsigned code_bits) {
 constexpr std::uint32_t entry_of(std::uint32_t base, std::uint32_t extra) {
     return base << 16 | extra;
 }
+
+// The entries of all symbols but for their codes' lengths, which with_code adds.
 
 constexpr auto literal_symbol_entries = [] {
     std::array<std::uint32_t, literal_symbols> entries{};
@@ -54,8 +54,9 @@ constexpr auto distance_symbol_entries = [] {
     return entries;
 }();
 
-/// The value of a code length symbol is its shortest run.
 constexpr unsigned repeat_last = 16;
+
+/// The value of a code length symbol is its shortest run.
 constexpr auto length_symbol_entries = [] {
     std::array<std::uint32_t, code_length_symbols> entries{};
     for (unsigned i = 0; i < repeat_last; ++i)

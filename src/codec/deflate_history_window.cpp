@@ -3,6 +3,7 @@
 #include "outside/groundwork/exception.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace deflate {
 

@@ -3,7 +3,6 @@
 #include "stream/nio_output.h"
 
 #include <cstdint>
-#include <cstring>
 #include <memory>
 
 namespace deflate {

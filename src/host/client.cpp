@@ -153,8 +153,9 @@ bool Client::targetNameConflict(std::string& name, harbor6::Item& existing, bool
 }
 
 void Client::itemFailed(std::uint32_t code, const harbor6::Item& source, harbor6::Item& /*target*/) {
-    log.refused(source.string(harbor6::key::name),
-                code == 1001 ? "damaged: its checksum doesn't fit" : "damaged: its data can't be decoded");
+    log.refused(source.string(harbor6::key::name), code == checksum_failed
+                                                       ? "damaged: its checksum doesn't fit"
+                                                       : "damaged: its data can't be decoded");
 }
 
 } // namespace host

@@ -41,8 +41,8 @@ public:
     const std::string& folder() const { return *folder_path; }
     const std::string& name() const { return file_name; }
     std::string path() const { return disk_target::join(folder(), name()); }
-    /// Whether this stands for a plain file, and not a link or a device.
     disk_expansion& shared() const { return expansion; }
+    /// Whether this stands for a plain file, and not a link or a device.
     bool isRegular() const { return state != existing_other; }
 
     void destroy() override;

@@ -20,9 +20,8 @@ bool names(std::string_view pattern, std::string_view path) {
 } // namespace
 
 bool matches(std::string_view pattern, std::string_view text) {
-    // On a mismatch only the last star of each kind can take more: that keeps the work within pattern times
-    // text for
-    // '*' between two slashes, and one step back to '**' per character at most.
+    // On a mismatch only the last star of each kind can take more, which bounds the work: '*' goes on between
+    // two slashes, and '**' steps on by one character each time.
     struct star {
         std::size_t in_pattern = std::string_view::npos;
         std::size_t in_text = 0;

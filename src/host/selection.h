@@ -8,8 +8,7 @@ namespace host {
 
 /// Which files of an archive are wanted: all, or those that a pattern names. In a pattern '*' stands for any
 /// characters but '/', '**' for any at all, '?' for one but '/'. A pattern without '/' is compared with a
-/// file's own name, one with
-/// '/' with its whole path; either also takes all files in a folder that it names.
+/// file's own name, one with '/' with its whole path; either also takes all files in a folder that it names.
 class selection {
 public:
     selection() = default;

@@ -11,13 +11,6 @@
 
 namespace harbor6 {
 
-namespace {
-
-constexpr std::uint32_t checksum_failed = 1001;
-constexpr std::uint32_t decoder_failed = 1002;
-
-} // namespace
-
 File::~File() = default;
 
 const File* File::asFile() const {
@@ -160,11 +153,11 @@ void File::adoptForks(const File& source) {
             commitFork(fork);
             fork.committed = true;
         } catch (const format::crc_exception&) {
-            damaged(checksum_failed);
+            damaged(ClientInterface::checksum_failed);
         } catch (const basic::digest_exception&) {
-            damaged(checksum_failed);
+            damaged(ClientInterface::checksum_failed);
         } catch (const basic::algorithm_exception&) {
-            damaged(decoder_failed);
+            damaged(ClientInterface::decoder_failed);
         }
     }
     if (failed) {

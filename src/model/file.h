@@ -56,8 +56,8 @@ public:
 
     /// The archive that this file is, unopened and counted, or null.
     Archive* acquireStreamArchive();
-    /// The same by the host's other question. With `follow`, a chain of single-file wrappers is opened down
-    /// to the innermost archive.
+    /// The same through the classifier's acquireFileArchive, which gets `a` and `b`. With `follow`, a chain
+    /// of single-file wrappers is opened down to the innermost archive.
     Archive* acquireArchive(bool follow, std::uint32_t a, std::uint32_t b);
 
     const Format* containerFormat = nullptr; ///< the format of the archive that this file is, not counted

@@ -31,6 +31,8 @@ public:
     virtual ContainerAdaptor* acquireAddedContent(const Container& source);
     /// Makes a folder like this one in `target` and fills it by addContentTo.
     virtual void copyContentTo(Folder& target) const;
+    /// These three make a folder object for each component but the last, and create all above the last
+    /// folder. With `create` they create what they give, too.
     virtual Item* acquireItemFromPath(const std::string& path);
     virtual File* acquireNewFileFromPath(const std::string& path, bool create);
     virtual Item* acquireMatchingItem(const Item& other);

@@ -16,8 +16,7 @@ namespace {
 
 constexpr char wrapper_name[] = ".__&&temp_folder&&__";
 
-/// What stores the archive in which `folder` lies, as far as it isn't known to be a file: told what comes
-/// next.
+/// Tells an archive that no file stores what comes next: the source, its only item, or nothing in particular.
 void announce(Archive& archive, const Container& source) {
     const auto* const described = dynamic_cast<const Attributes*>(&source);
     bool plural = true;

@@ -37,7 +37,7 @@ public:
     static constexpr std::uint32_t creates_archives = 1u << 3;
     static constexpr std::uint16_t default_level = 0xFFFF;
 
-    /// `shell`, which may be null, is not owned.
+    /// `shell` is not owned. It may be null as long as nobody asks an item of the format for it.
     explicit Format(HarborShell* shell);
     ~Format() override;
 

@@ -133,7 +133,7 @@ public:
 
 namespace fs {
 
-/// A failure of the file system. Nothing below the host raises it.
+/// A failure of the file system.
 class HARBOR6_API Exception : public un::exception {
 public:
     using un::exception::exception;

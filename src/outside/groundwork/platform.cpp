@@ -28,12 +28,12 @@ long futex(const std::atomic<std::uint32_t>& word, int operation, std::uint32_t 
     return syscall(SYS_futex, &word, operation | FUTEX_PRIVATE_FLAG, value, nullptr, nullptr, 0);
 }
 
-bool count_processors() noexcept {
+bool has_several_processors() noexcept {
     cpu_set_t set;
     return sched_getaffinity(0, sizeof set, &set) != 0 || CPU_COUNT(&set) > 1;
 }
 
-const bool several_processors = count_processors();
+const bool several_processors = has_several_processors();
 
 } // namespace
 

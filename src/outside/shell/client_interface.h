@@ -27,7 +27,8 @@ public:
     virtual bool sourceFile(const File& file, Folder& target, bool* expand, const Format** format) = 0;
     /// An archive was found: expand it? The client may open it here; then it has to say yes.
     virtual bool sourceArchive(Archive& archive, Folder& target) = 0;
-    /// The work on that archive is over.
+    /// The work on that archive is over. If a failure ended it, that exception is being handled during the
+    /// call.
     virtual void sourceArchiveDone(Archive& archive) = 0;
     virtual bool sourceFolder(const Folder& source, Folder& target) = 0;
     /// The target file object stands: may the data move?
@@ -40,7 +41,9 @@ public:
     /// name, and another folder or none in `target` unless that is null. False means give up.
     virtual bool targetNameConflict(std::string& name, Item& existing, bool folders, const Attributes& model,
                                     pattern::AcquiredPtr<Folder>* target) = 0;
-    /// A fork of `source` came over damaged into `target`: 1001 a checksum, 1002 a decoder.
+    /// A fork of `source` came over damaged into `target`; `code` says what found it.
+    static constexpr std::uint32_t checksum_failed = 1001;
+    static constexpr std::uint32_t decoder_failed = 1002;
     virtual void itemFailed(std::uint32_t code, const Item& source, Item& target) = 0;
 };
 

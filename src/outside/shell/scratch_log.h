@@ -1,7 +1,5 @@
 #pragma once
 
-#include "outside/groundwork/export.h"
-
 #include <cstdint>
 #include <cstdio>
 #include <memory>
