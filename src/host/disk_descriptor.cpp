@@ -42,9 +42,9 @@ void fail_on_disk(const std::string& action, const std::string& name, int error)
     case ENOTDIR:
     case ENOTEMPTY:
     case ENXIO:
-        throw disk_obstacle(text, "host::disk_target");
+        throw disk_obstacle(text, "host::fail_on_disk");
     default:
-        throw fs::Exception(text, "host::disk_target");
+        throw fs::Exception(text, "host::fail_on_disk");
     }
 }
 

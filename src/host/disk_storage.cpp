@@ -159,7 +159,7 @@ disk_descriptor open_input(const std::string& path) {
 disk_descriptor open_standard_input() {
     disk_descriptor file(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3));
     if (!file)
-        throw fs::Exception(disk_cause(errno), "host::open_input");
+        throw fs::Exception(disk_cause(errno), "host::open_standard_input");
     return file;
 }
 

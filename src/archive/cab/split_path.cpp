@@ -45,10 +45,6 @@ split_path::split_path(std::string_view path, char separating)
             offsets.push_back(i + 1);
 }
 
-const std::string& split_path::text() const {
-    return normal;
-}
-
 split_path::iterator split_path::begin() const {
     return {*this, 0};
 }

@@ -14,8 +14,6 @@ class split_path {
 public:
     split_path(std::string_view path, char separator);
 
-    const std::string& text() const;
-
     /// Gives the components as text, in order.
     class iterator {
     public:
