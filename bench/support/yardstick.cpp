@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <stdexcept>
 #include <vector>
 
@@ -23,15 +24,18 @@ std::string gather(std::initializer_list<const char*> roots, std::size_t size, A
                 files.push_back(entry.path());
     }
     std::sort(files.begin(), files.end());
+    // Packages hold many copies of the same file, of which one would be expanded in no time.
+    std::set<std::size_t> seen;
     std::string bytes;
-    while (bytes.size() < size) {
-        const auto before = bytes.size();
-        for (const auto& file : files)
-            if (bytes.size() < size)
-                bytes += file_bytes(file);
-        if (bytes.size() == before)
-            throw std::runtime_error("this machine has no files to make a benchmark's input of");
+    for (const auto& file : files) {
+        const auto more = file_bytes(file);
+        if (bytes.size() < size && seen.insert(std::hash<std::string>{}(more)).second)
+            bytes += more;
     }
+    if (bytes.empty())
+        throw std::runtime_error("this machine has no files to make a benchmark's input of");
+    while (bytes.size() < size)
+        bytes.append(bytes, 0, size - bytes.size());
     bytes.resize(size);
     return bytes;
 }
@@ -46,10 +50,10 @@ std::string file_bytes(const std::string& path) {
 }
 
 std::string source_text(std::size_t size) {
-    return gather({"/usr/include"}, size, [](const fs::path& path) {
-        const auto suffix = path.extension();
-        return suffix.empty() || suffix == ".h" || suffix == ".hpp" || suffix == ".tcc";
-    });
+    static const std::set<std::string> suffixes{".c",  ".cc", ".cpp", ".h",  ".hpp", ".js",
+                                                ".pl", ".pm", ".py",  ".sh", ".tcc"};
+    return gather({"/usr/include", "/usr/lib", "/usr/share"}, size,
+                  [](const fs::path& path) { return suffixes.contains(path.extension()); });
 }
 
 std::string programs(std::size_t size) {
