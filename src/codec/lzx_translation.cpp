@@ -1,5 +1,6 @@
 #include "codec/lzx_translation.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #if defined(__SSE2__)
@@ -25,6 +26,9 @@ void store(std::uint8_t* to, std::uint32_t value) {
 }
 
 constexpr std::size_t group_size = 64;
+constexpr std::size_t section_size = 64 * group_size;
+constexpr unsigned listed_blindly = 3; ///< calls of a group, whether there are so many or not
+constexpr std::uint64_t last_bit = std::uint64_t{1} << (group_size - 1);
 
 /// One bit for each of 64 bytes, set where it is a CALL.
 std::uint64_t find_calls(const std::uint8_t* bytes) {
@@ -92,14 +96,30 @@ void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t tran
         store(operand, value + change);
         return true;
     };
-    // An operand's own bytes change while they are scanned, but they are passed over in any case.
-    for (std::size_t group = 0; group < stop; group += group_size) {
-        const std::size_t left = length - group;
-        std::uint64_t calls =
-            left >= group_size ? find_calls(frame + group) : find_last_calls(frame + group, left);
-        for (; calls != 0; calls &= calls - 1)
-            if (!translate(group + static_cast<unsigned>(std::countr_zero(calls)))) {
-                group = stop;
+    // All calls of a section are listed before the first is translated: how many a group has is hard to
+    // foretell. An operand's own bytes don't count, so that it doesn't matter if they have changed.
+    std::uint16_t list[section_size + listed_blindly];
+    for (std::size_t section = 0; section < stop; section += section_size) {
+        const std::size_t section_end = std::min(section + section_size, stop);
+        std::size_t count = 0;
+        for (std::size_t group = section; group < section_end; group += group_size) {
+            const std::size_t left = length - group;
+            std::uint64_t calls =
+                left >= group_size ? find_calls(frame + group) : find_last_calls(frame + group, left);
+            const auto list_first = [&] {
+                list[count] = static_cast<std::uint16_t>(
+                    group - section + static_cast<unsigned>(std::countr_zero(calls | last_bit)));
+                count += calls != 0;
+                calls &= calls - 1;
+            };
+            for (unsigned i = 0; i < listed_blindly; ++i)
+                list_first();
+            while (calls != 0)
+                [[unlikely]] list_first();
+        }
+        for (std::size_t i = 0; i < count; ++i)
+            if (!translate(section + list[i])) {
+                section = stop;
                 break;
             }
     }
