@@ -1,6 +1,6 @@
 #include "codec/lzx_decompressor.h"
 
-#include "codec/lzx_fast_tables.h"
+#include "codec/lzx_fast_loop.h"
 #include "codec/lzx_translation.h"
 #include "outside/groundwork/exception.h"
 #include "stream/input.h"
@@ -25,6 +25,11 @@ constexpr std::uint32_t mirrored_bytes = longest_match;
 constexpr std::uint32_t overhang = 261;
 static_assert(overhang >= mirrored_bytes);
 
+/// Beside the window, at the usual frame size: the objects, a compressed frame and one to translate.
+constexpr std::size_t usual_frame = 32768;
+constexpr std::size_t usual_growth = 6144;
+static_assert(sizeof(decompressor) + sizeof(fast_loop) + 2 * usual_frame + usual_growth <= 200 * 1024);
+
 std::uint32_t load_16(const std::uint8_t* from) {
     return static_cast<std::uint32_t>(from[0] | from[1] << 8);
 }
@@ -34,7 +39,7 @@ std::uint32_t load_16(const std::uint8_t* from) {
 decompressor::decompressor(std::uint32_t size) : window_size(size), window_mask(size - 1) {
     if (!std::has_single_bit(size) || size > largest_window)
         throw exception("Invalid compression window size", "algorithm::lzx::decompressor");
-    window = std::make_unique<std::uint8_t[]>(std::size_t{size} + overhang + fast_overhang);
+    window = std::make_unique<std::uint8_t[]>(std::size_t{size} + overhang + fast_loop::overhang);
     position_slots = static_cast<std::uint8_t>(count_slots(size));
 }
 
@@ -137,14 +142,21 @@ bool decompressor::read_trees() {
     const unsigned main_symbols = literal_symbols + offset_symbols;
     std::memcpy(previous_main_lengths, main_lengths, main_symbols);
     std::memcpy(previous_length_lengths, length_lengths, length_symbols);
-    if (fast)
-        fast->ready = false;
+    tables_ready = false;
+    fast_ready = false;
     return read_lengths(main_lengths, previous_main_lengths, literal_symbols) &&
            read_lengths(main_lengths + literal_symbols, previous_main_lengths + literal_symbols,
                         offset_symbols) &&
-           build_table(main_lengths, main_symbols, main_bits, main_table, main_links) &&
+           is_buildable(main_lengths, main_symbols) &&
            read_lengths(length_lengths, previous_length_lengths, length_symbols) &&
-           build_table(length_lengths, length_symbols, length_bits, length_table, length_links);
+           is_buildable(length_lengths, length_symbols);
+}
+
+void decompressor::build_tables() {
+    tables_ready = true;
+    build_table(main_lengths, literal_symbols + headers_per_slot * position_slots, main_bits, main_table,
+                main_links);
+    build_table(length_lengths, length_symbols, length_bits, length_table, length_links);
 }
 
 bool decompressor::read_lengths(std::uint8_t* lengths, const std::uint8_t* previous, unsigned count) {
@@ -232,9 +244,44 @@ bool decompressor::decode_tree_block(std::uint32_t amount) {
     return true;
 }
 
+/// The middle of the frame, as far as the fast loop serves it.
+void decompressor::decode_fast(std::uint32_t end) {
+    if (window_position < mirrored_bytes || block_size < fast_loop::worthwhile_block ||
+        input_position >= input_limit)
+        return;
+    if (!fast)
+        fast = std::make_unique<fast_loop>();
+    if (!fast_ready) {
+        fast_ready = true;
+        fast->begin_block({main_lengths, literal_symbols + headers_per_slot * position_slots, length_lengths,
+                           block_type == aligned_block ? aligned_table : nullptr, aligned_lengths});
+    }
+    // The exact loop fails where a main symbol begins in a word behind the data.
+    const auto data_left = static_cast<std::uint64_t>(input_limit - input_position);
+    frame_state frame{window.get(),
+                      window_size,
+                      window_position,
+                      end,
+                      {R0, R1, R2},
+                      input_position - look_ahead,
+                      16u - static_cast<unsigned>(bits_left),
+                      (data_left + 1) / 2 * 16};
+    fast->run(frame, output_buffer);
+    R0 = frame.offsets[0];
+    R1 = frame.offsets[1];
+    R2 = frame.offsets[2];
+    window_position = frame.position;
+    const std::uint8_t* const word = frame.words + frame.at / 16 * 2;
+    input_position = word + look_ahead;
+    bits_left = static_cast<std::int8_t>(16 - frame.at % 16);
+    bit_buffer = (load_16(word) << 16 | load_16(word + 2)) << frame.at % 16;
+}
+
 /// Runs until `window_position` is at `stop` or, with the last match, behind it, but never behind `end`.
 template<bool Mirrored>
 bool decompressor::decode_exactly(std::uint32_t stop, std::uint32_t end) {
+    if (!tables_ready && window_position < stop)
+        build_tables();
     while (window_position < stop) {
         const unsigned symbol = look_up(main_table, main_links, main_bits);
         if (input_position >= input_limit)

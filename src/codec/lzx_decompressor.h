@@ -9,12 +9,7 @@
 
 namespace algorithm::lzx {
 
-struct fast_tables;
-struct fast_state;
-struct token_stretch;
-
-/// How many chains of symbols the fast loop reads side by side.
-constexpr unsigned token_lanes = 4;
+class fast_loop;
 
 /// How far behind the last word the limit lies: the bit buffer is always that much ahead.
 constexpr unsigned look_ahead = 4;
@@ -30,7 +25,7 @@ static_assert(spare_input >= 11 + look_ahead && spare_input >= look_ahead + 4 * 
 /// folder, on one thread, and is not used again after a frame has failed.
 ///
 /// Decoding has two loops. The exact loop says what every stream gives, good or bad. The fast loop
-/// (lzx_fast_loop.cpp) serves the middle of a frame and hands over in the very state that the exact loop
+/// (fast_loop) serves the middle of a frame and hands over in the very state that the exact loop
 /// would have there, so that no result depends on which of the two ran.
 class decompressor : public stream::transform {
 public:
@@ -56,6 +51,7 @@ private:
     bool start_block();
     bool read_aligned_tree();
     bool read_trees();
+    void build_tables();
     bool read_lengths(std::uint8_t* lengths, const std::uint8_t* previous, unsigned count);
     bool read_raw_header();
 
@@ -69,21 +65,6 @@ private:
     std::uint32_t use_offset(unsigned slot);
 
     void decode_fast(std::uint32_t end);
-    template<bool Aligned>
-    void run_fast_loop(std::uint32_t end);
-    template<bool Aligned>
-    std::uint64_t token_at(const std::uint8_t* words, std::uint64_t at) const;
-    template<bool Aligned>
-    std::uint64_t special_token(const std::uint8_t* words, std::uint64_t at, std::uint64_t e) const;
-    template<bool Aligned>
-    void read_tokens(const std::uint8_t* words, token_stretch (&list)[token_lanes]) const;
-    template<bool Aligned>
-    std::uint64_t read_alone(const std::uint8_t* words, std::uint64_t at, std::uint64_t stop,
-                             std::uint64_t* out, unsigned& count) const;
-    const std::uint64_t* carry_out(fast_state& state, const std::uint64_t* token, const std::uint64_t* last,
-                                   std::size_t stride);
-    void copy_unusual(std::uint32_t start, std::uint32_t position, std::uint32_t offset,
-                      std::uint32_t length);
 
     void start_bits();
     void load_word();
@@ -126,8 +107,10 @@ private:
     std::uint32_t block_type = 0;    ///< one of the block types, or 0: none yet, or a raw one has ended
     std::uint32_t decoder_state = 1; ///< 1 a block begins, 2 inside a block
 
+    bool tables_ready = false; ///< main_table and length_table belong to the current block
     bool exact_only = false;
-    std::unique_ptr<fast_tables> fast;
+    bool fast_ready = false; ///< and so do the fast loop's tables
+    std::unique_ptr<fast_loop> fast;
 };
 
 } // namespace algorithm::lzx

@@ -4,76 +4,83 @@
 
 namespace algorithm::lzx {
 
-/// The symbols that have a code, in the order of their codes.
-struct fast_tables::sorted_code {
-    sorted_code(const std::uint8_t* code_lengths, unsigned symbols) : lengths(code_lengths) {
-        unsigned place[maximum_code_length + 2] = {};
-        for (unsigned symbol = 0; symbol < symbols; ++symbol)
-            ++place[lengths[symbol] + 1];
-        place[1] = 0;
-        for (unsigned l = 2; l <= maximum_code_length + 1; ++l)
-            place[l] += place[l - 1];
-        count = place[maximum_code_length + 1];
-        for (unsigned symbol = 0; symbol < symbols; ++symbol)
-            if (lengths[symbol] != 0)
-                order[place[lengths[symbol]]++] = static_cast<std::uint16_t>(symbol);
+namespace {
+
+/// The entries of all main symbols, without their codes; 0 for a match whose length goes on.
+template<bool Aligned>
+constexpr std::array<entry::type, maximum_main_symbols> plain_entries = [] {
+    std::array<entry::type, maximum_main_symbols> entries{};
+    for (unsigned symbol = literal_symbols; symbol < maximum_main_symbols; ++symbol) {
+        const unsigned slot = (symbol - literal_symbols) / headers_per_slot;
+        const unsigned header = (symbol - literal_symbols) % headers_per_slot;
+        if (header != long_header)
+            entries[symbol] = entry::match(slot, header + minimum_match, 0, Aligned);
     }
+    return entries;
+}();
 
-    const std::uint8_t* lengths;
-    unsigned count;
-    std::uint16_t order[maximum_main_symbols];
-};
+} // namespace
 
-bool fast_tables::build(const std::uint8_t* main_lengths, unsigned main_symbols,
-                        const std::uint8_t* length_lengths, bool in_aligned) {
-    const sorted_code main_code(main_lengths, main_symbols);
-    if (main_code.count == 0)
+bool fast_tables::build(const block_codes& codes) {
+    main_order.sort(codes.main_lengths, codes.main_symbols);
+    if (main_order.empty())
         return false;
-    const sorted_code length_code(length_lengths, length_symbols);
-    std::uint16_t* next = length;
-    for (unsigned i = 0; i < length_code.count; ++i) {
-        const unsigned symbol = length_code.order[i];
-        const unsigned l = length_lengths[symbol];
-        if (l > length_index_bits)
-            break;
-        next = std::fill_n(next, 1u << (length_index_bits - l), static_cast<std::uint16_t>(l << 8 | symbol));
+    length_order.sort(codes.length_lengths, length_symbols);
+    fill_length();
+    if (codes.aligned_table == nullptr) {
+        fill_main<false>();
+    } else {
+        fill_main<true>();
+        fill_aligned(codes.aligned_table, codes.aligned_lengths);
     }
-    std::fill(next, std::end(length), length_code.count == 0 ? std::uint16_t{0} : long_code);
-    fill_main(main_code, length_code, in_aligned);
     return true;
 }
 
-void fast_tables::fill_main(const sorted_code& main_code, const sorted_code& length_code, bool in_aligned) {
+void fast_tables::fill_length() {
+    std::uint16_t* next = length;
+    for (unsigned l = 1; l <= length_index_bits; ++l)
+        for (unsigned i = length_order.first[l]; i < length_order.first[l + 1]; ++i)
+            next = std::fill_n(next, 1u << (length_index_bits - l),
+                               static_cast<std::uint16_t>(l << 8 | length_order.symbols[i]));
+    std::fill(next, std::end(length), length_order.empty() ? std::uint16_t{0} : long_code);
+}
+
+template<bool Aligned>
+void fast_tables::fill_main() {
     entry::type* next = main;
-    for (unsigned i = 0; i < main_code.count; ++i) {
-        const unsigned symbol = main_code.order[i];
-        const unsigned l = main_code.lengths[symbol];
-        if (l > main_index_bits)
-            break;
+    for (unsigned l = 1; l <= main_index_bits; ++l) {
         const unsigned room = main_index_bits - l;
-        if (symbol < literal_symbols) {
-            next = std::fill_n(next, 1u << room, entry::literal(symbol, l));
-            continue;
+        unsigned i = main_order.first[l];
+        const unsigned last = main_order.first[l + 1];
+        for (; i < last && main_order.symbols[i] < literal_symbols; ++i)
+            next = std::fill_n(next, 1u << room, entry::literal(main_order.symbols[i], l));
+        for (; i < last; ++i) {
+            const unsigned symbol = main_order.symbols[i];
+            if (const entry::type plain = plain_entries<Aligned>[symbol]) {
+                next = std::fill_n(next, 1u << room, plain + (l << entry::size_shift | l));
+                continue;
+            }
+            const unsigned slot = (symbol - literal_symbols) / headers_per_slot;
+            entry::type* const end = next + (1u << room);
+            for (unsigned more = 1; more <= room; ++more) {
+                const entry::type shortest =
+                    entry::match(slot, long_header + minimum_match, l + more, Aligned);
+                for (unsigned k = length_order.first[more]; k < length_order.first[more + 1]; ++k)
+                    next =
+                        std::fill_n(next, 1u << (room - more),
+                                    shortest + (entry::type{length_order.symbols[k]} << entry::length_shift));
+            }
+            next = std::fill_n(next, end - next, slot << entry::slot_shift | l);
         }
-        const unsigned slot = (symbol - literal_symbols) / headers_per_slot;
-        const unsigned header = (symbol - literal_symbols) % headers_per_slot;
-        entry::type* const end = next + (1u << room);
-        if (header != long_header) {
-            next = std::fill_n(next, end - next, entry::match(slot, header + minimum_match, l, in_aligned));
-            continue;
-        }
-        for (unsigned k = 0; k < length_code.count; ++k) {
-            const unsigned further = length_code.order[k];
-            const unsigned further_length = length_code.lengths[further];
-            if (further_length > room)
-                break;
-            next = std::fill_n(
-                next, 1u << (room - further_length),
-                entry::match(slot, long_header + minimum_match + further, l + further_length, in_aligned));
-        }
-        next = std::fill_n(next, end - next, slot << entry::special_slot_shift | l << entry::code_shift);
     }
     std::fill(next, std::end(main), entry::type{0});
+}
+
+void fast_tables::fill_aligned(const std::uint8_t* symbols, const std::uint8_t* lengths) {
+    for (unsigned i = 0; i < 1u << aligned_bits; ++i)
+        aligned[(1u << aligned_bits) + i] = (entry::token{symbols[i]} << entry::symbol_shift) +
+                                            (entry::token{lengths[symbols[i]]} << entry::size_shift) -
+                                            (entry::token{entry::aligned} << entry::size_shift);
 }
 
 } // namespace algorithm::lzx

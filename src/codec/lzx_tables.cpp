@@ -13,6 +13,20 @@ unsigned count_slots(std::uint32_t window_size) {
     return slots;
 }
 
+bool is_buildable(const std::uint8_t* lengths, unsigned count) {
+    // How much of all 16-bit numbers begins with a code of each length.
+    static constexpr auto shares = [] {
+        std::array<std::uint32_t, maximum_code_length + 1> all{};
+        for (unsigned l = 1; l <= maximum_code_length; ++l)
+            all[l] = 1u << (maximum_code_length - l);
+        return all;
+    }();
+    std::uint32_t sum = 0;
+    for (unsigned symbol = 0; symbol < count; ++symbol)
+        sum += shares[lengths[symbol]];
+    return sum == 0 || sum == 1u << maximum_code_length;
+}
+
 bool build_table(const std::uint8_t* lengths, unsigned count, unsigned bits, std::int16_t* table,
                  tree_links* links) {
     std::uint32_t counts[maximum_code_length + 1] = {};

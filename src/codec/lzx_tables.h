@@ -54,6 +54,9 @@ struct tree_links {
     std::int16_t right;
 };
 
+/// Whether these lengths make a code that build_table takes: a complete one or none at all.
+bool is_buildable(const std::uint8_t* lengths, unsigned count);
+
 /// Fills `table`, of 2 to the power `bits` entries, for the canonical code with these lengths; longer codes
 /// go on in `links`, which has room for 2 x `count` nodes. No code at all gives a table of zeros. Answers
 /// false if the code is incomplete or over-full.

@@ -118,9 +118,11 @@ void expect_agreement_when_damaged(const frames& coded, unsigned window_bits, un
         if (frame.bytes.empty())
             continue;
         switch (random() % 4) {
-        case 0:
-            frame.bytes.resize(random() % frame.bytes.size());
+        case 0: { // often close to one of the ends
+            const std::size_t cut = random() % frame.bytes.size() >> random() % 14;
+            frame.bytes.resize(random() % 2 == 0 ? cut : frame.bytes.size() - 1 - cut);
             break;
+        }
         case 1:
             std::swap(frame, bad[random() % bad.size()]);
             break;
@@ -231,11 +233,14 @@ TEST(LzxDecompressor, TakesTreesOfEveryShape) {
     std::vector<lzx_token> long_matches{{1, 'x'}};
     for (std::uint32_t length = 2; length <= 257; ++length)
         long_matches.push_back({length, 1 + length % 40});
+    std::vector<lzx_token> nines = literals(std::string(300, 'n'));
+    nines.resize(1000, {9, 40});
     const struct {
         const char* name;
         std::vector<lzx_token> tokens;
         lzx_shape shape;
     } cases[] = {
+        {"length symbols without a code", nines, {.length_lengths = std::vector<std::uint8_t>(249)}},
         {"one symbol", literals(std::string(1000, 'a')), {}},
         {"a chain", literals(ladder), {.main_lengths = chain}},
         {"flat", literals(ladder), {.runs = false, .main_lengths = flat}},
@@ -407,13 +412,21 @@ TEST(LzxDecompressor, TranslatesCallsFrameByFrame) {
     }
 }
 
-// A reader that begins in the middle of such a symbol never finds the beginning of one.
+// A reader that begins in the middle of such a symbol never finds the beginning of one, and of short codes
+// far more follow each other than usual.
 TEST(LzxDecompressor, ReadsCodesOfOneLength) {
     support::numbers random(9);
-    std::string text(100000, '\0');
-    for (char& byte : text)
-        byte = static_cast<char>(random());
-    lzx_writer writer(16);
-    writer.block(literals(text), {.main_lengths = std::vector<std::uint8_t>(512, 9)});
-    EXPECT_TRUE(decoded(writer.finish(), 16).bytes == text);
+    for (const unsigned bits : {1u, 2u, 5u, 9u}) {
+        const auto symbols = std::min(1u << bits, 256u);
+        std::string text(100000, '\0');
+        for (char& byte : text)
+            byte = static_cast<char>(random() % symbols);
+        std::vector<std::uint8_t> lengths(512);
+        std::fill_n(lengths.begin(), 1u << bits, static_cast<std::uint8_t>(bits));
+        lzx_writer writer(16);
+        writer.block(literals(text), {.main_lengths = lengths});
+        const auto coded = writer.finish();
+        EXPECT_TRUE(decoded(coded, 16).bytes == text) << bits;
+        expect_agreement_when_damaged(coded, 16, 20, bits);
+    }
 }
