@@ -1,5 +1,5 @@
 #include "host/commands.h"
-#include "host/tally.h"
+#include "host/tally_folder.h"
 #include "outside/groundwork/text.h"
 
 #include <nlohmann/json.hpp>
@@ -39,8 +39,7 @@ void list(workplace& at) {
         at.log.begin(archive);
         std::vector<tally_entry> entries;
         tally counts{at.items, at.log, &entries};
-        const pattern::AcquiredPtr<TallyFolder> top(
-            new TallyFolder(counts, std::make_shared<const std::string>()));
+        const pattern::AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
         run_pass(at.known, at.items, at.log, archive, *top);
         auto files = nlohmann::ordered_json::array();
         if (!at.chosen.json && at.chosen.archives.size() > 1)

@@ -1,7 +1,8 @@
 #include "archive/cab/content_scan.h"
 
 #include "archive/cab/archive.h"
-#include "archive/cab/items.h"
+#include "archive/cab/file_item.h"
+#include "archive/cab/folder_item.h"
 #include "archive/cab/split_path.h"
 #include "format/cab/item_reader.h"
 #include "model/container_adaptor.h"

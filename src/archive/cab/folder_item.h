@@ -1,0 +1,29 @@
+#pragma once
+
+#include "model/archive_item.h"
+#include "model/folder.h"
+#include "model/named_item.h"
+
+namespace harbor6::cab {
+
+class Archive;
+
+/// A component of a path in a cabinet. It shows the client what folder is wanted and lives for that question;
+/// it must not outlive its archive, which it doesn't count.
+class FolderItem : public ArchiveItem, public Folder, public NamedItem<FolderItem> {
+public:
+    FolderItem(cab::Archive* archive, const std::string& name);
+    ~FolderItem() override;
+
+    harbor6::Archive* owningArchive() const override;
+    bool modifiable(const std::string& key) override;
+
+protected:
+    std::string itemName() const override;
+
+private:
+    std::string name;
+    cab::Archive* owner;
+};
+
+} // namespace harbor6::cab
