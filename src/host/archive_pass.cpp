@@ -68,7 +68,7 @@ bool run_pass(registry& known, harbor6::Format& items, report& log, const std::s
     // A decoder that looked beyond the end and needed nothing from there leaves a short read too; only
     // together with a failure does it mean that bytes are missing.
     const bool wanted_more = file && file->storage().came_short();
-    const auto cut = wanted_more ? cut_short(file->storage().end()).message() : std::string();
+    const auto cut = wanted_more ? file->storage().cut_short().message() : std::string();
     if (*failure != cut)
         log.failure(*failure);
     if (wanted_more)

@@ -1,7 +1,5 @@
 #include "host/disk_storage.h"
 
-#include "outside/groundwork/text.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -20,18 +18,6 @@ constexpr std::uint64_t history = 256 * 1024;
 static_assert(ring_size - chunk >= history && (ring_size & (ring_size - 1)) == 0 && ring_size % chunk == 0);
 
 } // namespace
-
-cut_short::cut_short(std::uint64_t end)
-    : stream::exception("cut short: the input ends at byte " + un::write(end, 10, 1), "host::storage_input") {
-}
-
-std::unique_ptr<basic::cloneable_exception> cut_short::Clone() const {
-    return std::make_unique<cut_short>(*this);
-}
-
-void cut_short::Raise() const {
-    throw cut_short(*this);
-}
 
 storage_input::storage_input(disk_descriptor opened, std::string input_name)
     : source(std::move(opened)), name(std::move(input_name)),
@@ -109,7 +95,7 @@ void storage_input::restart_at(std::uint64_t value) {
 
 void storage_input::step_back(std::uint64_t count) {
     if (short_read)
-        throw cut_short(filled);
+        throw cut_short();
     if (count > place || !seek(place - count))
         throw stream::exception("bytes pushed back that were not delivered", "host::storage_input");
 }
@@ -139,6 +125,10 @@ std::uint64_t storage_input::size() const {
         return ~std::uint64_t{0};
     return static_cast<std::uint64_t>(status.st_size) -
            std::min(origin, static_cast<std::uint64_t>(status.st_size));
+}
+
+stream::cut_short storage_input::cut_short() const {
+    return {filled, "host::storage_input"};
 }
 
 disk_descriptor storage_input::duplicate() const {

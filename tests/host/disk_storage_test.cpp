@@ -93,11 +93,11 @@ TEST_P(StorageInput, KnowsBytesThatWereNeverWhole) {
     EXPECT_EQ(input->read(piece, 8), 6u);
     EXPECT_TRUE(input->came_short());
     EXPECT_EQ(input->read(piece, 0), 0u);
-    EXPECT_THROW(input->unread(piece, 0), host::cut_short) << "a read of nothing proves nothing";
+    EXPECT_THROW(input->unread(piece, 0), stream::cut_short) << "a read of nothing proves nothing";
     try {
         input->unread(piece, 8);
         FAIL();
-    } catch (const host::cut_short& cut) {
+    } catch (const stream::cut_short& cut) {
         EXPECT_EQ(cut.message(), "cut short: the input ends at byte 6");
     }
     ASSERT_TRUE(input->seek(2)) << "who looks beyond the end may come back";
@@ -105,7 +105,7 @@ TEST_P(StorageInput, KnowsBytesThatWereNeverWhole) {
     input->unread('f');
     EXPECT_EQ(input->read(), 'f');
     EXPECT_EQ(input->read(), -1);
-    EXPECT_THROW(input->unread('f'), host::cut_short);
+    EXPECT_THROW(input->unread('f'), stream::cut_short);
     EXPECT_FALSE(input->seek(7));
     EXPECT_TRUE(input->seek(6));
     EXPECT_EQ(input->skip(1), 0u);

@@ -1,6 +1,5 @@
 #include "outside/shell/entry_fork.h"
 
-#include "outside/groundwork/text.h"
 #include "stream/random.h"
 
 #include <algorithm>
@@ -29,8 +28,7 @@ public:
     /// early.
     void unread(const char* bytes, unsigned count) override {
         if (came_short)
-            throw stream::exception("cut short: the input ends at byte " + un::write(length, 10, 1),
-                                    "harbor6::EntryInput");
+            throw stream::cut_short(length, "harbor6::EntryInput");
         stream::random::input::unread(bytes, count);
     }
 
