@@ -1,9 +1,9 @@
 #include "host/disk_file.h"
 
 #include "host/disk_folder.h"
+#include "host/disk_input.h"
 #include "host/disk_output.h"
 #include "host/disk_random.h"
-#include "host/disk_storage.h"
 #include "stream/infinite_output.h"
 
 namespace host {
@@ -30,7 +30,7 @@ harbor6::data::CountedInput DiskFork::input(bool /*expanding*/) const {
     if (!owner->stands())
         return {};
     auto file = owner->expansion.target.open_file(owner->folder(), owner->name());
-    return harbor6::data::CountedInput(std::make_unique<storage_input>(std::move(file), owner->path()));
+    return harbor6::data::CountedInput(std::make_unique<disk_input>(std::move(file), owner->path()));
 }
 
 harbor6::data::random::CountedInput DiskFork::randomInput(bool /*expanding*/, bool /*shared*/) const {

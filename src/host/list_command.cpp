@@ -15,7 +15,7 @@ std::string written(const fs::time& time, char between) {
            two(time.hour) + ':' + two(time.minute) + ':' + two(time.second);
 }
 
-void print(console& screen, const tally_entry& entry) {
+void print(disk_console& screen, const tally_entry& entry) {
     const auto size = un::write(entry.size, 10, 1);
     const std::string margin(size.size() < 12 ? 12 - size.size() : 0, ' ');
     screen.print(margin + size + "  " +

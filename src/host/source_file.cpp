@@ -4,7 +4,7 @@
 
 namespace host {
 
-SourceFork::SourceFork(std::unique_ptr<storage_input> input) : bytes(input.get()), stream(std::move(input)) {}
+SourceFork::SourceFork(std::unique_ptr<disk_input> input) : bytes(input.get()), stream(std::move(input)) {}
 
 harbor6::data::CountedInput SourceFork::input(bool /*expanding*/) const {
     if (!stream->seek(0))
@@ -20,7 +20,7 @@ harbor6::data::random::CountedInput SourceFork::randomInput(bool /*expanding*/,
     return harbor6::data::random::CountedInput(std::make_unique<disk_random_input>(std::move(file), "it"));
 }
 
-SourceFile::SourceFile(harbor6::Format& format, std::string file_name, std::unique_ptr<storage_input> input)
+SourceFile::SourceFile(harbor6::Format& format, std::string file_name, std::unique_ptr<disk_input> input)
     : OneForkFile(std::move(input)), PlainItem(format), name(std::move(file_name)) {}
 
 std::string SourceFile::itemName() const {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/disk_storage.h"
+#include "host/disk_input.h"
 #include "host/plain_item.h"
 #include "model/one_fork_file.h"
 
@@ -9,16 +9,16 @@ namespace host {
 /// The bytes of the archive's file.
 class SourceFork : public harbor6::Fork {
 public:
-    explicit SourceFork(std::unique_ptr<storage_input> bytes);
+    explicit SourceFork(std::unique_ptr<disk_input> bytes);
 
-    storage_input& storage() const { return *bytes; }
+    disk_input& storage() const { return *bytes; }
 
     harbor6::data::CountedInput input(bool expanding) const override;
     /// Empty on a pipe.
     harbor6::data::random::CountedInput randomInput(bool expanding, bool shared_stream) const override;
 
 private:
-    storage_input* bytes; ///< held by `stream`
+    disk_input* bytes; ///< held by `stream`
     harbor6::data::CountedInput stream;
 };
 
@@ -27,9 +27,9 @@ private:
 /// still holds it.
 class SourceFile : public harbor6::OneForkFile<SourceFork>, public PlainItem<SourceFile> {
 public:
-    SourceFile(harbor6::Format& format, std::string name, std::unique_ptr<storage_input> bytes);
+    SourceFile(harbor6::Format& format, std::string name, std::unique_ptr<disk_input> bytes);
 
-    storage_input& storage() const { return fork.storage(); }
+    disk_input& storage() const { return fork.storage(); }
 
 protected:
     std::string itemName() const override;

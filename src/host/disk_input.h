@@ -14,10 +14,10 @@ namespace host {
 ///
 /// A read or skip that comes short is no failure, since decoders look beyond the end and come back by `seek`.
 /// But bytes pushed back while the last read came short were never whole: that raises stream::cut_short.
-class storage_input : public stream::input {
+class disk_input : public stream::input {
 public:
     /// Reads `source` from where it stands. `name` is for messages.
-    storage_input(disk_descriptor source, std::string name);
+    disk_input(disk_descriptor source, std::string name);
 
     using stream::input::read;
 
