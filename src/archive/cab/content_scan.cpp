@@ -90,18 +90,9 @@ bool content_scan::topFolder(const std::string& token, AcquiredPtr<Folder>& pare
         return true;
     }
     std::string name = token;
-    if (AcquiredPtr<Item> existing(parent->acquireItemFromName(name)); existing) {
-        const AcquiredPtr<FolderItem> model(new FolderItem(&archive, token));
-        const bool is_folder = existing->asFolder() != nullptr;
-        if (!client().targetNameConflict(name, *existing, is_folder, *model, &parent) || !parent)
-            return false;
-        existing = parent->acquireItemFromName(name);
-        if (existing) {
-            if (!existing->asFolder())
-                throw un::exception("targetNameConflict failed to resolve conflict", "un");
-            folder = AcquiredPtr<Folder>::sharing(*existing->asFolder());
-        }
-    }
+    const AcquiredPtr<FolderItem> model(new FolderItem(&archive, token));
+    if (!Folder::settleFolderName(archive, *model, name, parent, folder))
+        return false;
     if (!folder)
         folder = parent->acquireNewFolderFromName(name, false);
     folders.emplace(token, folder);
