@@ -159,12 +159,8 @@ bool DiskFile::setItemTime(const any::time& time) {
     return true;
 }
 
-bool DiskFile::getStructure(const std::string& key, un::structure& value) const {
-    auto* const which = key == harbor6::key::fsSpec ? dynamic_cast<fs::Spec*>(&value) : nullptr;
-    const auto mine = which ? expansion.target.identity(folder(), name()) : std::nullopt;
-    if (mine)
-        *which = *mine;
-    return mine.has_value();
+std::optional<fs::Spec> DiskFile::identity() const {
+    return expansion.target.identity(folder(), name());
 }
 
 } // namespace host

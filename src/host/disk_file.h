@@ -53,13 +53,13 @@ public:
     void adoptForks(const harbor6::File& source) override;
     /// Never raises: what goes wrong is reported.
     void commitItem() override;
-    bool getStructure(const std::string& key, un::structure& value) const override;
 
 protected:
     std::string itemName() const override;
     /// Gives a file to be made its name, once, and one that stands another.
     bool setItemName(const std::string& name) override;
     bool setItemTime(const any::time& time) override;
+    std::optional<fs::Spec> identity() const override;
 
 private:
     friend class DiskFork;
@@ -69,7 +69,7 @@ private:
     enum : std::uint8_t {
         existing,       ///< stood there before; nothing is done to it
         existing_other, ///< the same, but no plain file
-        nameless,       ///< to be made; setString leads to `wanted`
+        nameless,       ///< to be made; setItemName leads to `wanted`
         wanted,         ///< to be made; its output leads to `writing`, or to `settled` if it can't be had
         writing,        ///< commitItem leads to `settled`
         settled         ///< reported

@@ -171,12 +171,8 @@ bool DiskFolder::setItemName(const std::string& value) {
     return true;
 }
 
-bool DiskFolder::getStructure(const std::string& key, un::structure& value) const {
-    auto* const which = key == harbor6::key::fsSpec ? dynamic_cast<fs::Spec*>(&value) : nullptr;
-    const auto mine = which && obstacle.empty() ? expansion.target.identity(path(), {}) : std::nullopt;
-    if (mine)
-        *which = *mine;
-    return mine.has_value();
+std::optional<fs::Spec> DiskFolder::identity() const {
+    return obstacle.empty() ? expansion.target.identity(path(), {}) : std::nullopt;
 }
 
 } // namespace host

@@ -41,13 +41,12 @@ public:
     harbor6::File* _newFile() override;
     harbor6::Folder* _newFolder() override;
 
-    bool getStructure(const std::string& key, un::structure& value) const override;
-
 protected:
     std::string itemName() const override;
     /// A folder to be made gets its name so, once; the empty name makes it the same folder as its parent. One
     /// that stands gets another.
     bool setItemName(const std::string& name) override;
+    std::optional<fs::Spec> identity() const override;
 
 private:
     disk_entry look(const std::string& name) const;

@@ -4,16 +4,15 @@
 
 namespace host {
 
-SourceFork::SourceFork(std::unique_ptr<disk_input> input) : bytes(input.get()), stream(std::move(input)) {}
+SourceFork::SourceFork(std::unique_ptr<disk_input> input) : bytes(input.get()), lent(std::move(input)) {}
 
 harbor6::data::CountedInput SourceFork::input(bool /*expanding*/) const {
-    if (!stream->seek(0))
-        throw ::stream::exception("the input can't be read a second time", "host::SourceFile");
-    return stream;
+    if (!lent->seek(0))
+        throw stream::exception("the input can't be read a second time", "host::SourceFile");
+    return lent;
 }
 
-harbor6::data::random::CountedInput SourceFork::randomInput(bool /*expanding*/,
-                                                            bool /*shared_stream*/) const {
+harbor6::data::random::CountedInput SourceFork::randomInput(bool /*expanding*/, bool /*shared*/) const {
     auto file = bytes->duplicate();
     if (!file)
         return {};

@@ -15,11 +15,11 @@ public:
 
     harbor6::data::CountedInput input(bool expanding) const override;
     /// Empty on a pipe.
-    harbor6::data::random::CountedInput randomInput(bool expanding, bool shared_stream) const override;
+    harbor6::data::random::CountedInput randomInput(bool expanding, bool shared) const override;
 
 private:
-    disk_input* bytes; ///< held by `stream`
-    harbor6::data::CountedInput stream;
+    disk_input* bytes; ///< held by `lent`
+    harbor6::data::CountedInput lent;
 };
 
 /// The archive's file as the item model sees it: a name, and one stream of bytes, which everybody shares.
