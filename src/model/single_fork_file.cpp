@@ -106,8 +106,6 @@ const Fork* SingleForkIterator::current() {
     return currentFork;
 }
 
-SingleForkFile::SingleForkFile() = default;
-
-SingleForkFile::~SingleForkFile() = default;
+template class OneForkFile<SimpleFork>;
 
 } // namespace harbor6

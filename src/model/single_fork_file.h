@@ -53,10 +53,7 @@ private:
 };
 
 /// A file whose one fork asks it for everything.
-class HARBOR6_API SingleForkFile : public OneForkFile<SimpleFork> {
-public:
-    SingleForkFile();
-    ~SingleForkFile() override;
-};
+using SingleForkFile = OneForkFile<SimpleFork>;
+extern template class HARBOR6_API OneForkFile<SimpleFork>; // formats and hosts share one
 
 } // namespace harbor6

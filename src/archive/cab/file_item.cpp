@@ -3,6 +3,8 @@
 #include "archive/cab/archive.h"
 #include "outside/groundwork/text.h"
 
+#include <utility>
+
 namespace harbor6::cab {
 
 FileItem::FileItem(cab::Archive* archive, std::shared_ptr<const ::format::cab::file_header> read)
@@ -14,16 +16,40 @@ harbor6::Archive* FileItem::owningArchive() const {
     return owner;
 }
 
-bool FileItem::modifiable(const std::string& /*key*/) {
-    return false;
+bool FileItem::hasString(const std::string& key) const {
+    return idFromName(key) == key_id::name || SingleForkFile::hasString(key);
 }
 
-std::string FileItem::itemName() const {
-    return nio::leaf(record->name, '/');
+bool FileItem::getString(const std::string& key, std::string& value) const {
+    if (idFromName(key) != key_id::name)
+        return SingleForkFile::getString(key, value);
+    value = nio::leaf(record->name, '/');
+    return true;
 }
 
-std::optional<any::time> FileItem::itemTime() const {
-    return record->time;
+bool FileItem::hasTime(const std::string& key) const {
+    return idFromName(key) == key_id::modTime || SingleForkFile::hasTime(key);
+}
+
+bool FileItem::getTime(const std::string& key, any::time& value) const {
+    if (idFromName(key) != key_id::modTime)
+        return SingleForkFile::getTime(key, value);
+    value = record->time;
+    return true;
+}
+
+void FileItem::populateIndex() const {
+    static bool filled = false;
+    if (std::exchange(filled, true))
+        return;
+    Item::populateIndex();
+    index()[key::name] = key_id::name;
+    index()[key::modTime] = key_id::modTime;
+}
+
+Attributes::Index* FileItem::newIndex() const {
+    static Index keys;
+    return &keys;
 }
 
 } // namespace harbor6::cab

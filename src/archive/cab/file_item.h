@@ -2,7 +2,6 @@
 
 #include "format/cab/file_header.h"
 #include "model/archive_item.h"
-#include "model/named_item.h"
 #include "model/single_fork_file.h"
 
 #include <memory>
@@ -14,17 +13,22 @@ class Archive;
 /// A file record of a cabinet. It shows the client what file there is, and gives its attributes to the
 /// target's file: a name and a modification time. No stream leads from it to the cabinet's bytes. It must not
 /// outlive its archive, which it doesn't count.
-class FileItem : public ArchiveItem, public SingleForkFile, public NamedItem<FileItem> {
+class FileItem : public ArchiveItem, public SingleForkFile {
 public:
     FileItem(cab::Archive* archive, std::shared_ptr<const ::format::cab::file_header> record);
     ~FileItem() override;
 
     harbor6::Archive* owningArchive() const override;
-    bool modifiable(const std::string& key) override;
+    void destroy() override { delete this; }
+    bool modifiable(const std::string& /*key*/) override { return false; }
+    bool hasString(const std::string& key) const override;
+    bool getString(const std::string& key, std::string& value) const override;
+    bool hasTime(const std::string& key) const override;
+    bool getTime(const std::string& key, any::time& value) const override;
 
 protected:
-    std::string itemName() const override;
-    std::optional<any::time> itemTime() const override;
+    void populateIndex() const override;
+    Index* newIndex() const override;
 
 private:
     std::shared_ptr<const ::format::cab::file_header> record;

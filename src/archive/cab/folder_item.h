@@ -2,7 +2,6 @@
 
 #include "model/archive_item.h"
 #include "model/folder.h"
-#include "model/named_item.h"
 
 namespace harbor6::cab {
 
@@ -10,16 +9,20 @@ class Archive;
 
 /// A component of a path in a cabinet. It shows the client what folder is wanted and lives for that question;
 /// it must not outlive its archive, which it doesn't count.
-class FolderItem : public ArchiveItem, public Folder, public NamedItem<FolderItem> {
+class FolderItem : public ArchiveItem, public Folder {
 public:
     FolderItem(cab::Archive* archive, const std::string& name);
     ~FolderItem() override;
 
     harbor6::Archive* owningArchive() const override;
-    bool modifiable(const std::string& key) override;
+    void destroy() override { delete this; }
+    bool modifiable(const std::string& /*key*/) override { return false; }
+    bool hasString(const std::string& key) const override;
+    bool getString(const std::string& key, std::string& value) const override;
 
 protected:
-    std::string itemName() const override;
+    void populateIndex() const override;
+    Index* newIndex() const override;
 
 private:
     std::string name;
