@@ -20,7 +20,7 @@ class Item;
 
 /// One archive format: what it is called, what it can do, and how its archives come into being. A concrete
 /// format fills the members in its constructor and overrides the factories. Hosts read the members through
-/// the attribute keys.
+/// the attribute keys. The members, like the operations, keep their order.
 class HARBOR6_API Format : public Attributes {
 public:
     /// A value that a format cannot represent.
@@ -88,13 +88,16 @@ public:
     /// The recogniser, made when first asked for; null if there is none. It serves one caller at a time.
     format::classifier* recogniser();
 
+protected:
+    std::vector<std::string> suffixes; ///< the preferred one first
+
+public:
+    bool executable = true;
     bool active = true; ///< false: no archive can be created
+    std::uint32_t preserve_resource_fork = 0;
     HarborShell* const shell;
 
 protected:
-    std::vector<std::string> suffixes; ///< the preferred one first
-    bool executable = true;
-    std::uint32_t preserve_resource_fork = 0;
     std::uint32_t capabilities = 0;
     ModelAttributes model; ///< the file of a new archive
     std::string format_name;
