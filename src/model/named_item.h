@@ -58,9 +58,10 @@ protected:
     }
     Index* newIndex() const override { return &keys; }
 
+    static inline bool filled = false; ///< the index has its keys
+
 private:
     static inline Index keys;
-    static inline bool filled = false;
 };
 
 } // namespace harbor6

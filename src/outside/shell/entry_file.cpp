@@ -2,9 +2,8 @@
 
 namespace harbor6 {
 
-EntryFile::EntryFile(std::shared_ptr<WalkState> shared) : WalkEntry(std::move(shared)) {
-    fork.state = state;
-}
+EntryFile::EntryFile(std::shared_ptr<WalkState> shared)
+    : WalkEntry(std::move(shared)), OneForkFile(this, state) {}
 
 EntryFile::~EntryFile() = default;
 
@@ -34,6 +33,8 @@ bool EntryFile::setItemTime(const any::time& time) {
 }
 
 void EntryFile::populateIndex() const {
+    if (filled)
+        return;
     WalkEntry::populateIndex();
     index()[key::uncompressedSize] = key_id::uncompressedSize;
 }

@@ -76,7 +76,8 @@ private:
 
 } // namespace
 
-EntryFork::EntryFork(File* file) : SimpleFork(file) {}
+EntryFork::EntryFork(File* file, std::shared_ptr<WalkState> shared)
+    : SimpleFork(file), state(std::move(shared)) {}
 
 EntryFork::~EntryFork() = default;
 

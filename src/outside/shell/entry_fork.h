@@ -9,18 +9,18 @@ namespace harbor6 {
 /// them only while the walk is built.
 class EntryFork : public SimpleFork {
 public:
-    explicit EntryFork(File* file);
+    EntryFork(File* file, std::shared_ptr<WalkState> state);
     ~EntryFork() override;
 
     data::CountedInput input(bool expanding) const override;
     data::random::CountedInput randomInput(bool expanding, bool shared) const override;
     data::CountedOutput output(bool expanding) override;
 
-    std::shared_ptr<WalkState> state; ///< set by the file
-    bool complete = false;            ///< all bytes have come
+    bool complete = false; ///< all bytes have come
     std::uint64_t length = 0;
 
 private:
+    const std::shared_ptr<WalkState> state;
     std::uint64_t offset = 0; ///< of the first byte in the walk's bytes
 };
 
