@@ -31,6 +31,8 @@ public:
 
     disk_input& storage() const { return fork.storage(); }
 
+    bool modifiable(const std::string& /*key*/) override { return false; }
+
 protected:
     std::string itemName() const override;
 
