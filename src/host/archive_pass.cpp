@@ -15,7 +15,7 @@ namespace {
 using pattern::AcquiredPtr;
 
 /// Why no format claimed the file. Raises what a format says of a header that is cut short.
-std::string why_unknown(registry& known, storage_input& storage) {
+std::string why_unknown(registry& known, disk_input& storage) {
     std::vector<char> sample(harbor6::Classifier::sample_size);
     storage.seek(0);
     const auto came = storage.read(sample.data(), harbor6::Classifier::sample_size);
@@ -29,7 +29,7 @@ std::string why_unknown(registry& known, storage_input& storage) {
 
 /// Whether the archive gives its items. One that is damaged doesn't; what can be had of it comes out in one
 /// pass, if its bytes can be read once more.
-bool can_be_walked(const harbor6::Archive& archive, storage_input& storage) {
+bool can_be_walked(const harbor6::Archive& archive, disk_input& storage) {
     try {
         std::int64_t items = 0;
         return archive.getNumItems(items, false);
@@ -49,7 +49,7 @@ bool run_pass(registry& known, harbor6::Format& items, report& log, const std::s
     try {
         auto source = path == "-" ? open_standard_input() : open_input(path);
         file = new SourceFile(items, nio::leaf(path, '/'),
-                              std::make_unique<storage_input>(std::move(source), "it"));
+                              std::make_unique<disk_input>(std::move(source), "it"));
         AcquiredPtr<harbor6::Archive> archive(known.formats.acquireStreamArchive(*file));
         if (!archive) {
             log.failure(why_unknown(known, file->storage()));
@@ -68,7 +68,7 @@ bool run_pass(registry& known, harbor6::Format& items, report& log, const std::s
     // A decoder that looked beyond the end and needed nothing from there leaves a short read too; only
     // together with a failure does it mean that bytes are missing.
     const bool wanted_more = file && file->storage().came_short();
-    const auto cut = wanted_more ? cut_short(file->storage().end()).message() : std::string();
+    const auto cut = wanted_more ? file->storage().cut_short().message() : std::string();
     if (*failure != cut)
         log.failure(*failure);
     if (wanted_more)

@@ -29,7 +29,7 @@ void add_common(CLI::App& command, options& chosen) {
 
 void finish_expand(parsed& from) {
     auto& chosen = from.chosen;
-    chosen.chosen = options::command::expand;
+    chosen.to_run = options::command::expand;
     chosen.archives = {from.first};
     chosen.archives.insert(chosen.archives.end(), from.more.begin(), from.more.end());
     chosen.policy = from.overwrite ? clash_policy::overwrite
@@ -74,7 +74,7 @@ void add_reading(CLI::App& program, options& chosen, const std::string& name, co
     add_common(command, chosen);
     if (meaning == options::command::list)
         command.add_flag("--json", chosen.json, "List as JSON");
-    command.callback([&chosen, meaning] { chosen.chosen = meaning; });
+    command.callback([&chosen, meaning] { chosen.to_run = meaning; });
 }
 
 } // namespace
@@ -93,7 +93,7 @@ std::variant<options, exit_status> parse_command_line(int count, char** argument
     add_reading(program, chosen, "test", "Read archives whole, and keep nothing", options::command::test);
     auto& formats = *program.add_subcommand("formats", "Show which formats are known");
     formats.add_option("--formats", chosen.formats, "Folder of format plug-ins")->type_name("DIR");
-    formats.callback([&chosen] { chosen.chosen = options::command::formats; });
+    formats.callback([&chosen] { chosen.to_run = options::command::formats; });
     try {
         program.parse(count, arguments);
     } catch (const CLI::ParseError& error) {

@@ -18,7 +18,7 @@ public:
 } // namespace
 
 exit_status run(const options& chosen) {
-    console screen;
+    disk_console screen;
     report log(screen, chosen.verbose);
     Client client(log);
     registry known(client);
@@ -32,7 +32,7 @@ exit_status run(const options& chosen) {
     }
     try {
         known.load(chosen.formats, log);
-        switch (chosen.chosen) {
+        switch (chosen.to_run) {
         case options::command::expand:
             expand(at);
             break;

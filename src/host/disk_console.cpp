@@ -26,29 +26,29 @@ int write_all(int descriptor, std::string_view text) {
 
 } // namespace
 
-console::console() {
+disk_console::disk_console() {
     // Neither a reader that leaves nor a limit on file sizes may end an expansion halfway without a word.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-console::~console() {
+disk_console::~disk_console() {
     flush();
 }
 
-void console::print(std::string_view text) {
+void disk_console::print(std::string_view text) {
     pending += text;
     if (pending.size() >= enough)
         flush();
 }
 
-void console::flush() {
+void disk_console::flush() {
     if (error == 0)
         error = write_all(STDOUT_FILENO, pending);
     pending.clear();
 }
 
-std::string console::finish() {
+std::string disk_console::finish() {
     flush();
     return error == 0 || error == EPIPE ? std::string() : disk_cause(error);
 }

@@ -1,15 +1,12 @@
 #include "host/disk_file.h"
 
 #include "host/disk_folder.h"
+#include "host/disk_input.h"
 #include "host/disk_output.h"
 #include "host/disk_random.h"
-#include "host/disk_storage.h"
 #include "stream/infinite_output.h"
 
 namespace host {
-
-namespace key = harbor6::key;
-namespace key_id = harbor6::key_id;
 
 namespace {
 
@@ -30,40 +27,41 @@ std::optional<std::time_t> local_moment(const fs::time& time) {
 } // namespace
 
 harbor6::data::CountedInput DiskFork::input(bool /*expanding*/) const {
-    if (!owner.stands())
+    if (!owner->stands())
         return {};
-    auto file = owner.expansion.target.open_file(owner.folder(), owner.name());
-    return harbor6::data::CountedInput(std::make_unique<storage_input>(std::move(file), owner.path()));
+    auto file = owner->expansion.target.open_file(owner->folder(), owner->name());
+    return harbor6::data::CountedInput(std::make_unique<disk_input>(std::move(file), owner->path()));
 }
 
 harbor6::data::random::CountedInput DiskFork::randomInput(bool /*expanding*/, bool /*shared*/) const {
-    if (!owner.stands())
+    if (!owner->stands())
         return {};
-    auto file = owner.expansion.target.open_file(owner.folder(), owner.name());
+    auto file = owner->expansion.target.open_file(owner->folder(), owner->name());
     return harbor6::data::random::CountedInput(
-        std::make_unique<disk_random_input>(std::move(file), owner.path()));
+        std::make_unique<disk_random_input>(std::move(file), owner->path()));
 }
 
 harbor6::data::CountedOutput DiskFork::output(bool /*expanding*/) {
     // The bytes of a file that can't be had still have to go somewhere.
-    if (!owner.begin())
+    if (!owner->begin())
         return harbor6::data::CountedOutput(std::make_unique<stream::infinite_output>());
-    return harbor6::data::CountedOutput(std::make_unique<disk_output>(owner.transfer));
+    return harbor6::data::CountedOutput(std::make_unique<disk_output>(owner->transfer));
 }
 
 harbor6::data::random::CountedOutput DiskFork::randomOutput(bool /*expanding*/) {
-    if (!owner.begin())
+    if (!owner->begin())
         return {};
-    return harbor6::data::random::CountedOutput(std::make_unique<disk_random_output>(owner.transfer));
+    return harbor6::data::random::CountedOutput(std::make_unique<disk_random_output>(owner->transfer));
 }
 
 DiskFile::DiskFile(disk_expansion& shared, std::shared_ptr<const std::string> folder)
-    : state(nameless), expansion(shared), folder_path(std::move(folder)), fork(*this) {}
+    : OneForkFile(this), PlainItem(shared.format), state(nameless), expansion(shared),
+      folder_path(std::move(folder)) {}
 
 DiskFile::DiskFile(disk_expansion& shared, std::shared_ptr<const std::string> folder, std::string name,
                    bool regular)
-    : state(regular ? existing : existing_other), expansion(shared), folder_path(std::move(folder)),
-      file_name(std::move(name)), fork(*this) {}
+    : OneForkFile(this), PlainItem(shared.format), state(regular ? existing : existing_other),
+      expansion(shared), folder_path(std::move(folder)), file_name(std::move(name)) {}
 
 DiskFile::~DiskFile() {
     if (promised)
@@ -72,18 +70,6 @@ DiskFile::~DiskFile() {
         expansion.log.missing(path());
     else if (state == writing)
         expansion.log.unfinished(path(), transfer->watch.counted(), transfer->failed_write());
-}
-
-void DiskFile::destroy() {
-    delete this;
-}
-
-const harbor6::Format& DiskFile::format() const {
-    return expansion.format;
-}
-
-harbor6::Format& DiskFile::format() {
-    return expansion.format;
 }
 
 bool DiskFile::isCreated() {
@@ -143,32 +129,11 @@ void DiskFile::commitItem() {
     transfer.reset();
 }
 
-harbor6::Fork* DiskFile::getMainFork() {
-    return &fork;
+std::string DiskFile::itemName() const {
+    return file_name;
 }
 
-const harbor6::Fork* DiskFile::getMainFork() const {
-    return &fork;
-}
-
-harbor6::Fork* DiskFile::getFork(unsigned id) {
-    return id == 0 ? &fork : nullptr;
-}
-
-bool DiskFile::hasString(const std::string& key) const {
-    return idFromName(key) == key_id::name || File::hasString(key);
-}
-
-bool DiskFile::getString(const std::string& key, std::string& value) const {
-    if (idFromName(key) != key_id::name)
-        return File::getString(key, value);
-    value = file_name;
-    return true;
-}
-
-bool DiskFile::setString(const std::string& key, const std::string& value) {
-    if (idFromName(key) != key_id::name)
-        return File::setString(key, value);
+bool DiskFile::setItemName(const std::string& value) {
     if (!disk_target::refusal(value).empty())
         return false;
     if (stands()) {
@@ -189,32 +154,13 @@ bool DiskFile::setString(const std::string& key, const std::string& value) {
     return true;
 }
 
-bool DiskFile::setTime(const std::string& key, const any::time& value) {
-    if (idFromName(key) != key_id::modTime)
-        return File::setTime(key, value);
-    modified = local_moment(fs::time(value));
+bool DiskFile::setItemTime(const any::time& time) {
+    modified = local_moment(fs::time(time));
     return true;
 }
 
-bool DiskFile::getStructure(const std::string& key, un::structure& value) const {
-    auto* const which = key == key::fsSpec ? dynamic_cast<fs::Spec*>(&value) : nullptr;
-    const auto mine = which ? expansion.target.identity(folder(), name()) : std::nullopt;
-    if (mine)
-        *which = *mine;
-    return mine.has_value();
-}
-
-void DiskFile::populateIndex() const {
-    if (!index().empty())
-        return;
-    File::populateIndex();
-    index()[key::name] = key_id::name;
-    index()[key::modTime] = key_id::modTime;
-}
-
-harbor6::Attributes::Index* DiskFile::newIndex() const {
-    static Index shared;
-    return &shared;
+std::optional<fs::Spec> DiskFile::identity() const {
+    return expansion.target.identity(folder(), name());
 }
 
 } // namespace host

@@ -2,8 +2,8 @@
 
 #include "host/disk_expansion.h"
 #include "host/disk_transfer.h"
-#include "model/file.h"
-#include "outside/shell/fork.h"
+#include "host/plain_item.h"
+#include "model/one_fork_file.h"
 
 namespace host {
 
@@ -12,7 +12,7 @@ class DiskFile;
 /// The data of a file on disk.
 class DiskFork : public harbor6::Fork {
 public:
-    explicit DiskFork(DiskFile& file) : owner(file) {}
+    explicit DiskFork(DiskFile* file) : owner(file) {}
 
     /// Empty while the file doesn't stand.
     harbor6::data::CountedInput input(bool expanding) const override;
@@ -22,14 +22,14 @@ public:
     harbor6::data::random::CountedOutput randomOutput(bool expanding) override;
 
 private:
-    DiskFile& owner;
+    DiskFile* owner;
 };
 
 /// A file on disk: either one that stands there already, as a lookup finds it, or one that was asked for. The
 /// latter is nothing but a name until its fork's output is taken; commitItem ends it, and tells the journal
 /// how it fared. One that goes without ever having been committed is reported as missing. Many thousands wait
 /// at once, so it is small.
-class DiskFile : public harbor6::File {
+class DiskFile : public harbor6::OneForkFile<DiskFork>, public PlainItem<DiskFile> {
 public:
     /// A file to be made in `folder`; it gets its name as an attribute, once.
     DiskFile(disk_expansion& expansion, std::shared_ptr<const std::string> folder);
@@ -45,9 +45,6 @@ public:
     /// Whether this stands for a plain file, and not a link or a device.
     bool isRegular() const { return state != existing_other; }
 
-    void destroy() override;
-    const harbor6::Format& format() const override;
-    harbor6::Format& format() override;
     bool isCreated() override;
     harbor6::Folder* acquireParent() override;
     /// Removes the file, if it stood there before or was made here.
@@ -56,20 +53,13 @@ public:
     void adoptForks(const harbor6::File& source) override;
     /// Never raises: what goes wrong is reported.
     void commitItem() override;
-    harbor6::Fork* getMainFork() override;
-    const harbor6::Fork* getMainFork() const override;
-    harbor6::Fork* getFork(unsigned id) override;
-
-    bool hasString(const std::string& key) const override;
-    bool getString(const std::string& key, std::string& value) const override;
-    /// Gives a file to be made its name, once, and one that stands another.
-    bool setString(const std::string& key, const std::string& value) override;
-    bool setTime(const std::string& key, const any::time& value) override;
-    bool getStructure(const std::string& key, un::structure& value) const override;
 
 protected:
-    void populateIndex() const override;
-    Index* newIndex() const override;
+    std::string itemName() const override;
+    /// Gives a file to be made its name, once, and one that stands another.
+    bool setItemName(const std::string& name) override;
+    bool setItemTime(const any::time& time) override;
+    std::optional<fs::Spec> identity() const override;
 
 private:
     friend class DiskFork;
@@ -79,7 +69,7 @@ private:
     enum : std::uint8_t {
         existing,       ///< stood there before; nothing is done to it
         existing_other, ///< the same, but no plain file
-        nameless,       ///< to be made; setString leads to `wanted`
+        nameless,       ///< to be made; setItemName leads to `wanted`
         wanted,         ///< to be made; its output leads to `writing`, or to `settled` if it can't be had
         writing,        ///< commitItem leads to `settled`
         settled         ///< reported
@@ -92,7 +82,6 @@ private:
     std::string file_name;
     std::optional<std::time_t> modified;
     std::shared_ptr<disk_transfer> transfer;
-    DiskFork fork;
 };
 
 } // namespace host

@@ -5,9 +5,6 @@
 
 namespace host {
 
-namespace key = harbor6::key;
-namespace key_id = harbor6::key_id;
-
 namespace {
 
 /// A walk over items that it holds.
@@ -29,11 +26,13 @@ private:
 } // namespace
 
 DiskFolder::DiskFolder(disk_expansion& shared_expansion)
-    : expansion(shared_expansion), folder_path(std::make_shared<const std::string>()) {}
+    : PlainItem(shared_expansion.format), expansion(shared_expansion),
+      folder_path(std::make_shared<const std::string>()) {}
 
 DiskFolder::DiskFolder(disk_expansion& shared_expansion, std::shared_ptr<const std::string> path,
                        std::string reason)
-    : expansion(shared_expansion), folder_path(std::move(path)), obstacle(std::move(reason)) {}
+    : PlainItem(shared_expansion.format), expansion(shared_expansion), folder_path(std::move(path)),
+      obstacle(std::move(reason)) {}
 
 void DiskFolder::make() {
     if (!obstacle.empty() || expansion.target.recently_open(path()))
@@ -51,18 +50,6 @@ std::string DiskFolder::refusal(const std::string& name) {
         return reason;
     make();
     return obstacle;
-}
-
-void DiskFolder::destroy() {
-    delete this;
-}
-
-const harbor6::Format& DiskFolder::format() const {
-    return expansion.format;
-}
-
-harbor6::Format& DiskFolder::format() {
-    return expansion.format;
 }
 
 bool DiskFolder::isCreated() {
@@ -157,20 +144,11 @@ harbor6::Folder* DiskFolder::_newFolder() {
     return folder.detach();
 }
 
-bool DiskFolder::hasString(const std::string& key) const {
-    return idFromName(key) == key_id::name || Folder::hasString(key);
+std::string DiskFolder::itemName() const {
+    return nio::leaf(path(), '/');
 }
 
-bool DiskFolder::getString(const std::string& key, std::string& value) const {
-    if (idFromName(key) != key_id::name)
-        return Folder::getString(key, value);
-    value = nio::leaf(path(), '/');
-    return true;
-}
-
-bool DiskFolder::setString(const std::string& key, const std::string& value) {
-    if (idFromName(key) != key_id::name)
-        return Folder::setString(key, value);
+bool DiskFolder::setItemName(const std::string& value) {
     if (named) {
         if (path().empty() || !obstacle.empty() || !disk_target::refusal(value).empty())
             return false;
@@ -193,24 +171,8 @@ bool DiskFolder::setString(const std::string& key, const std::string& value) {
     return true;
 }
 
-bool DiskFolder::getStructure(const std::string& key, un::structure& value) const {
-    auto* const which = key == key::fsSpec ? dynamic_cast<fs::Spec*>(&value) : nullptr;
-    const auto mine = which && obstacle.empty() ? expansion.target.identity(path(), {}) : std::nullopt;
-    if (mine)
-        *which = *mine;
-    return mine.has_value();
-}
-
-void DiskFolder::populateIndex() const {
-    if (!index().empty())
-        return;
-    Folder::populateIndex();
-    index()[key::name] = key_id::name;
-}
-
-harbor6::Attributes::Index* DiskFolder::newIndex() const {
-    static Index shared;
-    return &shared;
+std::optional<fs::Spec> DiskFolder::identity() const {
+    return obstacle.empty() ? expansion.target.identity(path(), {}) : std::nullopt;
 }
 
 } // namespace host

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/disk_expansion.h"
+#include "host/plain_item.h"
 #include "host/target_folder.h"
 
 namespace host {
@@ -9,7 +10,7 @@ namespace host {
 /// can't be had (a file or a link stands there, or no disk can bear its name) doesn't end the expansion: it
 /// finds nothing, its sub-folders can't be had either, and `refusal` says why for each file that would go
 /// into it.
-class DiskFolder : public TargetFolder {
+class DiskFolder : public TargetFolder, public PlainItem<DiskFolder> {
 public:
     explicit DiskFolder(disk_expansion& expansion);
     DiskFolder(disk_expansion& expansion, std::shared_ptr<const std::string> path, std::string obstacle);
@@ -19,9 +20,6 @@ public:
     std::string refusal(const std::string& name) override;
     disk_expansion& shared() const { return expansion; }
 
-    void destroy() override;
-    const harbor6::Format& format() const override;
-    harbor6::Format& format() override;
     /// True also for a folder that can't be had: there is nothing to create.
     bool isCreated() override;
     void create() override;
@@ -43,16 +41,12 @@ public:
     harbor6::File* _newFile() override;
     harbor6::Folder* _newFolder() override;
 
-    bool hasString(const std::string& key) const override;
-    bool getString(const std::string& key, std::string& value) const override;
+protected:
+    std::string itemName() const override;
     /// A folder to be made gets its name so, once; the empty name makes it the same folder as its parent. One
     /// that stands gets another.
-    bool setString(const std::string& key, const std::string& value) override;
-    bool getStructure(const std::string& key, un::structure& value) const override;
-
-protected:
-    void populateIndex() const override;
-    Index* newIndex() const override;
+    bool setItemName(const std::string& name) override;
+    std::optional<fs::Spec> identity() const override;
 
 private:
     disk_entry look(const std::string& name) const;

@@ -1,5 +1,5 @@
 #include "host/commands.h"
-#include "host/tally.h"
+#include "host/tally_folder.h"
 #include "outside/groundwork/text.h"
 
 #include <nlohmann/json.hpp>
@@ -15,7 +15,7 @@ std::string written(const fs::time& time, char between) {
            two(time.hour) + ':' + two(time.minute) + ':' + two(time.second);
 }
 
-void print(console& screen, const tally_entry& entry) {
+void print(disk_console& screen, const tally_entry& entry) {
     const auto size = un::write(entry.size, 10, 1);
     const std::string margin(size.size() < 12 ? 12 - size.size() : 0, ' ');
     screen.print(margin + size + "  " +
@@ -39,8 +39,7 @@ void list(workplace& at) {
         at.log.begin(archive);
         std::vector<tally_entry> entries;
         tally counts{at.items, at.log, &entries};
-        const pattern::AcquiredPtr<TallyFolder> top(
-            new TallyFolder(counts, std::make_shared<const std::string>()));
+        const pattern::AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
         run_pass(at.known, at.items, at.log, archive, *top);
         auto files = nlohmann::ordered_json::array();
         if (!at.chosen.json && at.chosen.archives.size() > 1)

@@ -9,7 +9,9 @@ namespace host {
 
 /// What the command line asks for.
 struct options {
-    enum class command { expand, list, test, formats } chosen = command::formats;
+    enum class command { expand, list, test, formats };
+
+    command to_run = command::formats;
     std::vector<std::string> archives; ///< "-" is the standard input
     std::vector<std::string> patterns;
     std::string target;   ///< empty: a folder named after each archive

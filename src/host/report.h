@@ -16,7 +16,7 @@ std::optional<std::string> failure_text();
 /// beginning with "harbor: ARCHIVE: ". What became of single files comes after what ended the pass.
 class report : public journal {
 public:
-    report(console& output, bool name_all) : screen(output), verbose(name_all) {}
+    report(disk_console& output, bool name_all) : screen(output), verbose(name_all) {}
 
     /// Begins an archive, under the name that the user gave it.
     void begin(const std::string& archive);
@@ -37,7 +37,7 @@ public:
     /// A file that isn't wanted after all, which is no trouble.
     void skipped(const std::string& path, const std::string& reason);
 
-    console& screen;
+    disk_console& screen;
 
 private:
     const bool verbose;

@@ -20,7 +20,9 @@ public:
     /// Takes over the content of `other`: its forks, or, if this file is an archive, the item as a whole.
     virtual void adopt(File* other);
     virtual void adopt(Item* other);
+    /// Raises un::implemented, where a class doesn't do better.
     virtual void adoptFileContents(File& other);
+    /// The fork of number 0. The const form raises un::implemented, where a class doesn't do better.
     virtual Fork* getMainFork();
     virtual const Fork* getMainFork() const;
     /// Null for a number that the file doesn't have.
@@ -30,13 +32,18 @@ public:
     virtual void copyTo(File& target) const;
     /// Copies the file into nothing; the client hears of damage.
     virtual void testContents() const;
+    /// Streams on the file as a whole, empty by default; what `x` means is the overriding class's affair.
     virtual data::CountedInput input(std::uint64_t x);
     virtual data::random::CountedInput randomInput(std::uint64_t x);
+    /// Raises un::implemented, where a class doesn't do better.
     virtual Transform& expansionTransform();
     /// A stream that writes into `target` through the file's compression transform; empty without one.
     virtual data::CountedOutput output(data::CountedOutput& target);
+    /// As randomInput.
     virtual data::random::CountedOutput randomOutput(std::uint64_t x);
+    /// Counted for the caller; null by default.
     virtual Transform* compressionTransform();
+    /// These keep their places in the table; nothing calls them.
     virtual void reservedFileHookA(std::uint64_t a, std::uint64_t b);
     virtual void reservedFileHookB(std::uint64_t a, std::uint64_t b);
     virtual void reservedFileHookC(std::uint64_t a, std::uint64_t b);
@@ -45,6 +52,7 @@ public:
     virtual void reservedFileHookF(std::uint64_t a, std::uint64_t b);
     /// It lies in no archive, or only in archives of single-file formats that stand outermost themselves.
     virtual bool isOutermost() const;
+    /// Whether the client is spared targetFileReady when this file is copied; false.
     virtual bool fileFlagged() const;
     /// Commits every fork of `source` here. Damaged data (a checksum, a decoder) doesn't end the walk: the
     /// client hears of the first, and this file stays, visible. All other failures leave at once.

@@ -71,6 +71,14 @@ public:
     /// as it is.
     void promoteOnlyItem(pattern::AcquiredPtr<Item>& result);
 
+    /// Finds out where a folder for what `model` describes may stand. If `name` is taken in `target`, the
+    /// client of `asker` decides, and may leave another name, and another folder or none in `target`; false
+    /// if it gave up. `standing` is the folder that bears the name then, null if the name is free. Anything
+    /// else of that name raises un::exception.
+    static bool settleFolderName(const Item& asker, const Attributes& model, std::string& name,
+                                 pattern::AcquiredPtr<Folder>& target,
+                                 pattern::AcquiredPtr<Folder>& standing);
+
 protected:
     Folder() = default;
 

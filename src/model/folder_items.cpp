@@ -110,26 +110,32 @@ File* Folder::acquireNewFileLike(const Attributes& model, bool uniqueName) {
     return file.detach();
 }
 
+bool Folder::settleFolderName(const Item& asker, const Attributes& model, std::string& name,
+                              AcquiredPtr<Folder>& target, AcquiredPtr<Folder>& standing) {
+    AcquiredPtr<Item> existing(target->acquireItemFromName(name));
+    if (!existing)
+        return true;
+    const bool folders = existing->asFolder() != nullptr;
+    if (!asker.shell().client().targetNameConflict(name, *existing, folders, model, &target) || !target)
+        return false;
+    existing = target->acquireItemFromName(name);
+    if (existing && !existing->asFolder())
+        throw un::exception("targetNameConflict failed to resolve conflict", "un");
+    if (existing)
+        standing = AcquiredPtr<Folder>::sharing(*existing->asFolder());
+    return true;
+}
+
 Folder* Folder::acquireNewFolderLike(const Attributes& model, bool uniqueName) {
     auto target = AcquiredPtr<Folder>::sharing(*this);
     auto name = model.string(key::name);
-    if (!uniqueName) {
-        if (const AcquiredPtr<Item> existing(acquireItemFromName(name)); existing) {
-            const bool folders = existing->asFolder() != nullptr;
-            if (!shell().client().targetNameConflict(name, *existing, folders, model, &target) || !target)
-                return nullptr;
-            AcquiredPtr<Item> still(target->acquireItemFromName(name));
-            if (still) {
-                Folder* const folder = still->asFolder();
-                if (!folder)
-                    throw un::exception("targetNameConflict failed to resolve conflict", "un");
-                still.detach();
-                return folder;
-            }
-        }
+    AcquiredPtr<Folder> folder;
+    if (!uniqueName && !settleFolderName(*this, model, name, target, folder))
+        return nullptr;
+    if (!folder) {
+        folder = target->acquireNewFolderFromName(name, uniqueName);
+        folder->cloneAttributes(model, false);
     }
-    AcquiredPtr<Folder> folder(target->acquireNewFolderFromName(name, uniqueName));
-    folder->cloneAttributes(model, false);
     return folder.detach();
 }
 

@@ -20,7 +20,7 @@ class Item;
 
 /// One archive format: what it is called, what it can do, and how its archives come into being. A concrete
 /// format fills the members in its constructor and overrides the factories. Hosts read the members through
-/// the attribute keys.
+/// the attribute keys. The members, like the operations, keep their order.
 class HARBOR6_API Format : public Attributes {
 public:
     /// A value that a format cannot represent.
@@ -33,9 +33,9 @@ public:
         void Raise() const override;
     };
 
-    static constexpr std::uint32_t expands_archives = 1u << 0;
-    static constexpr std::uint32_t creates_archives = 1u << 3;
-    static constexpr std::uint16_t default_level = 0xFFFF;
+    static constexpr std::uint32_t expands_archives = 1u << 0; ///< a bit of `capabilities`
+    static constexpr std::uint32_t creates_archives = 1u << 3; ///< another one
+    static constexpr std::uint16_t default_level = 0xFFFF;     ///< stands for `compression_default`
 
     /// `shell` is not owned. It may be null as long as nobody asks an item of the format for it.
     explicit Format(HarborShell* shell);
@@ -59,19 +59,27 @@ public:
     /// Makes an empty archive in a file, which gets a name if it has none. A deactivated format raises
     /// un::exception, one that makes no archives un::implemented; so do the two operations that follow.
     virtual Archive* newArchiveAtFile(File& file);
+    /// The same with a folder as the item that stores the archive; no name is given.
     virtual Archive* newArchiveAtFolder(Folder& folder);
     /// Makes the file too, named after `sample` unless that is null.
     virtual Archive* newArchiveInFolder(Folder& folder, const Item* sample);
+    /// Whether `other` is this very object.
     virtual bool isSameFormat(const Format& other) const;
+    /// 1, whatever is asked; nothing calls it.
     virtual std::uint64_t formatQuery(std::uint64_t a, std::uint32_t b);
+    /// Sets `name` to the stem of the name for an archive without one, "Archive".
     virtual void defaultName(std::string& name) const;
+    /// Sets `result` to the file name for `stem`: the prefix in front, the preferred suffix behind.
     virtual void archiveName(std::string& result, const std::string& stem) const;
-    /// An unopened archive on `file`, counted.
+    /// An archive on `file`, counted, that has the open mode `mode`: 0 leaves it unopened. Nothing is read.
     virtual Archive* _newArchiveAtItem(File* file, unsigned mode);
+    /// A new archive that `file` or `item` is to store, counted. The first calls the second, which raises
+    /// un::implemented: a format that makes archives overrides it.
     virtual Archive* _newEmptyArchiveAtFile(File& file);
     virtual Archive* _newEmptyArchiveAtItem(Item& item);
     /// Null: archives of this format cannot be recognised by their content.
     virtual std::unique_ptr<format::classifier> _newClassifier();
+    /// Whether its items lie in a file system rather than in archives; false.
     virtual bool isFileSystem() const;
 
     /// Makes a file for a new archive, named after `sample` unless that is null or nameless. Counted; null if
@@ -80,13 +88,16 @@ public:
     /// The recogniser, made when first asked for; null if there is none. It serves one caller at a time.
     format::classifier* recogniser();
 
+protected:
+    std::vector<std::string> suffixes; ///< the preferred one first
+
+public:
+    bool executable = true;
     bool active = true; ///< false: no archive can be created
+    std::uint32_t preserve_resource_fork = 0;
     HarborShell* const shell;
 
 protected:
-    std::vector<std::string> suffixes; ///< the preferred one first
-    bool executable = true;
-    std::uint32_t preserve_resource_fork = 0;
     std::uint32_t capabilities = 0;
     ModelAttributes model; ///< the file of a new archive
     std::string format_name;

@@ -106,24 +106,6 @@ const Fork* SingleForkIterator::current() {
     return currentFork;
 }
 
-SingleForkFile::SingleForkFile() : fork(this) {}
-
-SingleForkFile::~SingleForkFile() = default;
-
-Fork* SingleForkFile::getMainFork() {
-    return &fork;
-}
-
-const Fork* SingleForkFile::getMainFork() const {
-    return &fork;
-}
-
-Fork* SingleForkFile::getFork(unsigned id) {
-    return id == 0 ? getMainFork() : nullptr;
-}
-
-const Fork* SingleForkFile::getFork(unsigned id) const {
-    return id == 0 ? getMainFork() : nullptr;
-}
+template class OneForkFile<SimpleFork>;
 
 } // namespace harbor6

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/file.h"
+#include "model/one_fork_file.h"
 
 namespace harbor6 {
 
@@ -52,19 +52,8 @@ private:
     const Fork* currentFork = nullptr;
 };
 
-/// A file with exactly one fork, whose number is 0.
-class HARBOR6_API SingleForkFile : public virtual File {
-public:
-    SingleForkFile();
-    ~SingleForkFile() override;
-
-    Fork* getMainFork() override;
-    const Fork* getMainFork() const override;
-    Fork* getFork(unsigned id) override;
-    const Fork* getFork(unsigned id) const override;
-
-private:
-    SimpleFork fork;
-};
+/// A file whose one fork asks it for everything.
+using SingleForkFile = OneForkFile<SimpleFork>;
+extern template class HARBOR6_API OneForkFile<SimpleFork>; // formats and hosts share one
 
 } // namespace harbor6

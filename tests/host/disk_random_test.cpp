@@ -1,5 +1,5 @@
+#include "host/disk_input.h"
 #include "host/disk_random.h"
-#include "host/disk_storage.h"
 #include "support/temporary_folder.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,8 @@
 #include "archive/cab/content_scan.h"
 
 #include "archive/cab/archive.h"
-#include "archive/cab/items.h"
+#include "archive/cab/file_item.h"
+#include "archive/cab/folder_item.h"
 #include "archive/cab/split_path.h"
 #include "format/cab/item_reader.h"
 #include "model/container_adaptor.h"
@@ -89,18 +90,9 @@ bool content_scan::topFolder(const std::string& token, AcquiredPtr<Folder>& pare
         return true;
     }
     std::string name = token;
-    if (AcquiredPtr<Item> existing(parent->acquireItemFromName(name)); existing) {
-        const AcquiredPtr<FolderItem> model(new FolderItem(&archive, token));
-        const bool is_folder = existing->asFolder() != nullptr;
-        if (!client().targetNameConflict(name, *existing, is_folder, *model, &parent) || !parent)
-            return false;
-        existing = parent->acquireItemFromName(name);
-        if (existing) {
-            if (!existing->asFolder())
-                throw un::exception("targetNameConflict failed to resolve conflict", "un");
-            folder = AcquiredPtr<Folder>::sharing(*existing->asFolder());
-        }
-    }
+    const AcquiredPtr<FolderItem> model(new FolderItem(&archive, token));
+    if (!Folder::settleFolderName(archive, *model, name, parent, folder))
+        return false;
     if (!folder)
         folder = parent->acquireNewFolderFromName(name, false);
     folders.emplace(token, folder);

@@ -1,5 +1,7 @@
 #include "outside/groundwork/exception.h"
 
+#include "outside/groundwork/text.h"
+
 namespace qpthr {
 
 QpException::~QpException() = default;
@@ -120,6 +122,19 @@ std::unique_ptr<basic::cloneable_exception> exception::Clone() const {
 
 void exception::Raise() const {
     throw exception(*this);
+}
+
+cut_short::cut_short(std::uint64_t end, const std::string& reporting_class)
+    : exception("cut short: the input ends at byte " + un::write(end, 10, 1), reporting_class) {}
+
+cut_short::~cut_short() = default;
+
+std::unique_ptr<basic::cloneable_exception> cut_short::Clone() const {
+    return std::make_unique<cut_short>(*this);
+}
+
+void cut_short::Raise() const {
+    throw cut_short(*this);
 }
 
 } // namespace stream

@@ -10,13 +10,14 @@
 //         qpthr::QpUserException
 //           un::exception               message and reporting class
 //             un::implemented, stream::exception, algorithm::exception, fs::Exception,
-//             harbor6::counted_ptr_null, format::exception, format::crc_exception, ...
+//             harbor6::counted_ptr_null, format::exception, format::crc_exception, stream::cut_short, ...
 //       basic::exception                one text
 //         basic::bad_alloc, basic::thread_exception, basic::algorithm_exception,
 //         basic::cancel_exception, basic::digest_exception, nio::exception
 
 #include "outside/groundwork/export.h"
 
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <string>
@@ -111,6 +112,17 @@ class HARBOR6_API exception : public un::exception {
 public:
     using un::exception::exception;
     ~exception() override;
+
+    std::unique_ptr<basic::cloneable_exception> Clone() const override;
+    void Raise() const override;
+};
+
+/// The input ended in the middle of something that had to be whole.
+class HARBOR6_API cut_short : public exception {
+public:
+    /// `end` is the number of bytes that came.
+    cut_short(std::uint64_t end, const std::string& reporting_class);
+    ~cut_short() override;
 
     std::unique_ptr<basic::cloneable_exception> Clone() const override;
     void Raise() const override;

@@ -4,7 +4,7 @@
 
 namespace io::win32 {
 
-/// DOS file attribute flags, as a file record of a cabinet stores them.
+/// DOS file attributes, which archives of several formats keep as a word of flags.
 struct attributes {
     bool read_only = false;
     bool hidden = false;

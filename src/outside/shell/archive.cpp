@@ -18,6 +18,12 @@ bool endsWith(const std::string& name, const std::string& suffix) {
            std::equal(suffix.rbegin(), suffix.rend(), name.rbegin(), same);
 }
 
+/// Null where a folder stores the archive.
+Fork* mainForkOf(Item& storing) {
+    File* const file = storing.asFile();
+    return file ? file->getMainFork() : nullptr;
+}
+
 } // namespace
 
 Archive::ModeError::ModeError(const std::string& message) : un::exception(message, "harbor6::Archive") {}
@@ -123,8 +129,7 @@ void Archive::_open(Mode /*mode*/) {}
 void Archive::_close() {}
 
 data::CountedInput Archive::_storageInput(std::uint64_t offset) const {
-    File* const file = storingItem().asFile();
-    const Fork* const fork = file ? file->getMainFork() : nullptr;
+    const Fork* const fork = mainForkOf(storingItem());
     auto bytes = fork ? fork->input(true) : data::CountedInput();
     if (bytes && offset != 0 && !bytes->seek(offset))
         bytes->skip(offset);
@@ -132,20 +137,17 @@ data::CountedInput Archive::_storageInput(std::uint64_t offset) const {
 }
 
 data::random::CountedInput Archive::_storageRandomInput(bool shared) const {
-    File* const file = storingItem().asFile();
-    const Fork* const fork = file ? file->getMainFork() : nullptr;
+    const Fork* const fork = mainForkOf(storingItem());
     return fork ? fork->randomInput(true, shared) : data::random::CountedInput();
 }
 
 data::CountedOutput Archive::_storageOutput(bool expanding) {
-    File* const file = storingItem().asFile();
-    Fork* const fork = file ? file->getMainFork() : nullptr;
+    Fork* const fork = mainForkOf(storingItem());
     return fork ? fork->output(expanding) : data::CountedOutput();
 }
 
 data::random::CountedOutput Archive::_storageRandomOutput(bool expanding) {
-    File* const file = storingItem().asFile();
-    Fork* const fork = file ? file->getMainFork() : nullptr;
+    Fork* const fork = mainForkOf(storingItem());
     return fork ? fork->randomOutput(expanding) : data::random::CountedOutput();
 }
 

@@ -41,8 +41,11 @@ public:
     /// Raises ModeError if the archive is open already, or `mode` asks a format that makes no archives to
     /// make one.
     virtual void open(Mode mode);
+    /// Describes the archive in `out`. Raises un::implemented, where a class doesn't do better.
     virtual void print(stream::output& out);
+    /// Makes what was put in so far count in the storage; nothing by default.
     virtual void commit();
+    /// Keeps its place in the table; nothing calls it.
     virtual void archiveHook();
     /// Whether there is storage to read.
     virtual bool verify();
@@ -51,18 +54,26 @@ public:
     /// The archive's bytes from `offset` on; empty if there is no storage. The stream takes back what it
     /// delivered and seeks back into it as far as the host's streams do.
     virtual data::CountedInput storageInput(std::uint64_t offset) const;
+    /// These three are streams of the storing file's main fork, empty where it gives none; `shared` and
+    /// `expanding` go to the fork as they are.
     virtual data::random::CountedInput storageRandomInput(bool shared) const;
     virtual data::CountedOutput storageOutput(bool expanding);
     virtual data::random::CountedOutput storageRandomOutput(bool expanding);
+    /// Writes an index of the archive into `file`. Raises un::implemented, where a class doesn't do better.
     virtual void createIndex(File& file);
-    /// Bytes of the storage, all ones where it cannot tell.
+    /// Bytes of the storage: 0 if there is none, all ones where it cannot tell.
     virtual std::uint64_t size() const;
+    /// Where the archive ends in its storage, here the same as size().
     virtual std::uint64_t end() const;
+    /// Bytes of the storage that nothing in the archive uses; 0 by default.
     virtual std::uint64_t waste() const;
 
 protected:
+    /// What opening and closing mean for a format; nothing by default. A failure of _open leaves the archive
+    /// closed, and so does one of _close; both pass through.
     virtual void _open(Mode mode);
     virtual void _close();
+    /// The streams behind those operations; this `offset` counts from where the storage begins.
     virtual data::CountedInput _storageInput(std::uint64_t offset) const;
     virtual data::random::CountedInput _storageRandomInput(bool shared) const;
     virtual data::CountedOutput _storageOutput(bool expanding);
@@ -76,7 +87,9 @@ public:
     virtual void endExtraction();
     virtual void abortExtraction();
 
+    /// Ends what open() began, the item tree included; nothing if the archive isn't open.
     void close();
+    /// 0 while the archive is closed.
     Mode mode() const;
     /// The file that stores the archive, with a reference for the caller; null if a folder does.
     File* acquireArchiveFile() const;

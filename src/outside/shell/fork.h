@@ -10,8 +10,11 @@ class HARBOR6_API Fork : public Attributes {
 public:
     ~Fork() override;
 
+    /// Keeps its place in the table; nothing calls it.
     virtual void forkHook(std::uint32_t x);
-    /// A stream on the fork's bytes, from the first one on; empty if the fork can't be read.
+    /// A stream on the fork's bytes, from the first one on; empty if the fork can't be read. `expanding` asks
+    /// for the bytes themselves and not for a packed form in which they may be kept; all callers here do.
+    /// With `shared` the stream may be one that others use too.
     virtual data::CountedInput input(bool expanding) const;
     virtual data::random::CountedInput randomInput(bool expanding, bool shared) const;
     /// A stream that replaces the fork's bytes; letting go of it closes it. Empty if the fork can't be

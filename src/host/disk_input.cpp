@@ -1,6 +1,4 @@
-#include "host/disk_storage.h"
-
-#include "outside/groundwork/text.h"
+#include "host/disk_input.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -21,19 +19,7 @@ static_assert(ring_size - chunk >= history && (ring_size & (ring_size - 1)) == 0
 
 } // namespace
 
-cut_short::cut_short(std::uint64_t end)
-    : stream::exception("cut short: the input ends at byte " + un::write(end, 10, 1), "host::storage_input") {
-}
-
-std::unique_ptr<basic::cloneable_exception> cut_short::Clone() const {
-    return std::make_unique<cut_short>(*this);
-}
-
-void cut_short::Raise() const {
-    throw cut_short(*this);
-}
-
-storage_input::storage_input(disk_descriptor opened, std::string input_name)
+disk_input::disk_input(disk_descriptor opened, std::string input_name)
     : source(std::move(opened)), name(std::move(input_name)),
       ring(std::make_unique_for_overwrite<char[]>(ring_size)) {
     struct stat status = {};
@@ -42,11 +28,11 @@ storage_input::storage_input(disk_descriptor opened, std::string input_name)
     origin = start > 0 ? static_cast<std::uint64_t>(start) : 0;
 }
 
-std::uint64_t storage_input::oldest() const {
+std::uint64_t disk_input::oldest() const {
     return filled - begun > ring_size ? filled - ring_size : begun;
 }
 
-bool storage_input::refill() {
+bool disk_input::refill() {
     const auto at = filled & (ring_size - 1);
     const auto room = static_cast<std::size_t>(std::min(chunk, ring_size - at));
     for (;;) {
@@ -62,7 +48,7 @@ bool storage_input::refill() {
     }
 }
 
-unsigned storage_input::_read(char* buffer, unsigned length) {
+unsigned disk_input::_read(char* buffer, unsigned length) {
     unsigned done = 0;
     while (done < length) {
         if (place == filled && !refill()) {
@@ -79,12 +65,12 @@ unsigned storage_input::_read(char* buffer, unsigned length) {
     return done;
 }
 
-int storage_input::_read() {
+int disk_input::_read() {
     short_read = place == filled && !refill();
     return short_read ? -1 : static_cast<unsigned char>(ring[place++ & (ring_size - 1)]);
 }
 
-std::uint64_t storage_input::_skip(std::uint64_t count) {
+std::uint64_t disk_input::_skip(std::uint64_t count) {
     const auto start = place;
     if (regular && count > filled - place + chunk) {
         // What lies between is never looked at; the last of it is left to the loop, which finds the end.
@@ -103,26 +89,26 @@ std::uint64_t storage_input::_skip(std::uint64_t count) {
     return count;
 }
 
-void storage_input::restart_at(std::uint64_t value) {
+void disk_input::restart_at(std::uint64_t value) {
     begun = filled = place = value;
 }
 
-void storage_input::step_back(std::uint64_t count) {
+void disk_input::step_back(std::uint64_t count) {
     if (short_read)
-        throw cut_short(filled);
+        throw cut_short();
     if (count > place || !seek(place - count))
-        throw stream::exception("bytes pushed back that were not delivered", "host::storage_input");
+        throw stream::exception("bytes pushed back that were not delivered", "host::disk_input");
 }
 
-void storage_input::unread(const char* /*bytes*/, unsigned length) {
+void disk_input::unread(const char* /*bytes*/, unsigned length) {
     step_back(length);
 }
 
-void storage_input::unread(char /*byte*/) {
+void disk_input::unread(char /*byte*/) {
     step_back(1);
 }
 
-bool storage_input::seek(std::uint64_t value) {
+bool disk_input::seek(std::uint64_t value) {
     if (value >= oldest() && value <= filled)
         place = value;
     else if (regular && value <= size())
@@ -133,7 +119,7 @@ bool storage_input::seek(std::uint64_t value) {
     return true;
 }
 
-std::uint64_t storage_input::size() const {
+std::uint64_t disk_input::size() const {
     struct stat status = {};
     if (!regular || fstat(source.get(), &status) != 0)
         return ~std::uint64_t{0};
@@ -141,7 +127,11 @@ std::uint64_t storage_input::size() const {
            std::min(origin, static_cast<std::uint64_t>(status.st_size));
 }
 
-disk_descriptor storage_input::duplicate() const {
+stream::cut_short disk_input::cut_short() const {
+    return {filled, "host::disk_input"};
+}
+
+disk_descriptor disk_input::duplicate() const {
     return disk_descriptor(regular && origin == 0 ? fcntl(source.get(), F_DUPFD_CLOEXEC, 3) : -1);
 }
 

@@ -2,7 +2,6 @@
 
 #include "format/cab/file_header.h"
 #include "model/archive_item.h"
-#include "model/folder.h"
 #include "model/single_fork_file.h"
 
 #include <memory>
@@ -10,29 +9,6 @@
 namespace harbor6::cab {
 
 class Archive;
-
-/// A component of a path in a cabinet. It shows the client what folder is wanted and lives for that question;
-/// it must not outlive its archive, which it doesn't count.
-class FolderItem : public ArchiveItem, public Folder {
-public:
-    FolderItem(cab::Archive* archive, const std::string& name);
-    ~FolderItem() override;
-
-    harbor6::Archive* owningArchive() const override;
-    void destroy() override;
-
-    bool modifiable(const std::string& key) override;
-    bool hasString(const std::string& key) const override;
-    bool getString(const std::string& key, std::string& value) const override;
-
-protected:
-    void populateIndex() const override;
-    Index* newIndex() const override;
-
-private:
-    std::string name;
-    cab::Archive* owner;
-};
 
 /// A file record of a cabinet. It shows the client what file there is, and gives its attributes to the
 /// target's file: a name and a modification time. No stream leads from it to the cabinet's bytes. It must not
@@ -43,9 +19,8 @@ public:
     ~FileItem() override;
 
     harbor6::Archive* owningArchive() const override;
-    void destroy() override;
-
-    bool modifiable(const std::string& key) override;
+    void destroy() override { delete this; }
+    bool modifiable(const std::string& /*key*/) override { return false; }
     bool hasString(const std::string& key) const override;
     bool getString(const std::string& key, std::string& value) const override;
     bool hasTime(const std::string& key) const override;

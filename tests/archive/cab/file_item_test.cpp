@@ -1,5 +1,6 @@
-#include "archive/cab/items.h"
+#include "archive/cab/file_item.h"
 
+#include "archive/cab/folder_item.h"
 #include "support/cabinet_host.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "host/disk_storage.h"
+#include "host/disk_input.h"
 #include "support/temporary_folder.h"
 
 #include <fcntl.h>
@@ -18,12 +18,12 @@ std::string noise(std::size_t length) {
 }
 
 /// The same bytes as a file or as a pipe that is fed in odd pieces.
-class StorageInput : public testing::TestWithParam<bool> {
+class DiskInput : public testing::TestWithParam<bool> {
 protected:
-    std::unique_ptr<host::storage_input> open(const std::string& bytes) {
+    std::unique_ptr<host::disk_input> open(const std::string& bytes) {
         if (!GetParam()) {
             support::write_file(folder / "x", bytes);
-            return std::make_unique<host::storage_input>(host::open_input((folder / "x").string()), "x");
+            return std::make_unique<host::disk_input>(host::open_input((folder / "x").string()), "x");
         }
         int ends[2] = {};
         EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
@@ -32,9 +32,9 @@ protected:
                 if (write(out.get(), bytes.data() + at, std::min<std::size_t>(10007, bytes.size() - at)) < 0)
                     return;
         });
-        return std::make_unique<host::storage_input>(host::disk_descriptor(ends[0]), "x");
+        return std::make_unique<host::disk_input>(host::disk_descriptor(ends[0]), "x");
     }
-    ~StorageInput() override {
+    ~DiskInput() override {
         if (feeder.joinable())
             feeder.join();
     }
@@ -43,7 +43,7 @@ protected:
     std::thread feeder;
 };
 
-TEST_P(StorageInput, DeliversTheSameBytesHoweverOneStepsBackWithin256KiB) {
+TEST_P(DiskInput, DeliversTheSameBytesHoweverOneStepsBackWithin256KiB) {
     constexpr unsigned kept = 256 * 1024;
     const auto bytes = noise(3'000'001);
     const auto input = open(bytes);
@@ -87,17 +87,17 @@ TEST_P(StorageInput, DeliversTheSameBytesHoweverOneStepsBackWithin256KiB) {
     EXPECT_EQ(input->size(), GetParam() ? ~std::uint64_t{0} : bytes.size());
 }
 
-TEST_P(StorageInput, KnowsBytesThatWereNeverWhole) {
+TEST_P(DiskInput, KnowsBytesThatWereNeverWhole) {
     const auto input = open("abcdef");
     char piece[8] = {};
     EXPECT_EQ(input->read(piece, 8), 6u);
     EXPECT_TRUE(input->came_short());
     EXPECT_EQ(input->read(piece, 0), 0u);
-    EXPECT_THROW(input->unread(piece, 0), host::cut_short) << "a read of nothing proves nothing";
+    EXPECT_THROW(input->unread(piece, 0), stream::cut_short) << "a read of nothing proves nothing";
     try {
         input->unread(piece, 8);
         FAIL();
-    } catch (const host::cut_short& cut) {
+    } catch (const stream::cut_short& cut) {
         EXPECT_EQ(cut.message(), "cut short: the input ends at byte 6");
     }
     ASSERT_TRUE(input->seek(2)) << "who looks beyond the end may come back";
@@ -105,21 +105,21 @@ TEST_P(StorageInput, KnowsBytesThatWereNeverWhole) {
     input->unread('f');
     EXPECT_EQ(input->read(), 'f');
     EXPECT_EQ(input->read(), -1);
-    EXPECT_THROW(input->unread('f'), host::cut_short);
+    EXPECT_THROW(input->unread('f'), stream::cut_short);
     EXPECT_FALSE(input->seek(7));
     EXPECT_TRUE(input->seek(6));
     EXPECT_EQ(input->skip(1), 0u);
     EXPECT_TRUE(input->came_short());
 }
 
-INSTANTIATE_TEST_SUITE_P(FileAndPipe, StorageInput, testing::Bool(),
+INSTANTIATE_TEST_SUITE_P(FileAndPipe, DiskInput, testing::Bool(),
                          [](const auto& run) { return run.param ? "Pipe" : "File"; });
 
-TEST(StorageInputOnAFile, SkipsWhatLiesFarAwayWithoutReadingIt) {
+TEST(DiskInputOnAFile, SkipsWhatLiesFarAwayWithoutReadingIt) {
     support::temporary_folder folder;
     support::write_file(folder / "x", "head");
     std::filesystem::resize_file(folder / "x", std::uint64_t{1} << 40);
-    host::storage_input input(host::open_input((folder / "x").string()), "x");
+    host::disk_input input(host::open_input((folder / "x").string()), "x");
     EXPECT_EQ(input.skip((std::uint64_t{1} << 40) - 1), (std::uint64_t{1} << 40) - 1);
     EXPECT_EQ(input.read(), 0);
     EXPECT_EQ(input.skip(5), 0u);
@@ -127,12 +127,12 @@ TEST(StorageInputOnAFile, SkipsWhatLiesFarAwayWithoutReadingIt) {
     EXPECT_EQ(input.read(), 'e');
 }
 
-TEST(StorageInputOnAFile, BeginsWhereTheDescriptorStands) {
+TEST(DiskInputOnAFile, BeginsWhereTheDescriptorStands) {
     support::temporary_folder folder;
     support::write_file(folder / "x", "0123456789");
     auto file = host::open_input((folder / "x").string());
     ASSERT_EQ(lseek(file.get(), 4, SEEK_SET), 4);
-    host::storage_input input(std::move(file), "x");
+    host::disk_input input(std::move(file), "x");
     EXPECT_EQ(input.read(), '4');
     EXPECT_EQ(input.tell(), 1u);
     EXPECT_EQ(input.size(), 6u);

@@ -7,26 +7,17 @@
 
 namespace host {
 
-/// The input ended in the middle of something that had to be whole.
-class cut_short : public stream::exception {
-public:
-    explicit cut_short(std::uint64_t end);
-
-    std::unique_ptr<basic::cloneable_exception> Clone() const override;
-    void Raise() const override;
-};
-
 /// The bytes of an archive, from a file or a pipe. The last 256 KiB that it delivered stay in its ring, so
 /// that a push-back or a seek to something just delivered is a step back: nothing is copied, and the bytes
 /// given to `unread` are not looked at. Memory is constant, whatever the input's size. On a file it also goes
 /// back further, by reading again. One thread at a time.
 ///
 /// A read or skip that comes short is no failure, since decoders look beyond the end and come back by `seek`.
-/// But bytes pushed back while the last read came short were never whole: that raises cut_short.
-class storage_input : public stream::input {
+/// But bytes pushed back while the last read came short were never whole: that raises stream::cut_short.
+class disk_input : public stream::input {
 public:
     /// Reads `source` from where it stands. `name` is for messages.
-    storage_input(disk_descriptor source, std::string name);
+    disk_input(disk_descriptor source, std::string name);
 
     using stream::input::read;
 
@@ -41,8 +32,8 @@ public:
     disk_descriptor duplicate() const;
     /// Whether the last read wanted more than there was.
     bool came_short() const { return short_read; }
-    /// How many bytes the input turned out to have; known once a read came short.
-    std::uint64_t end() const { return filled; }
+    /// What to raise where the bytes that such a read missed were needed.
+    stream::cut_short cut_short() const;
 
 protected:
     unsigned _read(char* buffer, unsigned length) override;
