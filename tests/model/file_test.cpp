@@ -6,6 +6,7 @@
 #include "support/memory_streams.h"
 #include "support/refusal.h"
 
+#include <deque>
 #include <gtest/gtest.h>
 
 using harbor6::Archive;
@@ -17,8 +18,7 @@ namespace {
 
 struct test_fork : harbor6::Fork {
     harbor6::data::CountedInput input(bool /*expanding*/) const override {
-        return readable ? harbor6::data::CountedInput(new support::memory_input("x"))
-                        : harbor6::data::CountedInput();
+        return harbor6::data::CountedInput(readable ? new support::memory_input("x") : nullptr);
     }
     harbor6::Transform* acquireCompressionTransform() override { return nullptr; }
 
@@ -29,24 +29,24 @@ struct test_fork : harbor6::Fork {
 struct forked_file : support::memory_file {
     using memory_file::memory_file;
 
+    struct walk : pattern::Iterator<const harbor6::Fork*> {
+        explicit walk(const std::deque<test_fork>& walked) : forks(walked) {}
+        void first() override { at = 0; }
+        void next() override { ++at; }
+        bool isDone() const override { return at == forks.size(); }
+        const harbor6::Fork* current() override { return &forks[at]; }
+        const std::deque<test_fork>& forks;
+        std::size_t at = 0;
+    };
     std::unique_ptr<pattern::Iterator<const harbor6::Fork*>> createIterator() const override {
-        struct walk : pattern::Iterator<const harbor6::Fork*> {
-            explicit walk(const forked_file& walked) : file(walked) {}
-            void first() override { at = 0; }
-            void next() override { ++at; }
-            bool isDone() const override { return at == file.forks.size(); }
-            const harbor6::Fork* current() override { return file.forks[at].get(); }
-            const forked_file& file;
-            std::size_t at = 0;
-        };
-        return std::make_unique<walk>(*this);
+        return std::make_unique<walk>(forks);
     }
     void commitFork(const harbor6::Fork& source) override {
         host.log += "fork " + std::to_string(source.id) + "\n";
         failures[source.id]();
     }
 
-    std::vector<std::unique_ptr<test_fork>> forks;
+    std::deque<test_fork> forks;
     std::vector<std::function<void()>> failures;
 };
 
@@ -75,7 +75,7 @@ TEST(File, AdoptsEveryForkAndTellsOfTheFirstDamage) {
         const AcquiredPtr target(new forked_file(host, host.source("t", "")->node));
         target->failures = c.failures;
         for (unsigned i = 0; i < c.failures.size(); ++i)
-            source->forks.emplace_back(new test_fork)->id = i;
+            source->forks.emplace_back().id = i;
         target->setEraseOnRelease(true);
         const auto refusal = refusal_of([&] { target->adoptForks(*source); });
         EXPECT_EQ(refusal, c.committed.size() == 3 && c.commits == 0 ? "y: x" : "");
@@ -83,7 +83,7 @@ TEST(File, AdoptsEveryForkAndTellsOfTheFirstDamage) {
         EXPECT_EQ(target->node->commits, c.commits);
         EXPECT_EQ(target->node->flags.count("hidden"), c.commits);
         for (unsigned i = 0; i < c.committed.size(); ++i)
-            EXPECT_EQ(source->forks[i]->committed, c.committed[i]) << i;
+            EXPECT_EQ(source->forks[i].committed, c.committed[i]) << i;
     }
 }
 
@@ -97,7 +97,6 @@ TEST(File, CommitsAForkThroughItsOwnTransform) {
     target->commitForkTo(fork, *target);
     EXPECT_TRUE(fork.committed);
     EXPECT_EQ(target->getFork(1), nullptr);
-    EXPECT_EQ(const_cast<const support::memory_file&>(*target).getFork(1), nullptr);
     fork.readable = false;
     EXPECT_EQ(refusal_of([&] { target->commitFork(fork); }),
               "un::implemented: gz::FileItem::commitFile: can't get input stream");
@@ -116,17 +115,15 @@ TEST(File, AdoptsAsAnArchiveOrForkByFork) {
     memory_host host;
     const auto source = host.source("s", "hello");
     const auto target = host.source("t.arc", "");
-    target->adopt(static_cast<harbor6::Item*>(host.root().get())); // no file: nothing but a commit
-    EXPECT_EQ(target->node->commits, 1u);
     target->containerFormat = &host.arc;
     target->adopt(source.get());
     EXPECT_EQ(target->node->bytes, "arc:s(hello)");
     target->adopt(static_cast<harbor6::Item*>(host.root().get()));
     EXPECT_EQ(target->node->bytes, "arc:root()");
-    target->node->link = true;
+    target->node->flags["symLink"] = true;
     target->adopt(source.get());
     EXPECT_EQ(target->node->bytes, "hello");
-    EXPECT_EQ(target->node->commits, 4u);
+    EXPECT_EQ(target->node->commits, 3u);
     EXPECT_EQ(refusal_of([&] { target->adoptFileContents(*source); }),
               "un::implemented: no default implementation for File::adoptFileContents");
 }
@@ -164,30 +161,21 @@ TEST(File, FollowsSingleFileWrappersToTheInnermostArchive) {
                 c.raise();
         };
         std::string found;
-        try {
-            found = support::name_of(*AcquiredPtr(file->acquireArchive(c.follow, 0, 0)));
-        } catch (const std::runtime_error&) {
-        }
+        refusal_of([&] { found = support::name_of(*AcquiredPtr(file->acquireArchive(c.follow, 0, 0))); });
         EXPECT_EQ(found, c.found);
         EXPECT_EQ(host.transcript(), c.log);
     }
-    memory_host host;
-    EXPECT_EQ(host.source("a", "text")->acquireArchive(true, 0, 0), nullptr);
 }
 
 TEST(File, IsOutermostOutsideArchivesAndInSingleFileWrappers) {
     memory_host host;
     const auto file = host.source("a", "arc:x");
-    const AcquiredPtr<Archive> around(host.arc._newArchiveAtItem(file.get(), 0));
+    const auto around = host.archive(*file);
     const AcquiredPtr inside(new support::memory_file(host, file->node, around.get()));
     EXPECT_TRUE(file->isOutermost());
     EXPECT_FALSE(inside->isOutermost());
     host.arc.is_file = true;
     EXPECT_TRUE(inside->isOutermost());
-    const auto root = host.root();
-    const AcquiredPtr<Archive> at_folder(new support::test_archive(host, host.arc, *root, 0, file->node));
-    const AcquiredPtr there(new support::memory_file(host, file->node, at_folder.get()));
-    EXPECT_EQ(refusal_of([&] { there->isOutermost(); }), "un: attempt to derefernce 0");
 }
 
 TEST(File, IsTestedByACopyIntoNothing) {
@@ -218,18 +206,12 @@ TEST(File, WritesThroughATransformsPort) {
         using memory_file::memory_file;
         harbor6::Transform* compressionTransform() override { return new harbor6::Transform; }
     };
-    const auto plain = host.source("a", "");
-    harbor6::data::CountedOutput empty;
     auto* const kept = new support::memory_output;
     harbor6::data::CountedOutput target(kept);
-    EXPECT_FALSE(static_cast<harbor6::File&>(*plain).output(target));
-    const AcquiredPtr file(new passing_file(host, plain->node));
-    EXPECT_FALSE(file->output(empty));
+    const AcquiredPtr file(new passing_file(host, host.source("a", "")->node));
     const auto port = file->output(target);
     port->write("text", 4);
     port->finish();
     port->close();
     EXPECT_EQ(kept->bytes, "text");
-    const AcquiredPtr transform(new harbor6::Transform);
-    EXPECT_THROW(harbor6::data::OutputTransformer(empty, *transform), harbor6::counted_ptr_null);
 }
