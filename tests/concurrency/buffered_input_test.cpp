@@ -1,6 +1,6 @@
 #include "concurrency/buffered_input.h"
 
-#include "outside/groundwork/exception.h"
+#include "support/job.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -9,8 +9,7 @@
 namespace {
 
 /// Memory that can be sought unless told otherwise, notes the length of every read, and grows.
-class memory : public nio::input {
-public:
+struct memory : nio::input {
     unsigned read(char* buffer, unsigned length) override {
         requests.push_back(length);
         const auto came = static_cast<unsigned>(bytes.copy(buffer, length, next));
@@ -34,8 +33,7 @@ public:
     std::vector<unsigned> requests;
 };
 
-class BufferedInput : public testing::Test {
-protected:
+struct BufferedInput : testing::Test {
     std::string read(unsigned length) {
         std::string text(length, '?');
         text.resize(in.read(text.data(), length));
@@ -48,24 +46,16 @@ protected:
 
 } // namespace
 
-TEST_F(BufferedInput, SmallReadsCostOneReadOfTheSource) {
-    EXPECT_EQ(in.get(), 'a');
-    EXPECT_EQ(read(1), "b");
-    EXPECT_EQ(read(3), "cde");
-    EXPECT_EQ(read(2), "fg");
-    EXPECT_EQ(in.tell(), 7u);
-    EXPECT_EQ(source.requests, std::vector<unsigned>{8});
-    EXPECT_EQ(read(3), "hij");
-    EXPECT_EQ(in.tell(), 10u);
-    EXPECT_EQ(source.requests, (std::vector<unsigned>{8, 8}));
-}
-
-TEST_F(BufferedInput, BigReadsPassTheBuffer) {
+TEST_F(BufferedInput, SmallReadsCostOneReadOfTheSourceAndBigOnesPassTheBuffer) {
     EXPECT_EQ(read(4), "abcd");
     EXPECT_EQ(source.requests, std::vector<unsigned>{4});
     EXPECT_EQ(in.get(), 'e');
-    // Seven bytes are buffered; four more, half of the capacity, come straight from the source.
-    EXPECT_EQ(read(11), "fghijklmnop");
+    EXPECT_EQ(read(1), "f");
+    EXPECT_EQ(read(2), "gh");
+    EXPECT_EQ(in.tell(), 8u);
+    EXPECT_EQ(source.requests, (std::vector<unsigned>{4, 8}));
+    // Four bytes are buffered; four more, half of the capacity, come straight from the source.
+    EXPECT_EQ(read(8), "ijklmnop");
     EXPECT_EQ(in.tell(), 16u);
     EXPECT_EQ(source.requests, (std::vector<unsigned>{4, 8, 4}));
     EXPECT_EQ(read(4) + read(2) + read(1), "");
@@ -90,12 +80,7 @@ TEST_F(BufferedInput, FinishGivesTheReadAheadBack) {
     in.finish();
     EXPECT_EQ(source.seeks, 0) << "nothing buffered, nothing to give back";
     read(3);
-    try {
-        in.finish();
-        FAIL();
-    } catch (const nio::exception& failure) {
-        EXPECT_STREQ(failure.what(), "buffered_input failed to yield unused data");
-    }
+    EXPECT_EQ(support::text_of([&] { in.finish(); }), "buffered_input failed to yield unused data");
     EXPECT_EQ(in.get(), 'd') << "a refusal loses nothing";
     source.seekable = true;
     in.finish();
@@ -124,7 +109,6 @@ TEST(DirectInput, KeepsTheSourcesPosition) {
     memory source;
     source.seek(2);
     nio::direct_input in(&source);
-    EXPECT_EQ(in.tell(), 2u);
     char byte;
     EXPECT_EQ(in.read(&byte, 1), 1u);
     EXPECT_EQ(in.tell(), 3u);
@@ -132,7 +116,6 @@ TEST(DirectInput, KeepsTheSourcesPosition) {
     in.start();
     EXPECT_EQ(in.tell(), 7u);
     EXPECT_TRUE(in.seek(4));
-    EXPECT_EQ(in.tell(), 4u);
     source.seekable = false;
     EXPECT_FALSE(in.seek(0));
     EXPECT_EQ(in.tell(), 4u);

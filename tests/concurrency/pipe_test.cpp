@@ -19,15 +19,10 @@ constexpr unsigned effort = 1;
 constexpr unsigned effort = 2;
 #endif
 
-class dice {
-public:
-    explicit dice(unsigned seed) : engine(seed) {}
-    /// 0 to `most`.
-    unsigned roll(unsigned most) { return std::uniform_int_distribution<unsigned>(0, most)(engine); }
-
-private:
-    std::mt19937 engine;
-};
+/// 0 to `most`.
+unsigned roll(std::mt19937& dice, unsigned most) {
+    return std::uniform_int_distribution<unsigned>(0, most)(dice);
+}
 
 char byte_at(std::uint64_t place) {
     return static_cast<char>(place * 2654435761u >> 13);
@@ -77,10 +72,10 @@ TEST(Pipe, HoldsAllButOneByteAndWorksAgainAfterReset) {
 
 /// Writes `total` bytes in pieces of random size, single bytes among them.
 void write_all(nio::pipe& pipe, unsigned total, unsigned largest, unsigned seed) {
-    dice random(seed);
+    std::mt19937 dice(seed);
     const auto bytes = content(total);
     for (unsigned done = 0; done < total;) {
-        const unsigned piece = std::min(random.roll(largest), total - done);
+        const unsigned piece = std::min(roll(dice, largest), total - done);
         if (piece == 1)
             pipe.put(bytes[done]);
         else
@@ -92,11 +87,11 @@ void write_all(nio::pipe& pipe, unsigned total, unsigned largest, unsigned seed)
 
 /// Reads in the same manner until the end, or until `limit` bytes have come; how many were right.
 unsigned read_all(nio::pipe& pipe, unsigned limit, unsigned largest, unsigned seed) {
-    dice random(seed);
+    std::mt19937 dice(seed);
     std::string piece(largest + 1, 0);
     unsigned right = 0;
     while (right < limit) {
-        const unsigned wanted = std::min(1 + random.roll(largest - 1), limit - right);
+        const unsigned wanted = std::min(1 + roll(dice, largest - 1), limit - right);
         unsigned came = wanted;
         if (wanted == 1) {
             const int byte = pipe.get();
@@ -122,18 +117,18 @@ TEST(Pipe, HandsOverEveryByteWhoeverEndsFirst) {
         {2, 40, 3000, 3},         {4, 40, 5000, 9},           {16, 4000, 40, 20},     {64, 5000, 3, 3},
         {1024, 100, 60000, 4000}, {65536, 30, 200000, 70000}, {65536, 2000, 100, 50},
     };
-    dice random(1);
+    std::mt19937 dice(1);
     for (const auto& [capacity, rounds, most, largest] : cases) {
         nio::pipe pipe(capacity);
         basic::thread thread;
         for (unsigned round = 0; round < rounds * effort; ++round) {
-            const unsigned total = random.roll(most);
-            const unsigned limit = random.roll(3) == 0 ? random.roll(most) : ~0u;
+            const unsigned total = roll(dice, most);
+            const unsigned limit = roll(dice, 3) == 0 ? roll(dice, most) : ~0u;
             const unsigned piece = largest;
-            support::job writer([&, seed = random.roll(~0u)] { write_all(pipe, total, piece, seed); });
+            support::job writer([&, seed = roll(dice, ~0u)] { write_all(pipe, total, piece, seed); });
             pipe.reset();
             thread.start(&writer);
-            const unsigned right = read_all(pipe, limit, largest, random.roll(~0u));
+            const unsigned right = read_all(pipe, limit, largest, roll(dice, ~0u));
             pipe.abort();
             thread.join();
             thread.raise();
