@@ -96,8 +96,8 @@ TEST(DeflateDecompressor, BlocksShareTheirHistoryAndGoOutInOneWriteEach) {
 }
 
 TEST(DeflateDecompressor, ReportsEveryFault) {
-    // A match of length 3 (symbol 257) from distance 1 at the very start; from one more than there is; from the
-    // farthest distance, symbol 29 with 13 extra bits.
+    // A match of length 3 (symbol 257) from distance 1 at the very start; from one more than there is; from
+    // the farthest distance, symbol 29 with 13 extra bits.
     const auto too_far = fixed_block().fixed(257).fixed_distance(0).fixed(256);
     const auto one_too_far = fixed_block().fixed('a').fixed(257).fixed_distance(1).fixed(256);
     const auto farthest = fixed_block().fixed('a').fixed(257).fixed_distance(29).field(0x1FFF, 13).fixed(256);
@@ -117,7 +117,8 @@ TEST(DeflateDecompressor, ReportsEveryFault) {
     const auto repeat_first =
         bit_writer().fields({{1, 1}, {2, 2}, {0, 14}, {1, 3}, {0, 6}, {1, 3}}).code(1, 1);
     // HCLEN 4: three codes of one bit.
-    const auto bad_length_code = bit_writer().fields({{1, 1}, {2, 2}, {0, 14}, {1, 3}, {1, 3}, {1, 3}, {0, 3}});
+    const auto bad_length_code =
+        bit_writer().fields({{1, 1}, {2, 2}, {0, 14}, {1, 3}, {1, 3}, {1, 3}, {0, 3}});
 
     const struct {
         const char* message;
@@ -160,7 +161,11 @@ TEST(DeflateDecompressor, ReportsEveryFault) {
 TEST(DeflateDecompressor, AcceptsTheOddButSound) {
     const auto stored = [](bool last, std::string_view bytes) {
         const auto length = static_cast<std::uint32_t>(bytes.size());
-        return bit_writer().fields({{last, 1}, {0, 2}}).align().fields({{length, 16}, {~length, 16}}).raw(bytes);
+        return bit_writer()
+            .fields({{last, 1}, {0, 2}})
+            .align()
+            .fields({{length, 16}, {~length, 16}})
+            .raw(bytes);
     };
     const auto empty = stored(false, "").bytes, ab = stored(false, "ab").bytes;
     // The fixed codes are the same in the next block, and again behind a block with codes of its own.
@@ -197,7 +202,8 @@ TEST(DeflateDecompressor, AcceptsTheOddButSound) {
          std::string(517, 'a')},
         {mixed.bytes, "abcdcdc"},
         // 'a' 0, end 10, length three 11; the one distance code is 0.
-        {dynamic_block(258, 1, {{'a', 1}, {256, 2}, {257, 2}, {258, 1}}).code(13, 5).code(0, 1).bytes, "aaaa"},
+        {dynamic_block(258, 1, {{'a', 1}, {256, 2}, {257, 2}, {258, 1}}).code(13, 5).code(0, 1).bytes,
+         "aaaa"},
         {dynamic_block(257, 1, {{'a', 1}, {256, 1}}).code(1, 3).bytes, "aa"}, // 'a' 0, end 1, no distance
         // HLIT 31: 286 and 287 have codes that nobody uses.
         {dynamic_block(288, 30, {{'a', 2}, {256, 2}, {286, 2}, {287, 2}}).code(1, 4).bytes, "a"},

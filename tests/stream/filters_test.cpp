@@ -46,9 +46,8 @@ TEST(LittleEndianInput, PutsTheLeastByteFirstAndNeedsThemAll) {
     EXPECT_EQ(fields.read32(), 0xF9382716u);
     fields.read8();
     EXPECT_EQ(fields.read64(), 0x3837363534333231u);
-    fields.unread("\xFF\xFE\xFD\xFC", 4); // reaches the source
-    EXPECT_EQ(source.tell(), 14u);
-    EXPECT_EQ(fields.read32(), 0xFCFDFEFFu);
+    fields.unread('y'); // reaches the source
+    EXPECT_EQ(source.read(), 'y');
     fields.read8();
     EXPECT_EQ(fields.read8(), 0xFF);
     EXPECT_EQ(fields.read8(), -1);
