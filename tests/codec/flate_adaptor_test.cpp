@@ -2,8 +2,8 @@
 
 #include "outside/groundwork/exception.h"
 #include "support/deflate_streams.h"
-#include "support/job.h"
 #include "support/memory_streams.h"
+#include "support/refusal.h"
 #include "support/zlib_streams.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ namespace {
 
 using algorithm::flate_adaptor::decompressor;
 using deflate_streams::bit_writer;
-using support::text_of;
+using support::refusal_of;
 using zlib_streams::compress;
 
 /// A stream that fails behind 'a': length symbol 286.
@@ -66,7 +66,8 @@ TEST(FlateAdaptor, ReadsBlockAfterBlockInEveryWay) {
 
     decoder.start();
     EXPECT_EQ(decoder.copy_to(out), 0u);
-    EXPECT_EQ(text_of([&] { decoder.finish(); }), "bad deflate length code") << "a failure comes from finish";
+    EXPECT_EQ(refusal_of([&] { decoder.finish(); }), "bad deflate length code")
+        << "a failure comes from finish";
     decoder.finish();
     in.seek(in.size() - compress("next", 6).size());
     decoder.start();
@@ -108,7 +109,7 @@ TEST(FlateAdaptor, AFailedWriteWindsTheWorkerUpAndIsTheOneTold) {
     for (const std::string& source : {compress(big(), 6), fails_too.bytes}) {
         support::seekable_input in(source);
         full_output out;
-        EXPECT_EQ(text_of([&] {
+        EXPECT_EQ(refusal_of([&] {
                       decompressor decoder(in, 15, true);
                       decoder.start();
                       decoder.copy_to(out);

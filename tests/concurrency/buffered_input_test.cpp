@@ -1,6 +1,6 @@
 #include "concurrency/buffered_input.h"
 
-#include "support/job.h"
+#include "support/refusal.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -80,7 +80,7 @@ TEST_F(BufferedInput, FinishGivesTheReadAheadBack) {
     in.finish();
     EXPECT_EQ(source.seeks, 0) << "nothing buffered, nothing to give back";
     read(3);
-    EXPECT_EQ(support::text_of([&] { in.finish(); }), "buffered_input failed to yield unused data");
+    EXPECT_EQ(support::refusal_of([&] { in.finish(); }), "buffered_input failed to yield unused data");
     EXPECT_EQ(in.get(), 'd') << "a refusal loses nothing";
     source.seekable = true;
     in.finish();

@@ -2,6 +2,7 @@
 
 #include "concurrency/thread.h"
 #include "support/job.h"
+#include "support/refusal.h"
 
 #include <algorithm>
 #include <atomic>
@@ -43,7 +44,7 @@ std::string take(nio::pipe& pipe, unsigned length) {
 
 TEST(Pipe, TakesPowersOfTwoOnly) {
     for (const unsigned capacity : {0u, 3u, 6u, 65535u, 65537u})
-        EXPECT_EQ(support::text_of([&] { nio::pipe pipe(capacity); }), "pipe size must be a power of 2");
+        EXPECT_EQ(support::refusal_of([&] { nio::pipe pipe(capacity); }), "pipe size must be a power of 2");
     nio::pipe pipe(65536);
     nio::input& input = pipe;
     input.set_tell(5);

@@ -2,9 +2,11 @@
 
 #include "concurrency/event.h"
 #include "support/job.h"
-#include "support/wait_until.h"
+#include "support/refusal.h"
 
 #include <atomic>
+#include <chrono>
+#include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
@@ -15,6 +17,19 @@
 #include <vector>
 
 namespace {
+
+/// Whether `condition` comes true within ten seconds.
+bool wait_until(const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!condition() && std::chrono::steady_clock::now() < end)
+        std::this_thread::yield();
+    return condition();
+}
+
+std::ptrdiff_t threads_of_this_process() {
+    const std::filesystem::directory_iterator tasks("/proc/self/task");
+    return std::distance(begin(tasks), end(tasks));
+}
 
 /// Runs `body` on a worker and says what the joiner gets: class and text, or "nothing".
 std::string brought_home(const std::function<void()>& body) {
@@ -71,12 +86,12 @@ TEST(Thread, StartsAgainAfterReleaseOnly) {
     });
     for (int i = 1; i <= 300; ++i) {
         thread.start(&failing);
-        EXPECT_EQ(support::text_of([&] { thread.start(&failing); }), "the thread is already running");
+        EXPECT_EQ(support::refusal_of([&] { thread.start(&failing); }), "the thread is already running");
         thread.join();
         thread.join();
-        EXPECT_EQ(support::text_of([&] { thread.raise(); }), "again");
-        EXPECT_EQ(support::text_of([&] { thread.raise(); }), "again");
-        EXPECT_EQ(support::text_of([&] { thread.start(&failing); }), "the thread is already running");
+        EXPECT_EQ(support::refusal_of([&] { thread.raise(); }), "again");
+        EXPECT_EQ(support::refusal_of([&] { thread.raise(); }), "again");
+        EXPECT_EQ(support::refusal_of([&] { thread.start(&failing); }), "the thread is already running");
         EXPECT_EQ(runs, i);
         thread.release();
         thread.raise();
@@ -88,14 +103,14 @@ TEST(Thread, RefusesAnImpossiblePriorityWithTheRunOn) {
     bool ran = false;
     support::job work([&] { ran = true; });
     thread.priority = 1000;
-    EXPECT_EQ(support::text_of([&] { thread.start(&work); }), "cannot set thread priority");
+    EXPECT_EQ(support::refusal_of([&] { thread.start(&work); }), "cannot set thread priority");
     thread.join();
     EXPECT_TRUE(ran);
 }
 
 TEST(Thread, KeepsOnlyAFewThreadsWhenManyHaveEnded) {
     constexpr unsigned many = 40;
-    constexpr unsigned few = 8 + 2; // the parked, this one, and one that a sanitizer may have
+    constexpr std::ptrdiff_t few = 8 + 2; // the parked, this one, and one that a sanitizer may have
     for (const bool released_first : {false, true}) {
         basic::event go(false);
         std::atomic<unsigned> ended = 0;
@@ -108,7 +123,7 @@ TEST(Thread, KeepsOnlyAFewThreadsWhenManyHaveEnded) {
             threads.push_back(std::make_unique<basic::thread>());
             threads.back()->start(&work);
         }
-        EXPECT_GT(support::threads_of_this_process(), many);
+        EXPECT_GT(threads_of_this_process(), std::ptrdiff_t{many});
         for (auto& thread : threads)
             if (released_first)
                 thread->release();
@@ -117,8 +132,8 @@ TEST(Thread, KeepsOnlyAFewThreadsWhenManyHaveEnded) {
             thread->join();
             thread->release();
         }
-        EXPECT_TRUE(support::wait_until([&] { return ended == many; }));
-        EXPECT_TRUE(support::wait_until([] { return support::threads_of_this_process() <= few; }));
+        EXPECT_TRUE(wait_until([&] { return ended == many; }));
+        EXPECT_TRUE(wait_until([] { return threads_of_this_process() <= few; }));
     }
 }
 
@@ -149,7 +164,7 @@ TEST(Thread, RaisesOneStoredExceptionAtATime) {
             basic::thread thread;
             thread.start(&work);
             thread.join();
-            alone += support::text_of([&] { thread.raise(); }) == "alone";
+            alone += support::refusal_of([&] { thread.raise(); }) == "alone";
         }
     };
     std::thread other(join_many);
@@ -175,7 +190,7 @@ TEST(Event, RemembersASignalUntilAWaitOrResetTakesItAndReleasesOneWaiterOrAll) {
         EXPECT_EQ(passed, 0);
         for (int signals = 1; signals <= (auto_reset ? 4 : 1); ++signals) {
             event.signal();
-            EXPECT_TRUE(support::wait_until([&] { return passed == (auto_reset ? signals : 4); }));
+            EXPECT_TRUE(wait_until([&] { return passed == (auto_reset ? signals : 4); }));
         }
         for (auto& waiter : waiters)
             waiter.join();

@@ -64,20 +64,16 @@ TEST(Folder, LooksForFlagsInsideUntilOneCannotTell) {
 TEST(Folder, ListsKeepTheirItems) {
     memory_host host;
     const AcquiredPtr<harbor6::ContainerAdaptor> list(new harbor6::StdVectorContainer);
-    for (unsigned size = 0; size < 3; ++size) {
+    for (std::int64_t size = 0; size < 3; ++size) {
         bool plural = true;
         std::int64_t count = 9;
         EXPECT_TRUE(list->hasPluralContent(plural, true) && list->getNumItems(count, false));
-        EXPECT_EQ(plural, size > 1);
-        EXPECT_EQ(count, size);
+        EXPECT_EQ(std::pair(plural, count), std::pair(size > 1, size));
         const AcquiredPtr<const Item> first(list->acquireFirstItem());
         EXPECT_EQ(first ? name_of(*first) : "", size == 0 ? "" : "f0");
         list->containerAdd(*host.source("f" + std::to_string(size), ""));
     }
-    list->containerAdd(*host.archive(*host.source("x.arc", "arc:x")));
-    list->containerAdd(*host.source("behind", ""));
-    EXPECT_EQ(refusal_of([&] { list->eraseContent(); }),
-              "un: harbor6::Containable::erase(): not an erasable Item");
+    list->eraseContent();
     EXPECT_EQ(host.erased, (std::vector<std::string>{"f0", "f1", "f2"}));
 }
 

@@ -1,7 +1,6 @@
 #include "format/cab/folder_header.h"
 #include "format/cab/item_reader.h"
 #include "support/cabinet_writer.h"
-#include "support/job.h"
 #include "support/memory_streams.h"
 #include "support/refusal.h"
 
@@ -119,7 +118,7 @@ TEST(ItemReader, TellsWhatIsWrongInACorruptBlockAheadOfItsSize) {
     folder_header folder;
     folder.compression = support::mszip;
     folder.block_count = 2;
-    EXPECT_EQ(support::text_of([&] { item_reader(&folder).process(input, output); }),
+    EXPECT_EQ(support::refusal_of([&] { item_reader(&folder).process(input, output); }),
               "bad deflate block type");
     EXPECT_EQ(output.bytes, "abc");
 }

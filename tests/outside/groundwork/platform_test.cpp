@@ -4,6 +4,7 @@
 #include "concurrency/thread.h"
 #include "outside/groundwork/exception.h"
 #include "support/job.h"
+#include "support/refusal.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -52,7 +53,7 @@ TEST(PlatformWorker, AForkedChildBeginsWithoutWorkersAndCanStartThem) {
     support::job waiting([&] { go.wait(); });
     busy.start(&waiting);
     EXPECT_TRUE(child_agrees([&] {
-        const auto text = support::text_of([&] { busy.join(); });
+        const auto text = support::refusal_of([&] { busy.join(); });
         busy.release();
         return text == "cannot join a thread";
     }));
@@ -90,11 +91,11 @@ TEST(PlatformWorker, AForkedChildCanRaiseWhileTheParentDoes) {
     basic::thread thread;
     thread.start(&failing);
     thread.join();
-    std::thread raiser([&] { EXPECT_EQ(support::text_of([&] { thread.raise(); }), "slow"); });
+    std::thread raiser([&] { EXPECT_EQ(support::refusal_of([&] { thread.raise(); }), "slow"); });
     inside.wait();
     EXPECT_TRUE(child_agrees([&] {
         out.signal();
-        return support::text_of([&] { thread.raise(); }) == "slow";
+        return support::refusal_of([&] { thread.raise(); }) == "slow";
     }));
     out.signal();
     raiser.join();
@@ -112,19 +113,10 @@ TEST(PlatformWorker, SaysWhenThereIsNoThreadToBeHad) {
         std::string text;
         for (auto& thread : threads)
             if (text.empty())
-                text = support::text_of([&] { thread.start(&waiting); });
+                text = support::refusal_of([&] { thread.start(&waiting); });
         _exit(text == "cannot create a thread" ? 0 : 1);
         return false;
     }));
-}
-
-std::string refusal(const std::function<void()>& body) {
-    try {
-        body();
-    } catch (const un::exception& failure) {
-        return failure.reporting_class() + ": " + failure.message();
-    }
-    return "none";
 }
 
 TEST(PlatformLibrary, FindsSymbolsAndSaysWhyNot) {
@@ -133,11 +125,13 @@ TEST(PlatformLibrary, FindsSymbolsAndSaysWhyNot) {
     EXPECT_EQ(reinterpret_cast<function>(mathematics.symbol("floor"))(2.5), 2.0);
     platform::library moved(std::move(mathematics));
     EXPECT_NE(moved.symbol("ceil"), nullptr);
-    const auto missing = refusal([&] { moved.symbol("no_such_function"); });
+    const auto missing = support::refusal_of([&] { moved.symbol("no_such_function"); });
     EXPECT_EQ(missing.rfind("platform::library: ", 0), 0u);
     EXPECT_NE(missing.find("no_such_function"), std::string::npos);
-    EXPECT_NE(refusal([] { platform::library("/no/such.so"); }).find("/no/such.so"), std::string::npos);
-    EXPECT_EQ(refusal([&] { mathematics.symbol("floor"); }), "platform::library: no library is loaded");
+    EXPECT_NE(support::refusal_of([] { platform::library("/no/such.so"); }).find("/no/such.so"),
+              std::string::npos);
+    EXPECT_EQ(support::refusal_of([&] { mathematics.symbol("floor"); }),
+              "platform::library: no library is loaded");
 }
 
 TEST(Platform, KnowsItsExecutable) {
