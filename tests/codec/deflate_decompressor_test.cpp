@@ -276,14 +276,7 @@ TEST(DeflateDecompressor, OtherExtents) {
     extended.fixed('a').fixed(285).field(65535, 16).fixed_distance(0).fixed('b');
     extended.fixed(257).fixed_distance(30).field(65538 - 32769, 14).fixed(256);
     expect_sound(extended.bytes, std::string(65539, 'a') + "baaa", {.extent = 16});
-    // The same bits in the plain form end in a refusal; with the extent read from the input, distance 30
-    // is known but symbol 285 takes no extra bits.
-    EXPECT_NE(decode_all_ways(extended.bytes).message, "");
-    auto wide = bit_writer().fields({{16, 8}, {1, 1}, {1, 2}}).fixed('a');
-    for (unsigned i = 0; i < 128; ++i)
-        wide.fixed(285).fixed_distance(0);
-    wide.fixed('b').fixed(257).fixed_distance(30).field(0, 14).fixed(256);
-    expect_sound(wide.bytes, std::string(1 + 128 * 258, 'a') + "baaa", {.extent = 0});
+    EXPECT_NE(decode_all_ways(extended.bytes).message, ""); // the same bits in the plain form
     // A sixth bit of HDIST, and more distances than there can be.
     const auto many = bit_writer().fields({{15, 8}, {1, 1}, {2, 2}, {0, 5}, {50, 6}}).bytes;
     EXPECT_EQ(decode_all_ways(many, {.extent = 0}).message, "too many deflate codewords");

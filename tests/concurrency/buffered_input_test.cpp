@@ -4,14 +4,12 @@
 
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 namespace {
 
-/// Memory that can be sought unless told otherwise, notes the length of every read, and grows.
+/// Memory that can be sought unless told otherwise, and grows.
 struct memory : nio::input {
     unsigned read(char* buffer, unsigned length) override {
-        requests.push_back(length);
         const auto came = static_cast<unsigned>(bytes.copy(buffer, length, next));
         next += came;
         return came;
@@ -30,7 +28,6 @@ struct memory : nio::input {
     std::uint64_t shift = 0;
     bool seekable = true;
     int seeks = 0;
-    std::vector<unsigned> requests;
 };
 
 struct BufferedInput : testing::Test {
@@ -45,21 +42,6 @@ struct BufferedInput : testing::Test {
 };
 
 } // namespace
-
-TEST_F(BufferedInput, SmallReadsCostOneReadOfTheSourceAndBigOnesPassTheBuffer) {
-    EXPECT_EQ(read(4), "abcd");
-    EXPECT_EQ(source.requests, std::vector<unsigned>{4});
-    EXPECT_EQ(in.get(), 'e');
-    EXPECT_EQ(read(1), "f");
-    EXPECT_EQ(read(2), "gh");
-    EXPECT_EQ(in.tell(), 8u);
-    EXPECT_EQ(source.requests, (std::vector<unsigned>{4, 8}));
-    // Four bytes are buffered; four more, half of the capacity, come straight from the source.
-    EXPECT_EQ(read(8), "ijklmnop");
-    EXPECT_EQ(in.tell(), 16u);
-    EXPECT_EQ(source.requests, (std::vector<unsigned>{4, 8, 4}));
-    EXPECT_EQ(read(4) + read(2) + read(1), "");
-}
 
 TEST_F(BufferedInput, SeekKeepsTheBufferOnlyWhereNothingMoves) {
     in.get();
@@ -103,20 +85,4 @@ TEST_F(BufferedInput, StartForgetsAndRenumberingKeepsBothCountsInStep) {
     EXPECT_EQ(in.get(), -1);
     source.bytes += 'y'; // the end is asked for each time
     EXPECT_EQ(in.get(), 'y');
-}
-
-TEST(DirectInput, KeepsTheSourcesPosition) {
-    memory source;
-    source.seek(2);
-    nio::direct_input in(&source);
-    char byte;
-    EXPECT_EQ(in.read(&byte, 1), 1u);
-    EXPECT_EQ(in.tell(), 3u);
-    source.seek(7);
-    in.start();
-    EXPECT_EQ(in.tell(), 7u);
-    EXPECT_TRUE(in.seek(4));
-    source.seekable = false;
-    EXPECT_FALSE(in.seek(0));
-    EXPECT_EQ(in.tell(), 4u);
 }

@@ -36,12 +36,6 @@ std::string content(unsigned length) {
     return bytes;
 }
 
-std::string take(nio::pipe& pipe, unsigned length) {
-    std::string bytes(length, 0);
-    bytes.resize(pipe.read(bytes.data(), length));
-    return bytes;
-}
-
 TEST(Pipe, TakesPowersOfTwoOnly) {
     for (const unsigned capacity : {0u, 3u, 6u, 65535u, 65537u})
         EXPECT_EQ(support::refusal_of([&] { nio::pipe pipe(capacity); }), "pipe size must be a power of 2");
@@ -51,24 +45,6 @@ TEST(Pipe, TakesPowersOfTwoOnly) {
     EXPECT_EQ(pipe.tell(), 0u);
     EXPECT_EQ(pipe.channel::size(), ~std::uint64_t{0});
     EXPECT_FALSE(input.seek(0));
-}
-
-TEST(Pipe, HoldsAllButOneByteAndWorksAgainAfterReset) {
-    nio::pipe pipe(65536);
-    const auto bytes = content(65535);
-    for (int run = 0; run < 3; ++run) {
-        pipe.write(bytes.data(), 0);
-        pipe.put(bytes[0]);
-        pipe.write(bytes.data() + 1, 65534);
-        pipe.finish();
-        EXPECT_EQ(pipe.get(), static_cast<unsigned char>(bytes[0]));
-        EXPECT_EQ(take(pipe, 0), "");
-        EXPECT_EQ(take(pipe, 70000), bytes.substr(1));
-        EXPECT_EQ(take(pipe, 1), "");
-        EXPECT_EQ(pipe.get(), -1);
-        pipe.abort();
-        pipe.reset();
-    }
 }
 
 /// Writes `total` bytes in pieces of random size, single bytes among them.

@@ -1,5 +1,8 @@
+#include "host/disk_random.h"
 #include "host/disk_storage.h"
+#include "support/refusal.h"
 #include "support/temporary_folder.h"
+#include "support/zlib_streams.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -8,14 +11,6 @@
 #include <unistd.h>
 
 namespace {
-
-std::string noise(std::size_t length) {
-    std::mt19937 random(7);
-    std::string bytes(length, '\0');
-    for (char& byte : bytes)
-        byte = static_cast<char>(random());
-    return bytes;
-}
 
 /// The same bytes as a file or as a pipe that is fed in odd pieces.
 class StorageInput : public testing::TestWithParam<bool> {
@@ -45,7 +40,7 @@ protected:
 
 TEST_P(StorageInput, DeliversTheSameBytesHoweverOneStepsBackWithin256KiB) {
     constexpr unsigned kept = 256 * 1024;
-    const auto bytes = noise(3'000'001);
+    const auto bytes = zlib_streams::noise(3'000'001);
     const auto input = open(bytes);
     std::mt19937 random(11);
     std::string piece(kept, '\0');
@@ -94,12 +89,9 @@ TEST_P(StorageInput, KnowsBytesThatWereNeverWhole) {
     EXPECT_TRUE(input->came_short());
     EXPECT_EQ(input->read(piece, 0), 0u);
     EXPECT_THROW(input->unread(piece, 0), host::cut_short) << "a read of nothing proves nothing";
-    try {
-        input->unread(piece, 8);
-        FAIL();
-    } catch (const host::cut_short& cut) {
-        EXPECT_EQ(cut.message(), "cut short: the input ends at byte 6");
-    }
+    EXPECT_TRUE(support::refusal_of([&] {
+                    input->unread(piece, 8);
+                }).ends_with(": cut short: the input ends at byte 6"));
     ASSERT_TRUE(input->seek(2)) << "who looks beyond the end may come back";
     EXPECT_EQ(input->read(piece, 4), 4u);
     input->unread('f');
@@ -136,6 +128,35 @@ TEST(StorageInputOnAFile, BeginsWhereTheDescriptorStands) {
     EXPECT_EQ(input.read(), '4');
     EXPECT_EQ(input.tell(), 1u);
     EXPECT_EQ(input.size(), 6u);
+}
+
+TEST(DiskRandom, WritesAndReadsInAnyOrder) {
+    const support::temporary_folder place;
+    host::disk_target target(place.path.string(), true);
+    const auto transfer = std::make_shared<host::disk_transfer>(target, "d", "f", false);
+    {
+        host::disk_random_output out(transfer);
+        out.write("0123456789", 10);
+        EXPECT_FALSE(out.seek(11)) << "no holes";
+        EXPECT_TRUE(out.seek(3));
+        out.write("abc");
+        out.write('d');
+        EXPECT_EQ(std::pair(out.tell(), out.size()), std::pair(std::uint64_t{7}, std::uint64_t{10}));
+        out.resize(9);
+    }
+    transfer->finish({});
+    EXPECT_EQ(support::read_file(place / "d/f"), "012abcd78");
+
+    host::disk_random_input in(host::open_input((place / "d/f").string()), "f");
+    char bytes[16];
+    EXPECT_EQ(in.skip(7), 7u);
+    EXPECT_EQ(in.read(bytes, 16), 2u);
+    in.unread("??", 2);
+    EXPECT_EQ(in.read(), '7');
+    EXPECT_EQ(in.skip(9), 1u);
+    EXPECT_FALSE(in.seek(10));
+    EXPECT_TRUE(in.seek(1));
+    EXPECT_EQ(std::string(bytes, in.read(bytes, 3)), "12a");
 }
 
 TEST(OpenInput, RefusesWhatCannotBeRead) {

@@ -123,6 +123,8 @@ TEST(FolderCopying, DataFailuresStayVisibleAndOthersEraseTheTarget) {
         bool keep, stays, thrown;
     } cases[] = {
         {[] { throw format::crc_exception("x", "y"); }, "itemFailed 1001 a.txt\n", false, true, false},
+        {[] { throw basic::digest_exception("x"); }, "itemFailed 1001 a.txt\n", false, true, false},
+        {[] { throw basic::algorithm_exception("x"); }, "itemFailed 1002 a.txt\n", false, true, false},
         {[] { throw format::exception("x", "y"); }, "", false, false, true},
         {[] { throw std::bad_alloc(); }, "", false, false, true},
         {[] { throw format::exception("x", "y"); }, "", true, true, true},
@@ -357,51 +359,6 @@ TEST(FolderCopying, ChangesTheFormatByAnArchiveOrByAScratchFile) {
     made = host.root()->acquireAddedItem(*source, false);
     EXPECT_FALSE(made);
     EXPECT_EQ(host.tree(), "");
-}
-
-TEST(FolderCopying, TheScratchFileStandsBesideTheOutermostArchive) {
-    memory_host host;
-    support::test_format other(host);
-    host.arc.provides_empty_file = false;
-    const auto source = host.source("a.txt", "hello");
-    const AcquiredPtr<harbor6::File> holder(host.root()->acquireNewFileFromName("h.arc", false));
-    for (const auto* wanted : {&other, &host.arc}) { // the second one: no change of format
-        const AcquiredPtr<Archive> target(host.arc._newEmptyArchiveAtItem(*holder));
-        target->open(Archive::mode_create);
-        std::string during;
-        host.client.on["sourceFile a.txt"] = [&](auto& question) { *question.format = wanted; };
-        host.client.on["targetFile a.txt.arc"] = [&](auto&) { during = host.tree(); };
-        target->addItem(*source, false);
-        target->close();
-        EXPECT_EQ(during, wanted == &other ? "a.txt.arc=arc:a.txt(hello)\n" : "");
-        EXPECT_EQ(host.tree(),
-                  wanted == &other ? "h.arc=arc:a.txt.arc(arc:a.txt(hello))\n" : "h.arc=arc:a.txt(hello)\n");
-    }
-}
-
-TEST(FolderCopying, TellsAnArchiveWithoutAFileWhatItWillReceive) {
-    memory_host host;
-    host.sources->file("one", "1");
-    host.sources->file("two", "2");
-    const auto sources = host.folder(*host.sources);
-    const AcquiredPtr<Item> one(sources->acquireItemFromName("one"));
-    host.client.declined = {"sourceFile one", "sourceFile two"};
-    const AcquiredPtr<harbor6::ContainerAdaptor> list(new harbor6::StdVectorContainer);
-    const auto file = host.source("h.arc", "arc:h");
-    const auto first_line_with = [&](Item& storing, const harbor6::Container& added) {
-        const AcquiredPtr<Archive> target(new support::test_archive(host, host.arc, storing, 8));
-        target->addContent(added);
-        const auto transcript = host.transcript();
-        return transcript.substr(0, transcript.find('\n'));
-    };
-    const auto root = host.root();
-    EXPECT_EQ(first_line_with(*root, *sources), "  receives sources");
-    EXPECT_EQ(first_line_with(*root, *list), "  receives anything");
-    list->containerAdd(*one);
-    EXPECT_EQ(first_line_with(*root, *list), "  receives one");
-    EXPECT_EQ(first_line_with(*file, *list), "sourceFile one -> h: no");
-    list->containerAdd(*one);
-    EXPECT_EQ(first_line_with(*root, *list), "  receives anything");
 }
 
 TEST(FolderCopying, AdaptsFailuresOfTheLowerLayersAtItsTwoEntries) {

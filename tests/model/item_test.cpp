@@ -1,5 +1,6 @@
 #include "model/item.h"
 
+#include "model/infinite_file.h"
 #include "support/memory_host.h"
 #include "support/refusal.h"
 
@@ -20,25 +21,18 @@ TEST(Item, TheLastReleaseErasesACreatedItemThatWasMarked) {
     };
     const struct {
         bool created, marked;
-        unsigned references;
         const char* log;
-    } cases[] = {
-        {true, true, 1, "erase;gone;"},
-        {false, true, 1, "gone;"},
-        {true, false, 1, "gone;"},
-        {true, true, 3, "last;erase;gone;"},
-    };
+    } cases[] = {{true, true, "last;erase;gone;"}, {false, true, "last;gone;"}, {true, false, "last;gone;"}};
     for (const auto& c : cases) {
         memory_host host;
         const auto node = std::make_shared<support::memory_node>();
         node->created = c.created;
-        harbor6::Item* const item = new watched_file(host, node);
-        for (unsigned i = 1; i < c.references; ++i)
-            item->addReference();
+        AcquiredPtr<harbor6::Item> item(new watched_file(host, node));
         item->setEraseOnRelease(c.marked);
-        for (unsigned i = 0; i < c.references; ++i)
-            item->release();
-        EXPECT_EQ(host.log, c.log);
+        AcquiredPtr(item.acquire());
+        EXPECT_EQ(host.transcript(), "last;");
+        item = nullptr;
+        EXPECT_EQ("last;" + host.log, c.log);
     }
 }
 
@@ -63,24 +57,17 @@ TEST(Item, IsTheSameByRulesInTheirOrder) {
 }
 
 TEST(Item, IsRenamedBeforeItIsCreatedOrWhileItIsAdopted) {
-    const struct {
-        bool created, adopting, settable;
-        const char* name;
-    } cases[] = {
-        {false, false, true, "new"}, {true, false, true, ""},  {true, true, true, "new"},
-        {true, true, false, ""},     {false, true, false, ""},
-    };
-    for (const auto& c : cases) {
-        memory_host host;
-        const auto file = host.source("", "");
-        file->node->created = c.created;
-        file->adopting = c.adopting;
-        if (!c.settable)
-            host.unsettable = {"new"};
-        EXPECT_EQ(support::refusal_of([&] { file->retarget("new"); }),
-                  *c.name ? "" : "un::implemented: harbor6::Item::retarget");
-        EXPECT_EQ(file->node->name, c.name);
-    }
+    for (const bool created : {false, true})
+        for (const bool adopting : {false, true}) {
+            memory_host host;
+            const auto file = host.source("", "");
+            file->node->created = created;
+            file->adopting = adopting;
+            const bool may = !created || adopting;
+            EXPECT_EQ(support::refusal_of([&] { file->retarget("new"); }),
+                      may ? "" : "un::implemented: harbor6::Item::retarget");
+            EXPECT_EQ(file->node->name, may ? "new" : "");
+        }
 }
 
 TEST(Item, FoldersComputeWhatFilesDontHave) {
@@ -104,31 +91,61 @@ TEST(Item, FoldersComputeWhatFilesDontHave) {
         EXPECT_FALSE(file->modifiable(c.key) || file->hasBoolean(c.key)) << c.key;
     }
     EXPECT_TRUE(folder->available("name") && folder->modifiable("name"));
-    for (const bool locked : {true, false}) {
-        d.flags["locked"] = locked;
-        EXPECT_EQ(folder->available("containsLocked"), locked);
-    }
+    d.flags["locked"] = true;
+    EXPECT_TRUE(folder->available("containsLocked"));
+    d.flags["locked"] = false;
+    d.children[0]->flags.clear(); // a cannot tell, which ends the walk
+    EXPECT_FALSE(folder->boolean("containsLocked") || folder->available("containsLocked"));
     EXPECT_TRUE(file->boolean("fileSystemItem"));
     EXPECT_FALSE(file->hasBoolean("fileSystemItem") || file->modifiable("fileSystemItem"));
-    std::int64_t size = 77;
-    EXPECT_FALSE(folder->getInteger("nothing", size));
-    EXPECT_EQ(size, 0); // cleared first
 }
 
-TEST(Item, TakesTheModificationTimeForAMissingCreationTime) {
+TEST(File, CommitsAForkThroughItsOwnTransform) {
     memory_host host;
-    any::time modified, created;
-    modified.words = {1, 2, 3};
-    created.words = {4};
-    const auto source = host.source("a", "");
-    source->setTime("modTime", modified);
-    for (const bool second : {false, true}) {
-        if (second)
-            source->setTime("createTime", created);
-        const auto target = host.source("b", "");
-        target->cloneAttributes(*source, second);
-        EXPECT_EQ(target->node->times.at("modTime"), modified);
-        EXPECT_EQ(target->node->times.at("createTime"), second ? created : modified);
-        EXPECT_EQ(target->node->name, second ? "a" : "b");
-    }
+    const auto source = host.source("s", "x");
+    const auto target = host.source("t", "old");
+    auto& fork = *source->getMainFork();
+    target->commitFork(fork);
+    EXPECT_EQ(target->node->bytes, "x");
+    fork.id = 1; // the target doesn't have it
+    target->commitForkTo(fork, *target);
+    EXPECT_TRUE(fork.committed);
+    EXPECT_EQ(support::refusal_of([&] { target->commitFork(harbor6::Fork()); }),
+              "un::implemented: gz::FileItem::commitFile: can't get input stream");
+}
+
+TEST(File, AdoptsAsAnArchiveOrForkByFork) {
+    memory_host host;
+    const auto source = host.source("s", "hello");
+    const auto target = host.source("t.arc", "");
+    target->containerFormat = &host.arc;
+    target->adopt(source.get());
+    EXPECT_EQ(target->node->bytes, "arc:s(hello)");
+    target->adopt(static_cast<harbor6::Item*>(host.root().get()));
+    EXPECT_EQ(target->node->bytes, "arc:root()");
+    target->node->flags["symLink"] = true;
+    target->adopt(source.get());
+    EXPECT_EQ(target->node->bytes, "hello");
+    EXPECT_EQ(target->node->commits, 3u);
+    EXPECT_EQ(support::refusal_of([&] { target->adoptFileContents(*source); }),
+              "un::implemented: no default implementation for File::adoptFileContents");
+}
+
+TEST(File, IsTestedByACopyIntoNothing) {
+    memory_host host;
+    const auto file = host.source("a", "text");
+    file->testContents();
+    EXPECT_EQ(host.transcript(), "");
+    host.trap = support::fail_once_at<format::crc_exception>("read a", "x", "y");
+    file->testContents();
+    EXPECT_EQ(host.transcript(), "itemFailed 1001 a\n");
+
+    const AcquiredPtr sink(new harbor6::InfiniteFile(host.shell, nullptr));
+    sink->adopt(file.get());
+    sink->cloneAttributes(*file, false);
+    EXPECT_EQ(sink->string("name"), "");
+    sink->cloneAttributes(*file, true);
+    EXPECT_EQ(sink->string("name"), "a");
+    EXPECT_EQ(support::refusal_of([&] { sink->copyTo(*file); }),
+              "un::implemented: harbor6::File::getMainFork");
 }

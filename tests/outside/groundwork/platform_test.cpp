@@ -66,41 +66,6 @@ TEST(PlatformWorker, AForkedChildBeginsWithoutWorkersAndCanStartThem) {
     EXPECT_TRUE(works());
 }
 
-/// Stays a while in its raise, which holds the lock of all raising.
-class slow final : public basic::exception {
-public:
-    slow(basic::event& entered, basic::event& leave) : exception("slow"), inside(entered), out(leave) {}
-    std::unique_ptr<basic::cloneable_exception> clone() const override {
-        return std::make_unique<slow>(inside, out);
-    }
-    void raise() const override {
-        inside.signal();
-        out.wait();
-        throw *this;
-    }
-
-private:
-    basic::event& inside;
-    basic::event& out;
-};
-
-TEST(PlatformWorker, AForkedChildCanRaiseWhileTheParentDoes) {
-    basic::event inside(true);
-    basic::event out(true);
-    support::job failing([&] { throw slow(inside, out); });
-    basic::thread thread;
-    thread.start(&failing);
-    thread.join();
-    std::thread raiser([&] { EXPECT_EQ(support::refusal_of([&] { thread.raise(); }), "slow"); });
-    inside.wait();
-    EXPECT_TRUE(child_agrees([&] {
-        out.signal();
-        return support::refusal_of([&] { thread.raise(); }) == "slow";
-    }));
-    out.signal();
-    raiser.join();
-}
-
 TEST(PlatformWorker, SaysWhenThereIsNoThreadToBeHad) {
     if (sanitized)
         GTEST_SKIP() << "sanitizers need the address space that this test takes away";
@@ -120,22 +85,19 @@ TEST(PlatformWorker, SaysWhenThereIsNoThreadToBeHad) {
 }
 
 TEST(PlatformLibrary, FindsSymbolsAndSaysWhyNot) {
+    EXPECT_TRUE(std::filesystem::equivalent(platform::executable_path(), "/proc/self/exe"));
     platform::library mathematics("libm.so.6");
     using function = double (*)(double);
     EXPECT_EQ(reinterpret_cast<function>(mathematics.symbol("floor"))(2.5), 2.0);
     platform::library moved(std::move(mathematics));
     EXPECT_NE(moved.symbol("ceil"), nullptr);
     const auto missing = support::refusal_of([&] { moved.symbol("no_such_function"); });
-    EXPECT_EQ(missing.rfind("platform::library: ", 0), 0u);
-    EXPECT_NE(missing.find("no_such_function"), std::string::npos);
+    EXPECT_TRUE(missing.starts_with("platform::library: ") &&
+                missing.find("no_such_function") != missing.npos);
     EXPECT_NE(support::refusal_of([] { platform::library("/no/such.so"); }).find("/no/such.so"),
               std::string::npos);
     EXPECT_EQ(support::refusal_of([&] { mathematics.symbol("floor"); }),
               "platform::library: no library is loaded");
-}
-
-TEST(Platform, KnowsItsExecutable) {
-    EXPECT_TRUE(std::filesystem::equivalent(platform::executable_path(), "/proc/self/exe"));
 }
 
 } // namespace
