@@ -119,17 +119,6 @@ TEST(StorageInputOnAFile, SkipsWhatLiesFarAwayWithoutReadingIt) {
     EXPECT_EQ(input.read(), 'e');
 }
 
-TEST(StorageInputOnAFile, BeginsWhereTheDescriptorStands) {
-    support::temporary_folder folder;
-    support::write_file(folder / "x", "0123456789");
-    auto file = host::open_input((folder / "x").string());
-    ASSERT_EQ(lseek(file.get(), 4, SEEK_SET), 4);
-    host::storage_input input(std::move(file), "x");
-    EXPECT_EQ(input.read(), '4');
-    EXPECT_EQ(input.tell(), 1u);
-    EXPECT_EQ(input.size(), 6u);
-}
-
 TEST(DiskRandom, WritesAndReadsInAnyOrder) {
     const support::temporary_folder place;
     host::disk_target target(place.path.string(), true);
@@ -157,12 +146,6 @@ TEST(DiskRandom, WritesAndReadsInAnyOrder) {
     EXPECT_FALSE(in.seek(10));
     EXPECT_TRUE(in.seek(1));
     EXPECT_EQ(std::string(bytes, in.read(bytes, 3)), "12a");
-}
-
-TEST(OpenInput, RefusesWhatCannotBeRead) {
-    support::temporary_folder folder;
-    EXPECT_THROW(host::open_input(folder.path.string()), fs::Exception);
-    EXPECT_THROW(host::open_input((folder / "none").string()), fs::Exception);
 }
 
 } // namespace

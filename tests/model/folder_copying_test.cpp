@@ -112,7 +112,6 @@ TEST(FolderCopying, AsksInOrderAndLeavesNothingOfWhatIsDeclined) {
         EXPECT_EQ(host.transcript(), c.transcript);
         EXPECT_EQ(host.tree(), c.tree) << c.declined;
         EXPECT_EQ(static_cast<bool>(result), c.given) << c.declined;
-        EXPECT_TRUE(host.erased.empty());
     }
 }
 
@@ -245,14 +244,9 @@ TEST(FolderCopying, ExpandsWhatItIsAskedForAndNothingElse) {
     EXPECT_EQ(host.tree(), "one=<one>\n");
 }
 
-TEST(FolderCopying, NeverExpandsIntoAnArchiveNorOutOfOneThatIsSearched) {
+TEST(FolderCopying, NeverExpandsOutOfAnArchiveThatIsSearched) {
     expanding_host host({"one"});
     const auto holder = host.source("h.arc", "arc:h");
-    const AcquiredPtr<Archive> target(host.arc._newEmptyArchiveAtItem(*holder));
-    target->open(Archive::mode_create);
-    target->addItem(*host.archive_file, false);
-    EXPECT_EQ(host.transcript(), "  open h 8\n  receives a.arc\nsourceFile a.arc -> h\n"
-                                 "targetFile a.arc -> h\ntargetFileReady a.arc\n");
     for (const Archive::Mode mode : {1u, 4u}) {
         const auto around = host.archive(*holder, mode);
         host.root()->addItem(*host.item(host.archive_file->node, around.get()), false);
@@ -331,34 +325,6 @@ TEST(FolderCopying, ASingleItemTakesThePlaceOfItsWrapper) {
     };
     EXPECT_EQ(name_of(*host.run()), "a");
     EXPECT_EQ(host.tree(), "a/\na/one=<one>\n");
-}
-
-TEST(FolderCopying, ChangesTheFormatByAnArchiveOrByAScratchFile) {
-    memory_host host;
-    const auto source = host.source("a.txt", "hello");
-    host.client.on["sourceFile a.txt"] = [&](auto& question) { *question.format = &host.arc; };
-    AcquiredPtr<Item> made(host.root()->acquireAddedItem(*source, false));
-    EXPECT_EQ(host.transcript(), "sourceFile a.txt -> root\n  open new 8\n"
-                                 "targetFile a.txt -> root\ntargetFileReady a.txt\n  close new\n");
-    EXPECT_EQ(host.tree(), "new.arc=arc:a.txt(hello)\n");
-    EXPECT_EQ(name_of(*made), "new.arc");
-
-    host.tree_root->children.clear();
-    host.plain.provides_empty_file = false;
-    host.client.on["conflict a.txt.arc"] = [](auto& question) { *question.name = "b.arc"; };
-    made = host.root()->acquireAddedItem(*source, false);
-    EXPECT_EQ(host.transcript(), "sourceFile a.txt -> root\n  open a.txt 8\n  receives a.txt\n"
-                                 "sourceFile a.txt -> a.txt\ntargetFile a.txt -> a.txt\n"
-                                 "targetFileReady a.txt\n  close a.txt\nconflict a.txt.arc -> root\n"
-                                 "targetFile a.txt.arc -> root as b.arc\ntargetFileReady a.txt.arc\n");
-    EXPECT_EQ(host.tree(), "b.arc=arc:a.txt(hello)\n");
-    EXPECT_EQ(host.erased, std::vector<std::string>{"a.txt.arc"});
-
-    host.client.declined = {"targetFile a.txt.arc"};
-    host.tree_root->children.clear();
-    made = host.root()->acquireAddedItem(*source, false);
-    EXPECT_FALSE(made);
-    EXPECT_EQ(host.tree(), "");
 }
 
 TEST(FolderCopying, AdaptsFailuresOfTheLowerLayersAtItsTwoEntries) {

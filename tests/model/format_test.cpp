@@ -47,12 +47,9 @@ TEST(Format, NamesNewArchives) {
               "un::implemented: harbor6::Format::_newEmptyArchiveAtItem");
     EXPECT_EQ(support::name_of(*AcquiredPtr(format.newFileInFolder(*root, sample.get()))), "pre-a.txt.s");
     EXPECT_EQ(support::name_of(*AcquiredPtr(format.newFileInFolder(*root, nullptr))), "pre-Archive.s");
-
-    const AcquiredPtr<harbor6::Archive> made(host.arc.newArchiveAtFile(*sample));
-    EXPECT_EQ(support::name_of(*sample), "a.txt"); // a file with a name keeps it
-    host.arc.active = false;
+    format.active = false;
     const std::string inactive = "un: attempt to create an archive using a deactivated format";
-    EXPECT_EQ(support::refusal_of([&] { host.arc.newArchiveAtFile(*sample); }), inactive);
-    EXPECT_EQ(support::refusal_of([&] { host.arc.newArchiveAtFolder(*root); }), inactive);
-    EXPECT_EQ(support::refusal_of([&] { host.arc.newArchiveInFolder(*root, nullptr); }), inactive);
+    EXPECT_EQ(support::refusal_of([&] { format.newArchiveAtFile(*sample); }), inactive);
+    EXPECT_EQ(support::refusal_of([&] { format.newArchiveAtFolder(*root); }), inactive);
+    EXPECT_EQ(support::refusal_of([&] { format.newArchiveInFolder(*root, nullptr); }), inactive);
 }

@@ -114,23 +114,6 @@ TEST(File, CommitsAForkThroughItsOwnTransform) {
               "un::implemented: gz::FileItem::commitFile: can't get input stream");
 }
 
-TEST(File, AdoptsAsAnArchiveOrForkByFork) {
-    memory_host host;
-    const auto source = host.source("s", "hello");
-    const auto target = host.source("t.arc", "");
-    target->containerFormat = &host.arc;
-    target->adopt(source.get());
-    EXPECT_EQ(target->node->bytes, "arc:s(hello)");
-    target->adopt(static_cast<harbor6::Item*>(host.root().get()));
-    EXPECT_EQ(target->node->bytes, "arc:root()");
-    target->node->flags["symLink"] = true;
-    target->adopt(source.get());
-    EXPECT_EQ(target->node->bytes, "hello");
-    EXPECT_EQ(target->node->commits, 3u);
-    EXPECT_EQ(support::refusal_of([&] { target->adoptFileContents(*source); }),
-              "un::implemented: no default implementation for File::adoptFileContents");
-}
-
 TEST(File, IsTestedByACopyIntoNothing) {
     memory_host host;
     const auto file = host.source("a", "text");

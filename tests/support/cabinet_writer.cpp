@@ -24,9 +24,7 @@ std::uint32_t checksum_of(std::string_view bytes) {
 }
 
 std::deque<block_record> blocks_of(const folder_record& folder) {
-    auto encode = folder.encode;
-    if (!encode && (folder.compression & 0x0F) == mszip)
-        encode = mszip_encoder();
+    const auto encode = (folder.compression & 0x0F) == mszip ? mszip_encoder() : nullptr;
     std::deque<block_record> blocks;
     for (std::size_t at = 0; at < folder.content.size(); at += folder.block_size) {
         const auto piece = folder.content.substr(at, folder.block_size);

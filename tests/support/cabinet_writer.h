@@ -67,12 +67,11 @@ struct block_record {
 struct folder_record {
     std::uint16_t compression = stored;
     std::optional<std::uint16_t> block_count{};
-    std::string content{}; ///< what the files of the folder hold; cut into blocks of `block_size`
+    /// What the files of the folder hold; cut into blocks of `block_size`. MSZIP compresses them, any other
+    /// method keeps the bytes as they are.
+    std::string content{};
     unsigned block_size = 32768;
     bool checksums = true;
-    /// The payload of one block of `content`, called in order. Empty: stored and MSZIP do the right thing,
-    /// any other method keeps the bytes as they are.
-    std::function<std::string(std::string_view)> encode{};
     std::deque<block_record> blocks{}; ///< made by hand; they follow those of `content`
 };
 

@@ -172,7 +172,6 @@ struct memory_stage {
     struct file_system : harbor6::Format {
         using Format::Format;
         bool isFileSystem() const override { return true; }
-        using Format::provides_empty_file;
     };
 
     std::function<void(const std::string&)> trap; ///< called with each step, as "write a.txt"
@@ -369,16 +368,12 @@ inline harbor6::Item* new_item(memory_stage& host, const node_ptr& node, harbor6
     return new memory_file(host, node, around);
 }
 
-/// Walks the items of a node; writes its opening, closing and extraction into the transcript. Opened with
-/// mode 8 it takes new items and stores "arc:" and its name in its file at close.
+/// Walks the items of a node; writes its opening, closing and extraction into the transcript.
 struct test_archive : harbor6::SuperArchive {
     test_archive(memory_stage& owner, const harbor6::Format& format, harbor6::Item& item, unsigned mode,
-                 node_ptr walked = std::make_shared<memory_node>())
+                 node_ptr walked)
         : SuperArchive(format, item, mode), host(owner), content(std::move(walked)) {}
 
-    void setArchiveFile(const harbor6::Attributes* attributes) override {
-        host.log += "  receives " + (attributes ? name_of(*attributes) : "anything") + "\n";
-    }
     void beginExtraction() override { note("begin", "begin"); }
     void endExtraction() override { note("end", "end"); }
     void abortExtraction() override { note("abort", "abort"); }
@@ -389,28 +384,12 @@ struct test_archive : harbor6::SuperArchive {
         return std::make_unique<node_iterator<const harbor6::Item*>>(host, content,
                                                                      const_cast<test_archive*>(this));
     }
-    harbor6::File* _newFile() override {
-        return mode() == mode_create ? new memory_file(host, content->child(false), this)
-                                     : SuperArchive::_newFile();
-    }
-    harbor6::Folder* _newFolder() override {
-        return mode() == mode_create ? new memory_folder(host, content->child(true), this)
-                                     : SuperArchive::_newFolder();
-    }
 
 protected:
     void _open(Mode mode) override {
         note("open " + name_of(*this) + " " + std::to_string(mode), "open archive");
     }
-    void _close() override {
-        if (content->name == "new") {
-            std::string stored = "arc:";
-            for (const auto& child : content->children)
-                stored += child->name + "(" + child->bytes + ")";
-            storageOutput(true)->write(stored);
-        }
-        note("close " + name_of(*this), "close archive");
-    }
+    void _close() override { note("close " + name_of(*this), "close archive"); }
 
 private:
     void note(const std::string& line, const std::string& step) {
@@ -427,7 +406,7 @@ struct test_format : harbor6::SuperFormat {
         format_name = "arc";
         suffixes.push_back(".arc");
         is_folder = true;
-        capabilities = expands_archives | creates_archives;
+        capabilities = expands_archives;
     }
 
     harbor6::Archive* _newArchiveAtItem(harbor6::File* file, unsigned mode) override {
@@ -436,18 +415,6 @@ struct test_format : harbor6::SuperFormat {
             content = std::make_shared<memory_node>();
         return new test_archive(host, *this, *file, mode, content);
     }
-    /// At a folder it makes a file there.
-    harbor6::Archive* _newEmptyArchiveAtItem(harbor6::Item& item) override {
-        const auto content = std::make_shared<memory_node>(true, "new");
-        if (!item.asFolder())
-            return new test_archive(host, *this, item, 0, content);
-        const pattern::AcquiredPtr file(item.asFolder()->acquireNewFileFromName("new.arc", false));
-        file->commitItem();
-        return new test_archive(host, *this, *file, 0, content);
-    }
-
-    using Format::is_file;
-    using Format::provides_empty_file;
 
     memory_stage& host;
 };

@@ -8,23 +8,10 @@
 #include <numeric>
 #include <random>
 
-using harbor6::Item;
 using pattern::AcquiredPtr;
 using support::cabinet;
 using support::cabinet_host;
 using support::mszip;
-
-namespace {
-
-std::string names_in(const harbor6::Container& list) {
-    std::string names;
-    harbor6::ConstItemIterator items(list);
-    for (items.first(); !items.isDone(); items.next())
-        names += support::name_of(*AcquiredPtr<const Item>(items.current())) + ' ';
-    return names;
-}
-
-} // namespace
 
 TEST(ContentScan, PlacesFilesByTheirNormalisedPath) {
     const std::pair<const char*, const char*> places[] = {
@@ -59,7 +46,10 @@ TEST(ContentScan, AsksOnceForEachTopLevelFolderAndListsWhatStandsAtTheTop) {
         EXPECT_EQ(host.expand(list.get()), "");
         EXPECT_EQ(host.transcript(),
                   (present ? "conflict a -> root folders\n" : "targetFolder a -> root\n") + rest);
-        EXPECT_EQ(names_in(*list), "a r ");
+        std::int64_t listed = 0;
+        list->getNumItems(listed, false);
+        EXPECT_EQ(listed, 2); // a and r
+        EXPECT_EQ(support::name_of(*AcquiredPtr(list->acquireFirstItem())), "a");
         EXPECT_EQ(host.tree(), "a/\na/b/\na/b/z=4\na/x=1\na/y=3\nr=2\n");
         EXPECT_EQ(host.tree_root->children.front()->commits, present ? 0u : 1u);
     }

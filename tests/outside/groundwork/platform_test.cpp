@@ -35,37 +35,6 @@ bool child_agrees(Body body) {
     return status == 0;
 }
 
-bool works() {
-    basic::thread thread;
-    bool ran = false;
-    support::job work([&] { ran = true; });
-    thread.start(&work);
-    thread.join();
-    thread.raise();
-    thread.release();
-    return ran;
-}
-
-TEST(PlatformWorker, AForkedChildBeginsWithoutWorkersAndCanStartThem) {
-    EXPECT_TRUE(works());
-    basic::event go(true);
-    basic::thread busy;
-    support::job waiting([&] { go.wait(); });
-    busy.start(&waiting);
-    EXPECT_TRUE(child_agrees([&] {
-        const auto text = support::refusal_of([&] { busy.join(); });
-        busy.release();
-        return text == "cannot join a thread";
-    }));
-    if (!sanitized) { // the thread sanitizer lets no forked child start threads
-        EXPECT_TRUE(child_agrees([] { return works() && works() && child_agrees(works); }));
-    }
-    go.signal();
-    busy.join();
-    busy.raise();
-    EXPECT_TRUE(works());
-}
-
 TEST(PlatformWorker, SaysWhenThereIsNoThreadToBeHad) {
     if (sanitized)
         GTEST_SKIP() << "sanitizers need the address space that this test takes away";
