@@ -23,10 +23,7 @@ std::string broken() {
 }
 
 /// Far more than the pipe holds, so that its writer waits for a reader.
-const std::string& big() {
-    static const std::string data(1'000'000, 'z');
-    return data;
-}
+const std::string big(1'000'000, 'z');
 
 /// Takes so many bytes and no more.
 struct full_output : support::memory_output {
@@ -79,7 +76,7 @@ TEST(FlateAdaptor, ReadsBlockAfterBlockInEveryWay) {
 
 TEST(FlateAdaptor, WindsUpWhateverItsStateIs) {
     char byte;
-    support::seekable_input in(compress(big(), 6));
+    support::seekable_input in(compress(big, 6));
     decompressor never_started(in, 15, true);
     EXPECT_EQ(never_started.read(&byte, 1), 0u) << "an end, not a wait";
     never_started.finish();
@@ -106,7 +103,7 @@ TEST(FlateAdaptor, AFailedWriteWindsTheWorkerUpAndIsTheOneTold) {
     for (unsigned i = 0; i < 2000; ++i)
         fails_too.fixed(285).fixed_distance(0);
     fails_too.fixed(286);
-    for (const std::string& source : {compress(big(), 6), fails_too.bytes}) {
+    for (const std::string& source : {compress(big, 6), fails_too.bytes}) {
         support::seekable_input in(source);
         full_output out;
         EXPECT_EQ(refusal_of([&] {

@@ -1,6 +1,5 @@
 #include "host/disk_file.h"
 #include "host/disk_folder.h"
-#include "stream/segment_listener.h"
 #include "support/refusal.h"
 #include "support/temporary_folder.h"
 
@@ -48,17 +47,12 @@ struct DiskFolder : testing::Test {
         made->setTime(harbor6::key::modTime, when);
         return made;
     }
-    void give(harbor6::File& to, const std::string& bytes, std::uint64_t size) {
-        {
-            const auto out = to.getMainFork()->output(true);
-            if (auto* const listener = dynamic_cast<stream::segment_listener*>(out.get()))
-                listener->segment_begins(size);
-            out->write(bytes);
-        }
+    void give(harbor6::File& to, const std::string& bytes) {
+        to.getMainFork()->output(true)->write(bytes);
         to.commitItem();
     }
     void put(const std::string& path, const std::string& name, const std::string& bytes) {
-        give(*file(path, name), bytes, bytes.size());
+        give(*file(path, name), bytes);
     }
 
     support::temporary_folder place;
@@ -108,12 +102,12 @@ TEST_F(DiskFolder, NeverFollowsALink) {
     const auto promised = file("real", "late");
     const auto deeper = file("real/deep", "x");
     std::filesystem::create_symlink(outside / "new", place / "out/real/late");
-    give(*promised, "4", 1);
+    give(*promised, "4");
     for (int i = 0; i < 20; ++i) // the folder is closed meanwhile
         folder(std::to_string(i));
     std::filesystem::remove(place / "out/real/deep");
     std::filesystem::create_directory_symlink(outside, place / "out/real/deep");
-    give(*deeper, "5", 1);
+    give(*deeper, "5");
     EXPECT_EQ(log.take(), "real/late: cannot create real/late: File exists\n"
                           "real/deep/x: cannot use folder real/deep: it is a symbolic link\n");
     EXPECT_EQ(tree(outside), "sub/ ");
@@ -151,7 +145,7 @@ TEST_F(DiskFolder, KeepsFewDescriptorsOpen) {
     };
     EXPECT_LT(open_now(), 40);
     for (const auto& each : waiting)
-        give(*each, "x", 1);
+        give(*each, "x");
     EXPECT_LT(open_now(), 40);
     EXPECT_EQ(read_file(place.path / "out" / deep / "x"), "x");
 }

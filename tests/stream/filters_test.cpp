@@ -1,7 +1,6 @@
 #include "stream/copier.h"
 #include "stream/endian_input.h"
 #include "stream/filter_output.h"
-#include "stream/infinite_output.h"
 #include "stream/nio_copy.h"
 #include "support/memory_streams.h"
 #include "support/refusal.h"
@@ -88,27 +87,6 @@ TEST(Copying, MovesWhatIsAskedForOrThere) {
         EXPECT_EQ(nio::copy(source, target, ~std::uint64_t{0}, buffer), 0u);
         EXPECT_EQ(target.bytes, "01256789") << buffer;
     }
-    stream::infinite_output nowhere;
-    seekable_input source("abc");
-    nowhere.copy_from(source);
-    nowhere.write("xyz", 3);
-    EXPECT_EQ(nowhere.tell(), 6u);
-}
-
-TEST(Input, DeliversPushedBackBytesFirstToEveryKindOfRead) {
-    const un::array<char> bytes("abcdef");
-    stream::array_input in(bytes, 0);
-    char buffer[8];
-    EXPECT_EQ(in.read(buffer, 4), 4u);
-    in.unread("cd", 2);
-    in.unread('b');
-    EXPECT_EQ(in.tell(), 1u);
-    EXPECT_EQ(in.read(), 'b');
-    EXPECT_EQ(in.skip(1), 1u);
-    EXPECT_EQ(in.read(buffer, 8), 3u);
-    EXPECT_EQ(std::string(buffer, 3), "def");
-    EXPECT_EQ(in.tell(), 6u);
-    EXPECT_EQ(in.read(), -1);
 }
 
 TEST(RandomStreams, StepBackInTheSource) {
