@@ -128,9 +128,8 @@ TEST(DiskRandom, WritesAndReadsInAnyOrder) {
         out.write("0123456789", 10);
         EXPECT_FALSE(out.seek(11)) << "no holes";
         EXPECT_TRUE(out.seek(3));
-        out.write("abc");
-        out.write('d');
-        EXPECT_EQ(std::pair(out.tell(), out.size()), std::pair(std::uint64_t{7}, std::uint64_t{10}));
+        out.write("abcd");
+        EXPECT_EQ(out.tell() * 100 + out.size(), 710u);
         out.resize(9);
     }
     transfer->finish({});

@@ -317,13 +317,6 @@ TEST(FolderCopying, ASingleItemTakesThePlaceOfItsWrapper) {
             EXPECT_TRUE(result->expanded);
         }
     }
-    expanding_host host({"one"});
-    host.client.on["sourceFile one"] = [&](auto&) { // wanted from the archive, not from the wrapper
-        if (!host.tree_root->children.front()->children.empty())
-            host.client.declined = {"sourceFile one"};
-    };
-    EXPECT_EQ(name_of(*host.run()), "a");
-    EXPECT_EQ(host.tree(), "a/\na/one=<one>\n");
 }
 
 TEST(FolderCopying, AdaptsFailuresOfTheLowerLayersAtItsTwoEntries) {
