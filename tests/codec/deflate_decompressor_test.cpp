@@ -67,14 +67,9 @@ TEST(DeflateDecompressor, DecodesWhatZlibWrites) {
     std::string period(70000, '\0');
     for (std::size_t i = 0; i < period.size(); ++i)
         period[i] = static_cast<char>("abcdefghijklmnopqrstuvw"[i % (3 + i / 4000)]);
-    const std::string data[] = {"",
-                                "x",
-                                words(100),
-                                words(40000),
-                                words(200000),
-                                noise(70000),
-                                period,
-                                std::string(70000, 'z') + noise(1000) + words(40000, 2)};
+    const std::string data[] = {
+        "",           words(40000), words(200000),
+        noise(70000), period,       std::string(70000, 'z') + noise(1000) + words(40000, 2)};
     for (const auto& each : data)
         for (const int level : {0, 1, 6, 9})
             for (const auto strategy : zlib_streams::strategies) {
@@ -88,8 +83,7 @@ TEST(DeflateDecompressor, BlocksShareTheirHistoryAndGoOutInOneWriteEach) {
     for (const int level : {1, 9}) {
         const auto blocks = compress_blocks(data, level);
         const auto streams = std::accumulate(blocks.begin(), blocks.end(), std::string());
-        settings how;
-        how.runs = static_cast<unsigned>(blocks.size());
+        const settings how{.runs = static_cast<unsigned>(blocks.size())};
         expect_sound(streams, data, how);
         EXPECT_EQ(decode(streams, false, how).writes, blocks.size());
     }
@@ -244,8 +238,7 @@ TEST(DeflateDecompressor, DamagedAnywhereBothLoopsAgree) {
     std::mt19937 random(7);
     const auto blocks = compress_blocks(words(70000) + noise(2000), 6);
     const auto sound = std::accumulate(blocks.begin(), blocks.end(), std::string());
-    settings how;
-    how.runs = static_cast<unsigned>(blocks.size());
+    const settings how{.runs = static_cast<unsigned>(blocks.size())};
     unsigned failed = 0;
     for (unsigned round = 0; round < 1500; ++round) {
         std::string stream = sound;
@@ -284,21 +277,19 @@ TEST(DeflateDecompressor, OtherExtents) {
 
 TEST(DeflateDecompressor, AFailedRunLeavesNothingToTheNext) {
     // Fails behind "abc"; the next run refers to what was decoded before, but writes only its own bytes.
-    const std::string streams[] = {
-        fixed_block().fixed('a').fixed('b').fixed('c').fixed(286).bytes,
-        fixed_block().fixed('d').fixed(257).fixed_distance(3).field(0, 1).fixed(256).bytes};
-    memory_output out;
+    const auto failing = fixed_block().fixed('a').fixed('b').fixed('c').fixed(286).bytes;
+    const auto both =
+        failing + fixed_block().fixed('d').fixed(257).fixed_distance(3).field(0, 1).fixed(256).bytes;
     for (const bool exact : {true, false}) {
-        const std::string both = streams[0] + streams[1];
+        memory_output out;
         memory_input in(both);
         deflate::decompressor decoder(in, out);
         decoder.rewind = true;
         decoder.exact_only = exact;
         EXPECT_THROW(decoder.run(), basic::algorithm_exception);
         EXPECT_EQ(out.bytes, "");
-        in.seek(streams[0].size());
+        in.seek(failing.size());
         decoder.run();
         EXPECT_EQ(out.bytes, "dabc");
-        out.bytes.clear();
     }
 }

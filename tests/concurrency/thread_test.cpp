@@ -31,23 +31,14 @@ std::ptrdiff_t threads_of_this_process() {
     return std::distance(begin(tasks), end(tasks));
 }
 
-/// Runs `body` on a worker and says what the joiner gets: class and text, or "nothing".
-std::string brought_home(const std::function<void()>& body) {
-    support::job work(body);
-    basic::thread thread;
-    thread.start(&work);
-    thread.join();
+/// Class and text of what `body` throws, or "nothing".
+std::string thrown_by(const std::function<void()>& body) {
     try {
-        thread.raise();
+        body();
     } catch (const std::exception& failure) {
         return std::string(typeid(failure).name()) + ' ' + failure.what();
     }
     return "nothing";
-}
-
-template<class Class>
-std::string described(const std::string& text) {
-    return std::string(typeid(Class).name()) + ' ' + text;
 }
 
 /// There is no memory, or something worse, when it is to be copied.
@@ -58,21 +49,28 @@ public:
 };
 
 TEST(Thread, BringsHomeWhatTheRunThrows) {
-    const auto no_memory = described<basic::bad_alloc>("std::bad_alloc");
-    const auto unknown = described<basic::thread_exception>("unknown thread error");
-    const std::pair<std::function<void()>, std::string> cases[] = {
-        {[] {}, "nothing"},
-        {[] { throw basic::cancel_exception("stop"); }, "nothing"},
+    const auto no_memory = [] { throw basic::bad_alloc("std::bad_alloc"); };
+    const auto unknown = [] { throw basic::thread_exception("unknown thread error"); };
+    const auto damage = [] { throw basic::algorithm_exception("bad"); };
+    const auto short_stream = [] { throw stream::exception("short", "a::b"); };
+    const std::pair<std::function<void()>, std::function<void()>> cases[] = {
+        {[] {}, [] {}},
+        {[] { throw basic::cancel_exception("stop"); }, [] {}},
         {[] { throw std::bad_alloc(); }, no_memory},
         {[] { throw std::bad_array_new_length(); }, no_memory},
-        {[] { throw basic::algorithm_exception("bad"); }, described<basic::algorithm_exception>("bad")},
-        {[] { throw stream::exception("short", "a::b"); }, described<stream::exception>("short")},
+        {[] { throw stubborn("x"); }, no_memory},
         {[] { throw 7; }, unknown},
         {[] { throw std::runtime_error("no"); }, unknown},
-        {[] { throw stubborn("x"); }, no_memory},
+        {damage, damage},
+        {short_stream, short_stream},
     };
-    for (const auto& [body, expected] : cases)
-        EXPECT_EQ(brought_home(body), expected);
+    for (const auto& [body, expected] : cases) {
+        support::job work(body);
+        basic::thread thread;
+        thread.start(&work);
+        thread.join();
+        EXPECT_EQ(thrown_by([&] { thread.raise(); }), thrown_by(expected));
+    }
 }
 
 TEST(Thread, StartsAgainAfterReleaseOnly) {

@@ -70,7 +70,7 @@ TEST(Folder, MakesItemsUnderTheNameThatTheClientLeaves) {
         if (c.asked == 'n')
             host.client.declined = {"conflict x"};
         std::string made;
-        made += refusal_of([&] {
+        const auto refusal = refusal_of([&] {
             const auto root = host.root();
             const AcquiredPtr<Item> item(
                 c.folder ? static_cast<Item*>(root->acquireNewFolderLike(*model, c.asked == '-'))
@@ -81,7 +81,7 @@ TEST(Folder, MakesItemsUnderTheNameThatTheClientLeaves) {
             made = &node == &existing ? "existing" : node.parent.lock()->name + "/" + node.name;
             EXPECT_EQ(node.times.count("modTime"), &node == &existing ? 0u : 1u);
         });
-        EXPECT_EQ(made, c.made);
+        EXPECT_EQ(made + refusal, c.made);
         const std::string put =
             c.folder && c.existing_folder ? "conflict x -> root folders" : "conflict x -> root";
         EXPECT_EQ(host.transcript(), c.asked == '-' ? "" : put + (c.asked == 'y' ? "\n" : ": no\n"));

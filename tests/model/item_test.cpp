@@ -96,6 +96,8 @@ TEST(Item, FoldersComputeWhatFilesDontHave) {
     d.flags["locked"] = false;
     d.children[0]->flags.clear(); // a cannot tell, which ends the walk
     EXPECT_FALSE(folder->boolean("containsLocked") || folder->available("containsLocked"));
+    bool locked = true;
+    EXPECT_FALSE(host.root()->getContainsLocked(locked, false)); // no flag of its own
     EXPECT_TRUE(file->boolean("fileSystemItem"));
     EXPECT_FALSE(file->hasBoolean("fileSystemItem") || file->modifiable("fileSystemItem"));
 }

@@ -39,15 +39,11 @@ TEST(ItemReader, RefusesMethodsBeforeAByteIsRead) {
             EXPECT_EQ(support::refusal_of([&] { EXPECT_EQ(reader.process(input, output), 0u); }),
                       *c.refusal ? reporter + c.refusal : "")
                 << word;
+            EXPECT_EQ(support::refusal_of([&] { reader.process(input, output, 1); }),
+                      "stream::transform: partial stream processing is not implemented");
             EXPECT_EQ(input.tell(), 0u);
         }
     }
-    EXPECT_EQ(support::refusal_of([] {
-                  memory_input input("");
-                  memory_output output;
-                  item_reader().process(input, output, 1);
-              }),
-              "stream::transform: partial stream processing is not implemented");
 }
 
 TEST(ItemReader, RunsDecodersBlockByBlockAndRefusesWhatDoesntFit) {
