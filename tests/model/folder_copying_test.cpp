@@ -284,7 +284,7 @@ TEST(FolderCopying, EveryFailureOfEitherAttemptGoesItsWay) {
     expanding_host host({"one"});
     host.client.declined = {"targetFile a.arc"}; // no copy to expand
     host.refuse_in_place();
-    EXPECT_EQ(host.raised(), "0"); // "attempt to derefernce 0"
+    EXPECT_EQ(support::refusal_of([&] { host.run(); }), "un: attempt to derefernce 0");
 }
 
 TEST(FolderCopying, ASingleItemTakesThePlaceOfItsWrapper) {

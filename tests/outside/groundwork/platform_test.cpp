@@ -32,7 +32,7 @@ TEST(PlatformWorker, SaysWhenThereIsNoThreadToBeHad) {
     EXPECT_EXIT(starve(), testing::ExitedWithCode(0), "");
 }
 
-TEST(PlatformLibrary, FindsSymbolsAndSaysWhyNot) {
+TEST(Platform, FindsItsExecutableAndSymbolsAndSaysWhyNot) {
     EXPECT_TRUE(std::filesystem::equivalent(platform::executable_path(), "/proc/self/exe"));
     platform::library mathematics("libm.so.6");
     using function = double (*)(double);

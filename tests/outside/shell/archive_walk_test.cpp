@@ -57,7 +57,6 @@ TEST(ArchiveWalk, GivesEntriesWhileTheArchiveIsOpen) {
     host.archive->close();
     host.archive->open(Archive::mode_walk);
     EXPECT_TRUE(host.archive->hasItemNamed("d"));
-    host.archive->close();
 }
 
 TEST(ArchiveWalk, RaisesTheFailureOfThePassEachTime) {
