@@ -83,6 +83,13 @@ bool Client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
                         " deep (--depth)");
         return false;
     }
+    const auto name = archive.string(harbor6::key::name);
+    const pattern::AcquiredPtr<harbor6::Item> existing(target.acquireItemFromName(name));
+    if (existing && !existing->asFolder()) {
+        log.refused(join(target, name),
+                    "stands where the content of an archive of that name was to go, which is kept as it is");
+        return false;
+    }
     around.push_back({&archive, pattern::AcquiredPtr<harbor6::Folder>::sharing(target)});
     return true;
 }
@@ -126,11 +133,6 @@ bool Client::targetNameConflict(std::string& name, harbor6::Item& existing, bool
         return false;
     const auto* const source = dynamic_cast<const harbor6::Item*>(&model);
     const auto path = disk_target::join(parent->path(), name);
-    if (source && source->asArchive() && !existing.asFolder()) {
-        log.refused(path,
-                    "stands where the content of an archive of that name was to go, which is kept as it is");
-        return false;
-    }
     if (source && source->asFolder()) {
         if (!existing.asFolder())
             *target = barred(*parent, name);

@@ -204,6 +204,18 @@ TEST_F(Program, ExpandsArchivesInsideArchives) {
         "harbor: -: 1/2/3: kept as it is: archives lie inside archives here, more than 2 deep (--depth)\n"
         "harbor: -: cut.cab: kept as it is: cut short: the input ends at byte 120\n");
     EXPECT_EQ(tree(place / "t"), "3.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
+
+    // Neither the content nor the archive itself has a place.
+    std::filesystem::create_directory(place / "u");
+    write_file(place / "u/1", "");
+    write_file(place / "u/1.cab", "");
+    EXPECT_EQ(
+        run("expand --nested x.cab -C u").err,
+        "harbor: x.cab: 1: stands where the content of an archive of that name was to go, which is kept "
+        "as it is\n"
+        "harbor: x.cab: 1.cab: exists already (--overwrite replaces, --keep keeps such files)\n"
+        "harbor: x.cab: cut.cab: kept as it is: cut short: the input ends at byte 120\n");
+    EXPECT_EQ(tree(place / "u"), "1 1.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
 }
 
 TEST_F(Program, ListsAndDescribes) {

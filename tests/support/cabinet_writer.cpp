@@ -23,27 +23,8 @@ std::uint32_t checksum_of(std::string_view bytes) {
     return sum;
 }
 
-/// What is left of a block behind its last whole word, read as one number with its first byte on top.
-std::uint32_t tail_of(std::string_view bytes) {
-    std::uint32_t tail = 0;
-    for (const char byte : bytes)
-        tail = tail << 8 | static_cast<unsigned char>(byte);
-    return tail;
-}
-
-std::string bytes_of(const folder_record& folder, std::size_t block_count, std::size_t offset,
-                     unsigned reserve) {
-    std::string kept = folder.reserve;
-    kept.resize(reserve);
-    return number(folder.data_offset.value_or(static_cast<std::uint32_t>(offset)), 4) +
-           number(folder.block_count.value_or(static_cast<std::uint16_t>(block_count)), 2) +
-           number(folder.compression, 2) + kept;
-}
-
 std::deque<block_record> blocks_of(const folder_record& folder) {
-    auto encode = folder.encode;
-    if (!encode && (folder.compression & 0x0F) == mszip)
-        encode = mszip_encoder();
+    const auto encode = (folder.compression & 0x0F) == mszip ? mszip_encoder() : nullptr;
     std::deque<block_record> blocks;
     for (std::size_t at = 0; at < folder.content.size(); at += folder.block_size) {
         const auto piece = folder.content.substr(at, folder.block_size);
@@ -57,59 +38,50 @@ std::deque<block_record> blocks_of(const folder_record& folder) {
     return blocks;
 }
 
-/// The four runs of bytes that a cabinet consists of.
-struct parts {
-    std::string header, folders, files, data;
-};
-
-std::string fixed_header(const cabinet& source, const parts& made, std::size_t header_size) {
-    const header_record& header = source.header;
-    const auto files_offset = header_size + made.folders.size();
-    const auto total = files_offset + made.files.size() + made.data.size();
-    const auto flags =
-        header.flags | (header.previous ? 1 : 0) | (header.next ? 2 : 0) | (header.reserve ? 4 : 0);
-    const auto covered =
-        number(header.cabinet_size.value_or(static_cast<std::uint32_t>(total)), 4) +
-        number(header.reserved_word_1, 4) +
-        number(header.files_offset.value_or(static_cast<std::uint32_t>(files_offset)), 4) +
-        number(header.reserved_word_2, 4) + number(header.version, 2) +
-        number(header.folder_count.value_or(static_cast<std::uint16_t>(source.folders.size())), 2) +
-        number(header.file_count.value_or(static_cast<std::uint16_t>(source.files.size())), 2) +
-        number(static_cast<std::uint16_t>(flags), 2) + number(header.set_id, 2) +
-        number(header.cabinet_index, 2);
-    return header.signature + number(header.checksum.value_or(checksum_of(covered)), 4) + covered;
-}
-
 std::string header_extras(const header_record& header) {
     std::string bytes;
     if (const auto& reserve = header.reserve)
         bytes +=
             number(reserve->header_size.value_or(static_cast<std::uint16_t>(reserve->header.size())), 2) +
             number(reserve->folder_size, 1) + number(reserve->data_size, 1) + reserve->header;
-    for (const auto& names : {header.previous, header.next}) {
+    for (const auto& names : {header.previous, header.next})
         if (names)
             bytes += names->cabinet + '\0' + names->disk + '\0';
-    }
     return bytes;
 }
 
+struct parts {
+    std::string header, rest;
+};
+
 parts make(const cabinet& source) {
     constexpr std::size_t fixed_size = 36, folder_size = 8;
-    const auto reserve = source.header.reserve.value_or(reserve_area{});
-    const auto extras = header_extras(source.header);
-    parts made;
+    const header_record& header = source.header;
+    const auto reserve = header.reserve.value_or(reserve_area{});
+    const auto extras = header_extras(header);
+    const auto files_offset =
+        fixed_size + extras.size() + source.folders.size() * (folder_size + reserve.folder_size);
+    std::string folders, files, data;
     for (const auto& file : source.files)
-        made.files += bytes_of(file);
-    const auto data_offset = fixed_size + extras.size() +
-                             source.folders.size() * (folder_size + reserve.folder_size) + made.files.size();
+        files += bytes_of(file);
     for (const auto& folder : source.folders) {
         const auto blocks = blocks_of(folder);
-        made.folders += bytes_of(folder, blocks.size(), data_offset + made.data.size(), reserve.folder_size);
+        folders += number(files_offset + files.size() + data.size(), 4) +
+                   number(folder.block_count.value_or(static_cast<std::uint16_t>(blocks.size())), 2) +
+                   number(folder.compression, 2) + std::string(reserve.folder_size, '\0');
         for (const auto& block : blocks)
-            made.data += bytes_of(block, reserve.data_size);
+            data += bytes_of(block, reserve.data_size);
     }
-    made.header = fixed_header(source, made, fixed_size + extras.size()) + extras;
-    return made;
+    const int flags =
+        header.flags | (header.previous ? 1 : 0) | (header.next ? 2 : 0) | (header.reserve ? 4 : 0);
+    const auto covered =
+        number(files_offset + files.size() + data.size(), 4) + number(0, 4) + number(files_offset, 4) +
+        number(0, 4) + number(header.version, 2) +
+        number(header.folder_count.value_or(static_cast<std::uint16_t>(source.folders.size())), 2) +
+        number(source.files.size(), 2) + number(static_cast<unsigned>(flags), 2) + number(0, 2) +
+        number(header.cabinet_index, 2);
+    const auto checksum = header.checksum.value_or(checksum_of(covered));
+    return {header.signature + number(checksum, 4) + covered + extras, folders + files + data};
 }
 
 } // namespace
@@ -121,24 +93,46 @@ std::string bytes_of(const file_record& file) {
 }
 
 std::string bytes_of(const block_record& block, unsigned reserve_size) {
-    std::string kept = block.reserve;
-    kept.resize(reserve_size);
+    std::string reserve = block.reserve;
+    reserve.resize(reserve_size);
     const auto size = static_cast<std::uint16_t>(block.payload.size());
-    const auto fields = number(block.compressed_size.value_or(size), 2) +
-                        number(block.uncompressed_size.value_or(size), 2) + kept;
-    const auto whole_words = block.payload.size() / 4 * 4;
-    const auto sum = checksum_of(fields + block.payload.substr(0, whole_words)) ^
-                     tail_of(std::string_view(block.payload).substr(whole_words));
+    const auto fields = number(size, 2) + number(block.uncompressed_size.value_or(size), 2) + reserve;
+    const std::size_t words = block.payload.size() / 4 * 4;
+    std::uint32_t tail = 0; // what is left behind the last whole word, a number with its first byte on top
+    for (const char byte : block.payload.substr(words))
+        tail = tail << 8 | static_cast<unsigned char>(byte);
+    const auto sum = checksum_of(fields + block.payload.substr(0, words)) ^ tail;
     return number(block.checksum.value_or(sum), 4) + fields + block.payload;
 }
 
-folder_record& cabinet::last_folder() {
-    return folders.empty() ? folders.emplace_back() : folders.back();
+cabinet& cabinet::folder(std::uint16_t compression) {
+    folders.emplace_back().compression = compression;
+    return *this;
+}
+
+cabinet& cabinet::file(const std::string& name, std::string_view content) {
+    folder_record& into = folders.empty() ? folders.emplace_back() : folders.back();
+    files.push_back({.name = name,
+                     .size = static_cast<std::uint32_t>(content.size()),
+                     .folder_offset = static_cast<std::uint32_t>(into.content.size()),
+                     .folder_index = static_cast<std::uint16_t>(folders.size() - 1)});
+    into.content += content;
+    return *this;
+}
+
+cabinet& cabinet::file(const file_record& record) {
+    files.push_back(record);
+    return *this;
+}
+
+cabinet& cabinet::block(const block_record& record) {
+    (folders.empty() ? folders.emplace_back() : folders.back()).blocks.push_back(record);
+    return *this;
 }
 
 std::string cabinet::bytes() const {
     const auto made = make(*this);
-    return made.header + made.folders + made.files + made.data;
+    return made.header + made.rest;
 }
 
 std::string cabinet::header_bytes() const {

@@ -14,7 +14,7 @@
 //     cabinet().block({.payload = "abc", .checksum = 1}).bytes()      a block with a wrong checksum
 //     cut(whole, 40), flip(whole, 40)                                 damage afterwards
 //
-// Every field of every record can be set. A field of type std::optional that is empty gets the value that
+// The fields that readers look at can be set. A field of type std::optional that is empty gets the value that
 // belongs there, so only what a test is about needs to be said:
 //
 //     cabinet wrong;
@@ -31,9 +31,9 @@ constexpr std::uint16_t lzx(unsigned bits) {
     return static_cast<std::uint16_t>(bits << 8 | 3);
 }
 
-/// Reserve areas. A record's own reserve bytes are cut or filled up with zeros to the size given here.
+/// Reserve areas: the bytes behind the header, and the size of those in the other records.
 struct reserve_area {
-    std::string header{}; ///< the bytes behind the header
+    std::string header{};
     std::uint8_t folder_size = 0;
     std::uint8_t data_size = 0;
     std::optional<std::uint16_t> header_size{};
@@ -48,15 +48,9 @@ struct neighbour {
 struct header_record {
     std::string signature = "MSCF";
     std::optional<std::uint32_t> checksum = 0; ///< none by default; empty means a right one
-    std::optional<std::uint32_t> cabinet_size{};
-    std::uint32_t reserved_word_1 = 0;
-    std::optional<std::uint32_t> files_offset{};
-    std::uint32_t reserved_word_2 = 0;
     std::uint16_t version = 0x0103;
     std::optional<std::uint16_t> folder_count{};
-    std::optional<std::uint16_t> file_count{};
     std::uint16_t flags = 0; ///< added to those that `reserve`, `previous` and `next` call for
-    std::uint16_t set_id = 0;
     std::uint16_t cabinet_index = 0;
     std::optional<reserve_area> reserve{};
     std::optional<neighbour> previous{};
@@ -65,24 +59,19 @@ struct header_record {
 
 struct block_record {
     std::string payload{};
-    std::optional<std::uint32_t> checksum{}; ///< 0 for none, empty for a right one
-    std::optional<std::uint16_t> compressed_size{};
+    std::optional<std::uint32_t> checksum{};          ///< 0 for none, empty for a right one
     std::optional<std::uint16_t> uncompressed_size{}; ///< empty: as many bytes as `payload` has
-    std::string reserve{};
+    std::string reserve{}; ///< cut or filled up with zeros to the size that is called for
 };
 
 struct folder_record {
     std::uint16_t compression = stored;
-    std::optional<std::uint32_t> data_offset{};
     std::optional<std::uint16_t> block_count{};
-    std::string reserve{};
-
-    std::string content{}; ///< what the files of the folder hold; cut into blocks of `block_size`
+    /// What the files of the folder hold; cut into blocks of `block_size`. MSZIP compresses them, any other
+    /// method keeps the bytes as they are.
+    std::string content{};
     unsigned block_size = 32768;
     bool checksums = true;
-    /// The payload of one block of `content`, called in order. Empty: stored and MSZIP do the right thing,
-    /// any other method keeps the bytes as they are.
-    std::function<std::string(std::string_view)> encode{};
     std::deque<block_record> blocks{}; ///< made by hand; they follow those of `content`
 };
 
@@ -101,34 +90,15 @@ struct file_record {
 std::string bytes_of(const file_record& file);
 std::string bytes_of(const block_record& block, unsigned reserve_size = 0);
 
-class cabinet {
-public:
+struct cabinet {
     /// Begins a folder; the files and blocks that follow go into it. Without it there is one stored folder.
-    cabinet& folder(std::uint16_t compression) {
-        folders.emplace_back().compression = compression;
-        return *this;
-    }
+    cabinet& folder(std::uint16_t compression);
     /// Adds `content` to the last folder and a record that fits it.
-    cabinet& file(const std::string& name, std::string_view content) {
-        folder_record& into = last_folder();
-        file_record& record = files.emplace_back();
-        record.name = name;
-        record.size = static_cast<std::uint32_t>(content.size());
-        record.folder_offset = static_cast<std::uint32_t>(into.content.size());
-        record.folder_index = static_cast<std::uint16_t>(folders.size() - 1);
-        into.content += content;
-        return *this;
-    }
+    cabinet& file(const std::string& name, std::string_view content);
     /// Adds the record alone.
-    cabinet& file(const file_record& record) {
-        files.push_back(record);
-        return *this;
-    }
+    cabinet& file(const file_record& record);
     /// Adds a block to the last folder.
-    cabinet& block(const block_record& record) {
-        last_folder().blocks.push_back(record);
-        return *this;
-    }
+    cabinet& block(const block_record& record);
 
     std::string bytes() const;
     /// The header record alone, with reserve and names; it states the sizes of the whole cabinet.
@@ -137,9 +107,6 @@ public:
     header_record header;
     std::deque<folder_record> folders{};
     std::deque<file_record> files{};
-
-private:
-    folder_record& last_folder();
 };
 
 std::string cut(std::string bytes, std::size_t length);

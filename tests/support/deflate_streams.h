@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 /// Deflate streams for tests, made bit by bit, and what became of decoding them.
 namespace deflate_streams {
@@ -16,6 +17,11 @@ class bit_writer {
 public:
     /// The low `count` bits of `value`, lowest first.
     bit_writer& field(std::uint32_t value, unsigned count);
+    bit_writer& fields(std::initializer_list<std::pair<std::uint32_t, unsigned>> all) {
+        for (const auto& [value, count] : all)
+            field(value, count);
+        return *this;
+    }
     /// A code of `count` bits, highest first.
     bit_writer& code(std::uint32_t value, unsigned count);
     /// A literal, length or distance symbol of the fixed codes.

@@ -2,108 +2,22 @@
 
 #include "concurrency/event.h"
 #include "concurrency/thread.h"
-#include "outside/groundwork/exception.h"
 #include "support/job.h"
+#include "support/refusal.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
 namespace {
 
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-constexpr bool sanitized = true;
-#else
-constexpr bool sanitized = false;
-#endif
-
-/// Whether `body` says yes in a forked child, within ten seconds.
-template<class Body>
-bool child_agrees(Body body) {
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(10);
-        _exit(body() ? 0 : 1);
-    }
-    int status = 1;
-    waitpid(child, &status, 0);
-    return status == 0;
-}
-
-bool works() {
-    basic::thread thread;
-    bool ran = false;
-    support::job work([&] { ran = true; });
-    thread.start(&work);
-    thread.join();
-    thread.raise();
-    thread.release();
-    return ran;
-}
-
-TEST(PlatformWorker, AForkedChildBeginsWithoutWorkersAndCanStartThem) {
-    EXPECT_TRUE(works());
-    basic::event go(true);
-    basic::thread busy;
-    support::job waiting([&] { go.wait(); });
-    busy.start(&waiting);
-    EXPECT_TRUE(child_agrees([&] {
-        const auto text = support::text_of([&] { busy.join(); });
-        busy.release();
-        return text == "cannot join a thread";
-    }));
-    if (!sanitized) { // the thread sanitizer lets no forked child start threads
-        EXPECT_TRUE(child_agrees([] { return works() && works() && child_agrees(works); }));
-    }
-    go.signal();
-    busy.join();
-    busy.raise();
-    EXPECT_TRUE(works());
-}
-
-/// Stays a while in its raise, which holds the lock of all raising.
-class slow final : public basic::exception {
-public:
-    slow(basic::event& entered, basic::event& leave) : exception("slow"), inside(entered), out(leave) {}
-    std::unique_ptr<basic::cloneable_exception> clone() const override {
-        return std::make_unique<slow>(inside, out);
-    }
-    void raise() const override {
-        inside.signal();
-        out.wait();
-        throw *this;
-    }
-
-private:
-    basic::event& inside;
-    basic::event& out;
-};
-
-TEST(PlatformWorker, AForkedChildCanRaiseWhileTheParentDoes) {
-    basic::event inside(true);
-    basic::event out(true);
-    support::job failing([&] { throw slow(inside, out); });
-    basic::thread thread;
-    thread.start(&failing);
-    thread.join();
-    std::thread raiser([&] { EXPECT_EQ(support::text_of([&] { thread.raise(); }), "slow"); });
-    inside.wait();
-    EXPECT_TRUE(child_agrees([&] {
-        out.signal();
-        return support::text_of([&] { thread.raise(); }) == "slow";
-    }));
-    out.signal();
-    raiser.join();
-}
-
 TEST(PlatformWorker, SaysWhenThereIsNoThreadToBeHad) {
-    if (sanitized)
-        GTEST_SKIP() << "sanitizers need the address space that this test takes away";
-    EXPECT_TRUE(child_agrees([] {
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "sanitizers need the address space that this test takes away";
+#endif
+    const auto starve = [] {
         basic::event never(true);
         support::job waiting([&] { never.wait(); });
         std::vector<basic::thread> threads(64); // more than the platform keeps stacks for
@@ -112,36 +26,26 @@ TEST(PlatformWorker, SaysWhenThereIsNoThreadToBeHad) {
         std::string text;
         for (auto& thread : threads)
             if (text.empty())
-                text = support::text_of([&] { thread.start(&waiting); });
+                text = support::refusal_of([&] { thread.start(&waiting); });
         _exit(text == "cannot create a thread" ? 0 : 1);
-        return false;
-    }));
+    };
+    EXPECT_EXIT(starve(), testing::ExitedWithCode(0), "");
 }
 
-std::string refusal(const std::function<void()>& body) {
-    try {
-        body();
-    } catch (const un::exception& failure) {
-        return failure.reporting_class() + ": " + failure.message();
-    }
-    return "none";
-}
-
-TEST(PlatformLibrary, FindsSymbolsAndSaysWhyNot) {
+TEST(Platform, FindsItsExecutableAndSymbolsAndSaysWhyNot) {
+    EXPECT_TRUE(std::filesystem::equivalent(platform::executable_path(), "/proc/self/exe"));
     platform::library mathematics("libm.so.6");
     using function = double (*)(double);
     EXPECT_EQ(reinterpret_cast<function>(mathematics.symbol("floor"))(2.5), 2.0);
     platform::library moved(std::move(mathematics));
     EXPECT_NE(moved.symbol("ceil"), nullptr);
-    const auto missing = refusal([&] { moved.symbol("no_such_function"); });
-    EXPECT_EQ(missing.rfind("platform::library: ", 0), 0u);
-    EXPECT_NE(missing.find("no_such_function"), std::string::npos);
-    EXPECT_NE(refusal([] { platform::library("/no/such.so"); }).find("/no/such.so"), std::string::npos);
-    EXPECT_EQ(refusal([&] { mathematics.symbol("floor"); }), "platform::library: no library is loaded");
-}
-
-TEST(Platform, KnowsItsExecutable) {
-    EXPECT_TRUE(std::filesystem::equivalent(platform::executable_path(), "/proc/self/exe"));
+    const auto missing = support::refusal_of([&] { moved.symbol("no_such_function"); });
+    EXPECT_TRUE(missing.starts_with("platform::library: "));
+    EXPECT_NE(missing.find("no_such_function"), missing.npos);
+    const auto absent = support::refusal_of([] { platform::library("/no/such.so"); });
+    EXPECT_NE(absent.find("/no/such.so"), absent.npos);
+    EXPECT_EQ(support::refusal_of([&] { mathematics.symbol("floor"); }),
+              "platform::library: no library is loaded");
 }
 
 } // namespace

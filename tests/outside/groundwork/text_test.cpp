@@ -38,14 +38,12 @@ TEST(Text, DecodesByTheChosenPageOrAsUtf8OrElseAsWindows1252) {
     for (const auto& c : cases) {
         const chosen_page page(c.page);
         const std::vector<char> bytes(c.bytes.begin(), c.bytes.end()); // nothing stands behind them
+        EXPECT_NE(support::refusal_of([] { nio::set_code_page("no such page"); }), "");
         EXPECT_EQ(nio::decode({bytes.data(), bytes.size()}, -1), c.text) << &c - cases;
     }
-}
-
-TEST(Text, KeepsItsPageWhenAnotherIsUnknown) {
-    const chosen_page page("CP437");
-    EXPECT_NE(support::refusal_of([] { nio::set_code_page("no such page"); }), "");
-    EXPECT_EQ(nio::decode("\xE4", -1), L"\u03A3");
+    EXPECT_EQ(nio::to_utf8(L"a\u00E4\u20AC\U0001F600"), "a\u00E4\u20AC\U0001F600");
+    const std::wstring bad{static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0x110000)};
+    EXPECT_EQ(nio::to_utf8(bad), "\uFFFD\uFFFD");
 }
 
 TEST(Text, PrintsNothingThatATerminalActsOn) {
@@ -59,12 +57,6 @@ TEST(Text, PrintsNothingThatATerminalActsOn) {
     };
     for (const auto& [text, shown] : cases)
         EXPECT_EQ(nio::printable(text), shown);
-}
-
-TEST(Text, MakesUtf8OfScalarValuesOnly) {
-    EXPECT_EQ(nio::to_utf8(L"a\u00E4\u20AC\U0001F600"), "a\u00E4\u20AC\U0001F600");
-    const std::wstring bad{static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0x110000)};
-    EXPECT_EQ(nio::to_utf8(bad), "\uFFFD\uFFFD");
 }
 
 TEST(Time, SetsFieldsThatNoCalendarHasToTheNearest) {
