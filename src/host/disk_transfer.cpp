@@ -30,6 +30,7 @@ disk_transfer::disk_transfer(disk_target& target, const std::string& folder_path
     } while (!file && replacing && errno == EEXIST);
     if (!file)
         fail_on_disk("create", path, errno);
+    unfinished.emplace(folder->get(), temporary.empty() ? name.c_str() : temporary.c_str());
 }
 
 disk_transfer::~disk_transfer() {
@@ -71,6 +72,7 @@ void disk_transfer::resize(std::uint64_t size) {
 
 void disk_transfer::discard() {
     unlinkat(folder->get(), temporary.empty() ? name.c_str() : temporary.c_str(), 0);
+    unfinished.reset();
     temporary.clear();
 }
 
@@ -87,10 +89,9 @@ void disk_transfer::finish(const std::optional<std::time_t>& modified) {
     }
     if (const int error = file.close())
         fail_on_disk("write", path, error);
-    if (temporary.empty())
-        return;
-    if (renameat(folder->get(), temporary.c_str(), folder->get(), name.c_str()) != 0)
+    if (!temporary.empty() && renameat(folder->get(), temporary.c_str(), folder->get(), name.c_str()) != 0)
         fail_on_disk("replace", path, errno);
+    unfinished.reset();
     temporary.clear();
 }
 

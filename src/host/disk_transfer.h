@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/disk_target.h"
+#include "host/disk_unfinished.h"
 #include "host/segment_watch.h"
 
 #include <ctime>
@@ -10,8 +11,8 @@ namespace host {
 
 /// One file on its way to the disk, from its creation to its end. A new file is created exclusively and keeps
 /// what it got if it isn't finished. With `replacing` the bytes go into a temporary file beside the old one,
-/// which takes the old one's place in finish() and not before; unfinished it is removed. At most one file is
-/// open at a time as long as transfers aren't kept.
+/// which takes the old one's place in finish() and not before; unfinished it is removed. A signal that ends
+/// the program removes either. At most one file is open at a time as long as transfers aren't kept.
 class disk_transfer {
 public:
     /// Creates the file, folders above it included. Fails as disk_target does.
@@ -45,6 +46,7 @@ private:
     std::string name;
     std::string temporary; ///< empty for a new file
     disk_descriptor file;
+    std::optional<disk_unfinished> unfinished;
     std::string failure;
 };
 
