@@ -10,26 +10,26 @@ namespace algorithm::lzx {
 template<unsigned Symbols>
 struct code_order {
     void sort(const std::uint8_t* lengths, unsigned count) {
-        std::uint16_t places[maximum_code_length + 1] = {};
+        std::uint16_t next_index[maximum_code_length + 1] = {};
         for (unsigned symbol = 0; symbol < count; ++symbol)
-            ++places[lengths[symbol]];
-        std::uint16_t place = 0;
-        std::uint32_t code = 0; // of 16 bits
+            ++next_index[lengths[symbol]];
+        std::uint16_t index = 0;
+        std::uint32_t code = 0; // left-aligned in 16 bits
         for (unsigned l = 0; l <= maximum_code_length; ++l) {
-            const std::uint16_t having = places[l];
-            places[l] = first[l] = place;
+            const std::uint16_t of_length = next_index[l];
+            next_index[l] = first[l] = index;
             if (l > 0) {
                 const unsigned unused = maximum_code_length - l;
-                offset[l] = static_cast<int>(place) - static_cast<int>(code >> unused);
-                code += std::uint32_t{having} << unused;
+                offset[l] = static_cast<int>(index) - static_cast<int>(code >> unused);
+                code += std::uint32_t{of_length} << unused;
                 end[l] = code;
             }
-            place = static_cast<std::uint16_t>(place + having);
+            index = static_cast<std::uint16_t>(index + of_length);
         }
-        first[maximum_code_length + 1] = place;
-        // Without asking which symbols have a code: that is hard to foretell.
+        first[maximum_code_length + 1] = index;
+        // Without asking which symbols have a code: that is hard to predict.
         for (unsigned symbol = 0; symbol < count; ++symbol)
-            symbols[places[lengths[symbol]]++] = static_cast<std::uint16_t>(symbol);
+            symbols[next_index[lengths[symbol]]++] = static_cast<std::uint16_t>(symbol);
     }
 
     bool empty() const { return first[1] == first[maximum_code_length + 1]; }
@@ -42,10 +42,10 @@ struct code_order {
         return symbols[offset[size] + static_cast<int>(code >> (maximum_code_length - size))];
     }
 
-    std::uint16_t first[maximum_code_length + 2]; ///< the place of the first symbol of each code length
+    std::uint16_t first[maximum_code_length + 2]; ///< the index of the first symbol of each code length
     std::uint16_t symbols[Symbols];               ///< those without a code stand in front
-    std::int32_t offset[maximum_code_length + 1]; ///< from codes to places
-    std::uint32_t end[maximum_code_length + 1];   ///< the 16 bits that come after the last code
+    std::int32_t offset[maximum_code_length + 1]; ///< from codes to indexes
+    std::uint32_t end[maximum_code_length + 1];   ///< the first left-aligned code that is longer
 };
 
 } // namespace algorithm::lzx

@@ -14,6 +14,17 @@ namespace algorithm::lzx {
 
 namespace {
 
+/// How far the input position is ahead of the word with the next bit, and the limit of the data's end.
+constexpr unsigned look_ahead = 4;
+
+/// Zeros behind the compressed bytes. The farthest read: a raw block's header may begin one byte before the
+/// data's end and takes 12, and the bit buffer then takes 4 more. A main symbol begins before the limit, and
+/// it, its length symbol and its footer take no more than 4 words behind it.
+constexpr unsigned spare_input = 32;
+static_assert(spare_input >= 11 + look_ahead && spare_input >= look_ahead + 4 * 2);
+/// The fast loop looks at whole words, and at some more.
+static_assert(spare_input >= 1 + 2 * token_lanes::further_words);
+
 constexpr std::uint32_t state_start = 1;
 constexpr std::uint32_t state_decoding = 2;
 
@@ -25,7 +36,8 @@ constexpr std::uint32_t mirrored_bytes = longest_match;
 constexpr std::uint32_t overhang = 261;
 static_assert(overhang >= mirrored_bytes);
 
-/// Beside the window, at the usual frame size: the objects, a compressed frame and one to translate.
+/// Beside the window a decoder shall take no more than 200 KiB: at the usual frame size the objects, a
+/// compressed frame and one to translate.
 constexpr std::size_t usual_frame = 32768;
 constexpr std::size_t usual_growth = 6144;
 static_assert(sizeof(decompressor) + sizeof(fast_loop) + 2 * usual_frame + usual_growth <= 200 * 1024);
@@ -39,6 +51,7 @@ std::uint32_t load_16(const std::uint8_t* from) {
 decompressor::decompressor(std::uint32_t size) : window_size(size), window_mask(size - 1) {
     if (!std::has_single_bit(size) || size > largest_window)
         throw exception("Invalid compression window size", "algorithm::lzx::decompressor");
+    // Zeros: a match may reach before the first byte.
     window = std::make_unique<std::uint8_t[]>(std::size_t{size} + overhang + fast_loop::overhang);
     position_slots = static_cast<std::uint8_t>(count_slots(size));
 }
@@ -271,10 +284,10 @@ void decompressor::decode_fast(std::uint32_t end) {
     R1 = frame.offsets[1];
     R2 = frame.offsets[2];
     window_position = frame.position;
-    const std::uint8_t* const word = frame.words + frame.at / 16 * 2;
+    const std::uint8_t* const word = frame.words + frame.next_bit / 16 * 2;
     input_position = word + look_ahead;
-    bits_left = static_cast<std::int8_t>(16 - frame.at % 16);
-    bit_buffer = (load_16(word) << 16 | load_16(word + 2)) << frame.at % 16;
+    bits_left = static_cast<std::int8_t>(16 - frame.next_bit % 16);
+    bit_buffer = (load_16(word) << 16 | load_16(word + 2)) << frame.next_bit % 16;
 }
 
 /// Runs until `window_position` is at `stop` or, with the last match, behind it, but never behind `end`.

@@ -11,15 +11,6 @@ namespace algorithm::lzx {
 
 class fast_loop;
 
-/// How far behind the last word the limit lies: the bit buffer is always that much ahead.
-constexpr unsigned look_ahead = 4;
-
-/// Zeros behind the compressed bytes. The farthest read: a raw block's header may begin one byte before the
-/// data's end and takes 12, and the bit buffer then takes 4 more. A main symbol begins before the limit, and
-/// it, its length symbol and its footer take no more than 4 words behind it.
-constexpr unsigned spare_input = 32;
-static_assert(spare_input >= 11 + look_ahead && spare_input >= look_ahead + 4 * 2);
-
 /// Expands the LZX frames of one cabinet folder, in order: window, repeated offsets, code lengths, the
 /// current block and the translation of CALL operands run on from frame to frame. One object serves one
 /// folder, on one thread, and is not used again after a frame has failed.
@@ -36,11 +27,12 @@ public:
     /// Takes one frame of `compressed_size` bytes from `input`, gives its `uncompressed_size` bytes to
     /// `output` in one write, and returns how many. A frame that doesn't decode to just that many bytes, or
     /// doesn't fit the rest of the window, gives -1, and nothing is written. Only the low 32 bits of the
-    /// sizes count.
+    /// sizes count. Where `input` ends early, zeros stand for the rest; a frame's bytes are taken even if it
+    /// fails.
     std::int64_t process_block(stream::input& input, stream::output& output, std::uint64_t compressed_size,
                                std::uint64_t uncompressed_size);
 
-    /// From now on every byte comes from the exact loop.
+    /// For tests and fuzzing: the results are the same either way.
     void use_exact_loop_only() { exact_only = true; }
 
 private:
@@ -91,7 +83,8 @@ private:
     std::vector<std::uint8_t> input_buffer; ///< this frame's compressed bytes, then zeros
     const std::uint8_t* input_position = nullptr;
     const std::uint8_t* input_limit = nullptr; ///< 4 bytes behind the last compressed byte
-    std::vector<std::uint8_t> output_buffer;   ///< the frame while its calls are translated
+    std::vector<std::uint8_t>
+        output_buffer; ///< the fast loop's scratch, then the frame while its calls are translated
     std::uint8_t previous_main_lengths[672] = {};
     std::uint8_t previous_length_lengths[252] = {};
     std::uint32_t bit_buffer = 0; ///< the next 16 + bits_left bits, at the top
@@ -109,7 +102,7 @@ private:
 
     bool tables_ready = false; ///< main_table and length_table belong to the current block
     bool exact_only = false;
-    bool fast_ready = false; ///< and so do the fast loop's tables
+    bool fast_ready = false; ///< the fast loop's tables belong to the current block
     std::unique_ptr<fast_loop> fast;
 };
 

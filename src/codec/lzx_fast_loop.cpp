@@ -19,10 +19,10 @@ constexpr std::uint32_t farthest_reserve = 64;
 constexpr std::uint32_t shortest_plain = 16; ///< nearer sources overlap a 16-byte move
 static_assert(farthest_reserve >= copy_step && fast_loop::overhang >= 2 * copy_step);
 
-/// Bits below which a lane isn't worth its falling into step.
+/// A lane of fewer bits doesn't pay for falling into step.
 constexpr std::uint64_t least_stretch = 512;
-/// So often may lanes fail to fall into step before the rest is read without them. Codes that are all of one
-/// length never do.
+/// After so many lanes that didn't fall into step one chain reads the rest. With codes that are all of one
+/// length none ever does.
 constexpr unsigned most_misses = 2;
 constexpr std::uint64_t usual_token_bits = 10;
 
@@ -30,12 +30,14 @@ constexpr unsigned offset_bits = 21; ///< of one offset in the queue
 constexpr std::uint64_t offset_mask = (1u << offset_bits) - 1;
 static_assert(slot_bases[maximum_slots] >> offset_bits == 0);
 
-/// How a slot's offset comes out of a token: ((token >> 1 >> shift) & mask) + base, plus aligned symbol.
+/// How a slot's offset comes out of a token: ((token >> 1 >> shift) & mask) + base, plus aligned symbol. Two
+/// shifts, since they are 64 bits where there is no footer. A power of two in size, so that an index is a
+/// shift.
 struct alignas(32) slot_rule {
     std::uint64_t base;
     std::uint64_t mask;
     std::uint32_t shift;
-    std::uint32_t move; ///< 21: the offset is new, the queue moves up
+    std::uint32_t move; ///< offset_bits: the offset is new, the queue moves up; otherwise 0
 };
 
 template<bool Aligned>
@@ -77,7 +79,7 @@ struct fast_loop::run_state {
 };
 
 void fast_loop::begin_block(const block_codes& codes) {
-    usable = lanes.use(codes);
+    usable = lanes.begin_block(codes);
     in_aligned = codes.aligned_table != nullptr;
     literal_lengths = codes.main_lengths;
 }
@@ -106,64 +108,65 @@ void fast_loop::run_lanes(run_state& state) {
     frame_state& frame = state.frame;
     std::uint64_t token_bits = usual_token_bits;
     unsigned misses = 0;
-    while (state.room && frame.at < frame.words_behind && misses < most_misses) {
+    while (state.room && frame.next_bit < frame.input_end && misses < most_misses) {
         // The rest of the block, as a guess; then a part of it that there is room for.
         const std::uint64_t whole =
-            std::min(frame.words_behind - frame.at, (frame.end - frame.position) * token_bits);
-        if (whole < token_lanes::lanes * least_stretch)
+            std::min(frame.input_end - frame.next_bit, (frame.end - frame.position) * token_bits);
+        if (whole < token_lanes::lane_count * least_stretch)
             break;
         const std::uint64_t most =
-            std::min(token_lanes::lanes * token_list::most * token_bits * 7 / 8, token_lanes::most_bits);
+            std::min(token_lanes::lane_count * token_list::most * token_bits * 7 / 8, token_lanes::most_bits);
         const std::uint64_t pieces = (whole + most - 1) / most;
-        const std::uint64_t began = frame.at;
-        lanes.read<Aligned>(frame.words, frame.words_behind, began, whole / pieces / token_lanes::lanes);
+        const std::uint64_t began = frame.next_bit;
+        lanes.read<Aligned>(frame.words, began, whole / pieces / token_lanes::lane_count);
 
         std::uint64_t tokens = 0;
         token_place first{0, 0};
-        for (unsigned k = 0; k < token_lanes::lanes && state.room; ++k) {
+        for (unsigned k = 0; k < token_lanes::lane_count && state.room; ++k) {
             token_place next{0, 0};
-            const bool last = k + 1 == token_lanes::lanes;
-            const bool in_step = !last && lanes.fall_into_step<Aligned>(k, next);
-            tokens += lanes.list(k).tokens - first.literal - first.match;
-            take<Aligned>(state, k, first);
-            if (!last && !in_step) {
+            const bool is_last = k + 1 == token_lanes::lane_count;
+            const bool in_step = !is_last && lanes.fall_into_step<Aligned>(k, next);
+            tokens += lanes.list(k).token_count - first.literal - first.match;
+            carry_out_lane<Aligned>(state, k, first);
+            if (!is_last && !in_step) {
                 ++misses;
                 break;
             }
             first = next;
         }
         if (tokens != 0)
-            token_bits = (frame.at - began) / tokens;
+            token_bits = (frame.next_bit - began) / tokens;
     }
-    while (state.room && frame.at < frame.words_behind) {
-        lanes.read_alone<Aligned>(frame.words, frame.words_behind, frame.at, frame.words_behind);
-        take<Aligned>(state, 0, {0, 0});
+    while (state.room && frame.next_bit < frame.input_end) {
+        lanes.read_alone<Aligned>(frame.words, frame.next_bit, frame.input_end);
+        carry_out_lane<Aligned>(state, 0, {0, 0});
     }
 }
 
 /// Carries out what a lane has read from `first` on.
 template<bool Aligned>
-void fast_loop::take(run_state& state, unsigned lane, token_place first) {
-    token_list& list = lanes.list(lane);
+void fast_loop::carry_out_lane(run_state& state, unsigned k, token_place first) {
+    token_list& list = lanes.list(k);
     // A match of no length brings the literals behind the last one.
-    list.matches[list.matched] = entry::match(0, 0, 0, false);
-    list.literals_before[list.matched] = static_cast<std::uint16_t>(list.tokens - list.matched);
-    const token_place done = carry_out<Aligned>(state, list, first);
-    state.room = done.match > list.matched;
+    list.matches[list.match_count] = entry::match(0, 0, 0, false);
+    list.literals_before[list.match_count] = static_cast<std::uint16_t>(list.token_count - list.match_count);
+    const token_place done = carry_out_tokens<Aligned>(state, list, first);
+    state.room = done.match > list.match_count;
     if (state.room) {
-        state.frame.at = lanes.bit_number(list.next);
+        state.frame.next_bit = lanes.to_input_bit(list.chunk_next);
         return;
     }
+    // The lane has read further: count the bits of what was carried out.
     for (std::uint64_t i = first.literal; i != done.literal; ++i)
-        state.frame.at += literal_lengths[list.literals[i]];
+        state.frame.next_bit += literal_lengths[list.literals[i]];
     for (std::uint64_t i = first.match; i != done.match; ++i)
-        state.frame.at += entry::size(list.matches[i]);
+        state.frame.next_bit += entry::size(list.matches[i]);
 }
 
 /// Carries out the tokens from `first` on, the list's last match included, up to the first that has no room.
 /// Answers where that is.
 template<bool Aligned>
-token_place fast_loop::carry_out(run_state& state, const token_list& list, token_place first) {
+token_place fast_loop::carry_out_tokens(run_state& state, const token_list& list, token_place first) {
     const frame_state& frame = state.frame;
     std::uint8_t* const window = frame.window;
     std::uint8_t* const end = window + frame.end;
@@ -173,7 +176,7 @@ token_place fast_loop::carry_out(run_state& state, const token_list& list, token
     std::uint64_t queue = state.queue;
     std::uint64_t literal = first.literal;
     std::uint64_t match = first.match;
-    const std::uint64_t last = list.matched;
+    const std::uint64_t last = list.match_count;
     for (; match <= last; ++match) {
         const entry::token token = list.matches[match];
         const std::uint64_t literals = list.literals_before[match] - literal;
@@ -194,9 +197,10 @@ token_place fast_loop::carry_out(run_state& state, const token_list& list, token
             fresh = (fresh & rule.mask) + (token >> entry::symbol_shift & entry::symbol_mask);
         queue = queue << rule.move | (fresh + rule.base);
         if (slot - 1 < 2) [[unlikely]] {
-            const std::uint64_t place = slot * offset_bits;
-            const std::uint64_t change = (queue ^ queue >> place) & offset_mask;
-            queue ^= change ^ change << place;
+            // The first offset and the second or third change places.
+            const std::uint64_t shift = slot * offset_bits;
+            const std::uint64_t change = (queue ^ queue >> shift) & offset_mask;
+            queue ^= change ^ change << shift;
         }
         const std::uint64_t offset = queue & offset_mask;
 
@@ -232,18 +236,17 @@ token_place fast_loop::carry_out(run_state& state, const token_list& list, token
     return {literal, match};
 }
 
-/// A match with a source that is near, less than farthest_reserve ahead of the target, or given by an offset
-/// of a window's size or more.
+/// A match whose source is less than shortest_plain behind the target, or, round the window, less than
+/// farthest_reserve ahead of it.
 void fast_loop::copy_unusual(const run_state& state, std::uint8_t* to, std::uint32_t offset,
                              std::uint32_t length) {
     const std::uint32_t window_mask = state.frame.window_size - 1;
-    const std::uint32_t distance = offset & window_mask;
-    if (distance != 0 && distance < shortest_plain) {
-        repeat_pattern(to, distance, length);
+    if (offset < shortest_plain) {
+        repeat_pattern(to, offset, length);
         return;
     }
     const auto position = static_cast<std::uint32_t>(to - state.frame.window);
-    const std::uint32_t source = (position - distance) & window_mask;
+    const std::uint32_t source = (position - offset) & window_mask;
     const bool ahead = source >= position;
     for (std::uint32_t i = 0; i < length; ++i) {
         const std::uint32_t at = source + i;

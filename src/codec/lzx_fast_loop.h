@@ -14,9 +14,9 @@ struct frame_state {
     std::uint32_t position; ///< in the window
     std::uint32_t end;      ///< of the block or the frame, whichever comes first
     std::uint32_t offsets[3];
-    const std::uint8_t* words;  ///< the input; bit 0 is the highest one of the first word
-    std::uint64_t at;           ///< the next bit
-    std::uint64_t words_behind; ///< bit number of the first word behind the data; 32 bytes of zeros follow
+    const std::uint8_t* words; ///< the input; bit 0 is the highest one of the first word
+    std::uint64_t next_bit;    ///< its number
+    std::uint64_t input_end;   ///< number of the first bit behind the data, a whole word; zeros follow
 };
 
 /// Decodes verbatim and aligned offset blocks in the middle of a frame.
@@ -26,7 +26,7 @@ struct frame_state {
 /// then what the exact loop would have there; a failure is left for that loop to find.
 ///
 /// It goes over a piece of the frame in two passes, neither of which has many branches that are hard to
-/// foretell: token_lanes makes tokens of the bits, and then they are carried out.
+/// predict: token_lanes makes tokens of the bits, and then they are carried out.
 class fast_loop {
 public:
     /// Bytes of room that are needed behind the window and its mirror.
@@ -34,10 +34,12 @@ public:
     /// Blocks below this size are not worth their tables.
     static constexpr std::uint32_t worthwhile_block = 1024;
 
-    /// Has to come before the first run in each block.
+    /// Comes before the first run in each block. `main_lengths` are still read by run(), the rest is copied.
     void begin_block(const block_codes& codes);
 
-    /// `scratch` is used for what it has room for, and left with any content.
+    /// Decodes from `position` and `next_bit` on and moves both, and the offsets. Does nothing in a block
+    /// without main symbols, or with an offset that is 0 or not below the window's size: a raw block may set
+    /// any. `scratch` is overwritten and grows to what is decoded and 32 bytes.
     void run(frame_state& frame, std::vector<std::uint8_t>& scratch);
 
 private:
@@ -46,9 +48,9 @@ private:
     template<bool Aligned>
     void run_lanes(run_state& state);
     template<bool Aligned>
-    void take(run_state& state, unsigned lane, token_place first);
+    void carry_out_lane(run_state& state, unsigned k, token_place first);
     template<bool Aligned>
-    static token_place carry_out(run_state& state, const token_list& list, token_place first);
+    static token_place carry_out_tokens(run_state& state, const token_list& list, token_place first);
     static void copy_unusual(const run_state& state, std::uint8_t* to, std::uint32_t offset,
                              std::uint32_t length);
 

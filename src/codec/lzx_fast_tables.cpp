@@ -6,7 +6,7 @@ namespace algorithm::lzx {
 
 namespace {
 
-/// The entries of all main symbols, without their codes; 0 for a match whose length goes on.
+/// The entries of match symbols, with 0 bits of code; 0 where a length symbol follows.
 template<bool Aligned>
 constexpr std::array<entry::type, maximum_main_symbols> plain_entries = [] {
     std::array<entry::type, maximum_main_symbols> entries{};
@@ -51,10 +51,10 @@ void fast_tables::fill_main() {
     for (unsigned l = 1; l <= main_index_bits; ++l) {
         const unsigned room = main_index_bits - l;
         unsigned i = main_order.first[l];
-        const unsigned last = main_order.first[l + 1];
-        for (; i < last && main_order.symbols[i] < literal_symbols; ++i)
+        const unsigned symbols_end = main_order.first[l + 1];
+        for (; i < symbols_end && main_order.symbols[i] < literal_symbols; ++i)
             next = std::fill_n(next, 1u << room, entry::literal(main_order.symbols[i], l));
-        for (; i < last; ++i) {
+        for (; i < symbols_end; ++i) {
             const unsigned symbol = main_order.symbols[i];
             if (const entry::type plain = plain_entries<Aligned>[symbol]) {
                 next = std::fill_n(next, 1u << room, plain + (l << entry::size_shift | l));

@@ -12,7 +12,8 @@ namespace algorithm::lzx {
 // needs no branch to tell them apart.
 //
 //   bits  0-7   literal: the byte           match: bits of code
-//         8-13  bits of code and footer, in an entry without an aligned offset symbol; 0: special, see below
+//         8-13  bits of code and footer, without those that an aligned offset symbol stands for; bits 8-15
+//               all 0: special, see below
 //        14     an aligned offset symbol follows, which stands for the footer's last 3 bits
 //        16-21  match: slot
 //        22-30  match: length
@@ -31,7 +32,8 @@ namespace entry {
 using type = std::uint32_t;
 using token = std::uint64_t;
 
-constexpr unsigned shift_mask = 63; ///< what counts of a field where it shifts 64 bits
+constexpr unsigned shift_mask =
+    63; ///< the bits of a shift count; processors that mask it need no instruction
 constexpr unsigned size_shift = 8;
 constexpr type size_mask = 0xFFu << size_shift;
 constexpr unsigned aligned = 64; ///< in the size
@@ -62,14 +64,13 @@ constexpr unsigned size(token t) {
     return static_cast<std::uint8_t>(t >> size_shift);
 }
 /// 1 for a match, 0 for a literal.
-constexpr unsigned matches(token t) {
+constexpr unsigned match_count(token t) {
     return static_cast<type>(t) >> match_shift;
 }
 
 } // namespace entry
 
-/// The codes of a block with trees. Those of the main and length trees are known to be complete or, the
-/// length tree's, empty.
+/// The codes of a block with trees. Each of the main and length codes is complete or empty.
 struct block_codes {
     const std::uint8_t* main_lengths;
     unsigned main_symbols;
@@ -89,8 +90,9 @@ struct fast_tables {
 
     entry::type main[1u << main_index_bits];
     std::uint16_t length[1u << length_index_bits]; ///< code length << 8 | symbol, or long_code
-    /// By 7 bits: zeros, and then, for entries that an aligned offset symbol follows, what makes the entry a
-    /// token.
+    /// By the 7 bits behind the footer, and 128 more for an entry that an aligned offset symbol follows: what
+    /// to add to the entry, the symbol and, in place of entry::aligned, the bits of its code. The first 128
+    /// are 0, so that no symbol is no branch.
     entry::token aligned[2u << aligned_bits] = {};
     code_order<maximum_main_symbols> main_order;
     code_order<length_symbols> length_order;

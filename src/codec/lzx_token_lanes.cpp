@@ -19,19 +19,19 @@ static_assert(2 * maximum_code_length <= valid_bits, "two long codes");
 constexpr unsigned longest_token = 2 * maximum_code_length + 17 + aligned_bits;
 static_assert(longest_token < entry::aligned, "the size of any token");
 
-/// Words in a chunk behind those that are asked for: a token may begin in the last bit that is, and a lane
-/// that has nothing to do any more reads on for up to a token.
-constexpr unsigned further_words = 8;
-static_assert(further_words * 16 > longest_token + 64);
+// A token may begin in the last bit that is asked for, and its bits are looked at 64 at a time.
+static_assert(16 * token_lanes::further_words > longest_token + 64);
 
+/// The words in reverse order, the bytes within each as they are.
 void reverse_words(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
     to += 2 * count;
 #if defined(__SSE2__)
+    constexpr int in_reverse = _MM_SHUFFLE(0, 1, 2, 3);
     for (; count >= 8; count -= 8, from += 16) {
         const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
-        const __m128i halves = _mm_shufflehi_epi16(_mm_shufflelo_epi16(eight, 0x1B), 0x1B);
+        const __m128i halves = _mm_shufflehi_epi16(_mm_shufflelo_epi16(eight, in_reverse), in_reverse);
         to -= 16;
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_shuffle_epi32(halves, 0x4E));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_shuffle_epi32(halves, _MM_SHUFFLE(1, 0, 3, 2)));
     }
 #endif
     for (; count > 0; --count, from += 2) {
@@ -42,17 +42,16 @@ void reverse_words(std::uint8_t* to, const std::uint8_t* from, std::size_t count
 
 } // namespace
 
-void token_lanes::load(const std::uint8_t* words, std::uint64_t behind, std::uint64_t at,
-                       std::uint64_t bits) {
+void token_lanes::load(const std::uint8_t* words, std::uint64_t at, std::uint64_t bits) {
     const std::uint64_t first = at / 16;
-    const std::uint64_t last = std::min((at + bits + 15) / 16, behind / 16) + further_words;
-    reverse_words(chunk + chunk_margin, words + 2 * first, last - first);
-    chunk_last = 16 * last - 1;
+    const std::uint64_t words_end = (at + bits + 15) / 16 + further_words;
+    reverse_words(chunk + chunk_margin, words + 2 * first, words_end - first);
+    chunk_last = 16 * words_end - 1;
 }
 
-/// The bits from `next` on, the first one at the top; `valid_bits` of them are good.
-inline std::uint64_t token_lanes::bits_at(std::uint64_t next) const {
-    return load_64(chunk + chunk_margin - 7 + (next >> 3)) << (~next & 7);
+/// The bits from `place` on, the first one at the top; `valid_bits` of them are good.
+inline std::uint64_t token_lanes::bits_at(std::uint64_t place) const {
+    return load_64(chunk + chunk_margin - 7 + (place >> 3)) << (~place & 7);
 }
 
 /// Makes a token of an entry and the bits that begin with its code.
@@ -68,18 +67,18 @@ inline entry::token token_lanes::with_footer(std::uint64_t bits, entry::type e) 
 }
 
 template<bool Aligned>
-inline entry::token token_lanes::token_at(std::uint64_t next) const {
-    const std::uint64_t bits = bits_at(next);
+inline entry::token token_lanes::token_at(std::uint64_t place) const {
+    const std::uint64_t bits = bits_at(place);
     const entry::type e = tables.main[bits >> (64 - fast_tables::main_index_bits)];
     if ((e & entry::size_mask) == 0) [[unlikely]]
-        return special_token<Aligned>(next, e);
+        return special_token<Aligned>(place, e);
     return with_footer<Aligned>(bits, e);
 }
 
-/// Where the main table doesn't say all.
+/// Where the main table doesn't say all. Kept out of the lanes' loop, whose registers it would take.
 template<bool Aligned>
-[[gnu::noinline]] entry::token token_lanes::special_token(std::uint64_t next, entry::type e) const {
-    std::uint64_t bits = bits_at(next);
+[[gnu::noinline]] entry::token token_lanes::special_token(std::uint64_t place, entry::type e) const {
+    std::uint64_t bits = bits_at(place);
     unsigned slot = e >> entry::slot_shift & entry::slot_mask;
     unsigned header = long_header;
     unsigned size = e & entry::shift_mask;
@@ -103,25 +102,25 @@ template<bool Aligned>
         header += more;
     }
     e = entry::match(slot, header + minimum_match, 0, Aligned);
-    return with_footer<Aligned>(bits_at(next - size), e) + (size << entry::size_shift);
+    return with_footer<Aligned>(bits_at(place - size), e) + (size << entry::size_shift);
 }
 
 struct token_lanes::state {
-    std::uint64_t next[lanes];
-    std::uint64_t matches[lanes];
+    std::uint64_t next[lane_count]; ///< places
+    std::uint64_t matches[lane_count];
     unsigned tokens; ///< of each lane
 };
 
-/// Reads on in all lanes until one is at its stop, or `stop` tokens are read.
+/// Reads on in all lanes until one has come to its end, or each has `token_limit` tokens.
 template<bool Aligned, bool Noted>
-void token_lanes::read_abreast(state& all, unsigned stop) {
-    static_assert(lanes == 4);
+void token_lanes::read_abreast(state& all, unsigned token_limit) {
+    static_assert(lane_count == 4);
     auto [next_0, next_1, next_2, next_3] = all.next;
     auto [matches_0, matches_1, matches_2, matches_3] = all.matches;
     unsigned tokens = all.tokens;
     const auto step = [&](unsigned k, std::uint64_t& next, std::uint64_t& matches) {
         if constexpr (Noted) {
-            noted_next[k][tokens] = static_cast<std::uint16_t>(next);
+            noted_places[k][tokens] = static_cast<std::uint16_t>(next);
             noted_matches[k][tokens] = static_cast<std::uint16_t>(matches);
         }
         const entry::token token = token_at<Aligned>(next);
@@ -131,11 +130,11 @@ void token_lanes::read_abreast(state& all, unsigned stop) {
         to.matches[matches] = token;
         to.literals_before[matches] = static_cast<std::uint16_t>(literals);
         to.literals[literals] = static_cast<std::uint8_t>(token);
-        matches += entry::matches(token);
+        matches += entry::match_count(token);
         next -= entry::size(token);
     };
-    while (next_0 > lists[0].stop && next_1 > lists[1].stop && next_2 > lists[2].stop &&
-           next_3 > lists[3].stop && tokens != stop) {
+    while (next_0 > lists[0].chunk_stop && next_1 > lists[1].chunk_stop && next_2 > lists[2].chunk_stop &&
+           next_3 > lists[3].chunk_stop && tokens != token_limit) {
         step(0, next_0, matches_0);
         step(1, next_1, matches_1);
         step(2, next_2, matches_2);
@@ -146,65 +145,62 @@ void token_lanes::read_abreast(state& all, unsigned stop) {
 }
 
 template<bool Aligned>
-void token_lanes::read(const std::uint8_t* words, std::uint64_t behind, std::uint64_t at,
-                       std::uint64_t part) {
-    load(words, behind, at, lanes * part);
+void token_lanes::read(const std::uint8_t* words, std::uint64_t at, std::uint64_t part) {
+    load(words, at, lane_count * part);
     state all{};
-    for (unsigned k = 0; k < lanes; ++k) {
+    for (unsigned k = 0; k < lane_count; ++k) {
         all.next[k] = chunk_last - (at + k * part);
-        lists[k].stop = all.next[k] - part;
+        lists[k].chunk_stop = all.next[k] - part;
     }
-    unsigned working = lanes;
-    bool done[lanes] = {};
-    while (true) {
+    unsigned working = lane_count;
+    bool done[lane_count] = {};
+    while (working > 0) {
         if (all.tokens < noted)
             read_abreast<Aligned, true>(all, noted);
         else
             read_abreast<Aligned, false>(all, token_list::most);
         const bool full = all.tokens == token_list::most;
-        for (unsigned k = 0; k < lanes; ++k) {
-            if (all.next[k] > lists[k].stop && !full)
+        for (unsigned k = 0; k < lane_count; ++k) {
+            if (all.next[k] > lists[k].chunk_stop && !full)
                 continue;
             if (!done[k]) {
                 done[k] = true;
                 --working;
-                lists[k].tokens = all.tokens;
-                lists[k].matched = all.matches[k];
-                lists[k].next = all.next[k];
+                lists[k].token_count = all.tokens;
+                lists[k].match_count = all.matches[k];
+                lists[k].chunk_next = all.next[k];
             }
-            all.next[k] = lists[k].stop + part; // once more, for nobody, until the others are there
+            all.next[k] = lists[k].chunk_stop + part; // once more, for nobody, until the others are there
         }
-        if (working == 0)
-            return;
     }
 }
 
 template<bool Aligned>
 void token_lanes::read_one(token_list& to) {
-    const entry::token token = token_at<Aligned>(to.next);
-    const std::uint64_t literals = to.tokens - to.matched;
-    to.matches[to.matched] = token;
-    to.literals_before[to.matched] = static_cast<std::uint16_t>(literals);
+    const entry::token token = token_at<Aligned>(to.chunk_next);
+    const std::uint64_t literals = to.token_count - to.match_count;
+    to.matches[to.match_count] = token;
+    to.literals_before[to.match_count] = static_cast<std::uint16_t>(literals);
     to.literals[literals] = static_cast<std::uint8_t>(token);
-    to.matched += entry::matches(token);
-    to.next -= entry::size(token);
-    ++to.tokens;
+    to.match_count += entry::match_count(token);
+    to.chunk_next -= entry::size(token);
+    ++to.token_count;
 }
 
 template<bool Aligned>
 bool token_lanes::fall_into_step(unsigned k, token_place& place) {
     token_list& from = lists[k];
-    const std::uint64_t known = std::min<std::uint64_t>(noted, lists[k + 1].tokens);
-    const std::uint64_t most = from.tokens + token_list::most_more;
+    const std::uint64_t known = std::min<std::uint64_t>(noted, lists[k + 1].token_count);
+    const std::uint64_t most = from.token_count + token_list::most_more;
     for (std::uint64_t i = 0; i < known;) {
-        const std::uint64_t begins = noted_next[k + 1][i];
-        if (begins > from.next) {
+        const std::uint64_t begins = noted_places[k + 1][i];
+        if (begins > from.chunk_next) {
             ++i;
-        } else if (begins == from.next) {
+        } else if (begins == from.chunk_next) {
             place.match = noted_matches[k + 1][i];
             place.literal = i - place.match;
             return true;
-        } else if (from.tokens == most) {
+        } else if (from.token_count == most) {
             break;
         } else {
             read_one<Aligned>(from);
@@ -214,24 +210,22 @@ bool token_lanes::fall_into_step(unsigned k, token_place& place) {
 }
 
 template<bool Aligned>
-void token_lanes::read_alone(const std::uint8_t* words, std::uint64_t behind, std::uint64_t at,
-                             std::uint64_t stop) {
-    const std::uint64_t bits = std::min(stop - at, most_bits);
-    load(words, behind, at, bits);
+void token_lanes::read_alone(const std::uint8_t* words, std::uint64_t at, std::uint64_t input_end) {
+    const std::uint64_t bits = std::min(input_end - at, most_bits);
+    load(words, at, bits);
     token_list& to = lists[0];
-    to.tokens = to.matched = 0;
-    to.next = chunk_last - at;
-    to.stop = to.next - bits;
-    while (to.next > to.stop && to.tokens < token_list::most)
+    to.token_count = to.match_count = 0;
+    to.chunk_next = chunk_last - at;
+    to.chunk_stop = to.chunk_next - bits;
+    while (to.chunk_next > to.chunk_stop && to.token_count < token_list::most)
         read_one<Aligned>(to);
 }
 
-template void token_lanes::read<false>(const std::uint8_t*, std::uint64_t, std::uint64_t, std::uint64_t);
-template void token_lanes::read<true>(const std::uint8_t*, std::uint64_t, std::uint64_t, std::uint64_t);
+template void token_lanes::read<false>(const std::uint8_t*, std::uint64_t, std::uint64_t);
+template void token_lanes::read<true>(const std::uint8_t*, std::uint64_t, std::uint64_t);
 template bool token_lanes::fall_into_step<false>(unsigned, token_place&);
 template bool token_lanes::fall_into_step<true>(unsigned, token_place&);
-template void token_lanes::read_alone<false>(const std::uint8_t*, std::uint64_t, std::uint64_t,
-                                             std::uint64_t);
-template void token_lanes::read_alone<true>(const std::uint8_t*, std::uint64_t, std::uint64_t, std::uint64_t);
+template void token_lanes::read_alone<false>(const std::uint8_t*, std::uint64_t, std::uint64_t);
+template void token_lanes::read_alone<true>(const std::uint8_t*, std::uint64_t, std::uint64_t);
 
 } // namespace algorithm::lzx

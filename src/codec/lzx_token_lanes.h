@@ -6,7 +6,7 @@
 
 namespace algorithm::lzx {
 
-/// Bytes that are copied at least where literals stand in front of a match.
+/// Literals in front of a match are copied in steps of so many bytes, one step even for none.
 constexpr unsigned literal_step = 16;
 
 /// A place between two tokens of a list.
@@ -24,75 +24,78 @@ struct token_list {
     std::uint16_t literals_before[most + most_more + 1]; ///< in the whole list
     std::uint8_t literals[most + most_more + literal_step];
 
-    std::uint64_t tokens;  ///< matches and literals
-    std::uint64_t matched; ///< matches
-    std::uint64_t next;    ///< the bit behind the tokens
-    std::uint64_t stop;    ///< the bit from which on no token of this lane begins
+    std::uint64_t token_count; ///< matches and literals
+    std::uint64_t match_count;
+    std::uint64_t chunk_next; ///< where the next token begins
+    std::uint64_t chunk_stop; ///< from here on, read() begins no token; fall_into_step() may
 };
 
 /// The first half of the fast loop: from bits to tokens. Nothing here looks at the window, at the offsets in
 /// use or at the end of the block, so that it may begin anywhere, even in the middle of a symbol.
 ///
-/// That is what the lanes live on. A symbol's place hangs on the symbol before, a chain of some 15 to 22
-/// cycles of which most is waiting. So a piece of the input is cut in four, and four chains run side by side.
-/// All but the first begin at a place where most likely no symbol begins; after a few dozen symbols they have
-/// fallen into step with the true ones, and what they read until then is left out.
+/// That is what the lanes live on. A symbol's place depends on the symbol before, a chain of 15 cycles, or 22
+/// with an aligned offset symbol, of which most is waiting. So a piece of the input is cut in four, and four
+/// chains run side by side. All but the first begin at a place where most likely no symbol begins; after a
+/// few dozen symbols they have fallen into step with the true ones, and what they read until then is left
+/// out.
 ///
-/// Bits are numbered from 0 on, the first one of `words` being that of the number 0.
+/// Bits of the input are numbered from 0 on, the highest one of its first word. Places in a chunk, the part
+/// of the input that is being read, count down to its last bit.
 class token_lanes {
 public:
-    static constexpr unsigned lanes = 4;
-    static constexpr std::uint64_t most_bits = 60'000; ///< that are read at a time
+    static constexpr unsigned lane_count = 4;
+    static constexpr std::uint64_t most_bits = 60'000; ///< read at a time: places in a chunk fit 16 bits
+    /// Words that are looked at behind those of the bits that are asked for.
+    static constexpr unsigned further_words = 8;
 
     /// Has to come before the first reading of each block. Answers false if there is nothing to read.
-    bool use(const block_codes& codes) { return tables.build(codes); }
+    bool begin_block(const block_codes& codes) { return tables.build(codes); }
 
-    /// Reads `lanes` times `part` bits from bit `at` on into the lists. `behind` is the bit behind all there
-    /// are; from there on 32 bytes of zeros must follow.
+    /// Reads `lane_count` times `part` bits from bit `at` of `words` on into the lists.
     template<bool Aligned>
-    void read(const std::uint8_t* words, std::uint64_t behind, std::uint64_t at, std::uint64_t part);
+    void read(const std::uint8_t* words, std::uint64_t at, std::uint64_t part);
 
-    /// Reads on in the list of lane `k` until a token begins where one of the next lane does. `place` becomes
-    /// that token's. Answers false if there is no such token near by.
+    /// Reads on in list `k` until a token begins where one of list `k` + 1 does, and gives that one's place
+    /// there. Answers false if none does within `most_more` tokens; those stay in list `k`.
     template<bool Aligned>
     bool fall_into_step(unsigned k, token_place& place);
 
-    /// Reads into the first list alone the tokens that begin in bits `at` to `stop`, or as many of them as
-    /// there is room for.
+    /// Reads into the first list alone the tokens that begin in bits `at` to `input_end`, or as many of them
+    /// as there is room for.
     template<bool Aligned>
-    void read_alone(const std::uint8_t* words, std::uint64_t behind, std::uint64_t at, std::uint64_t stop);
+    void read_alone(const std::uint8_t* words, std::uint64_t at, std::uint64_t input_end);
 
     token_list& list(unsigned k) { return lists[k]; }
-    /// The number of a bit that a list tells.
-    std::uint64_t bit_number(std::uint64_t bit) const { return chunk_last - bit; }
+    /// The number of the input's bit at a place in the chunk.
+    std::uint64_t to_input_bit(std::uint64_t place) const { return chunk_last - place; }
 
 private:
     static constexpr unsigned noted = 64; ///< first tokens of a lane of which it is known where they begin
-    static constexpr unsigned chunk_size = (most_bits + 15) / 16 * 2 + 32;
-    static constexpr unsigned chunk_margin = 8;
+    static constexpr unsigned chunk_size = (most_bits + 2 * 15) / 16 * 2 + 2 * further_words;
+    static_assert(8 * chunk_size <= 1u << 16);
+    static constexpr unsigned chunk_margin = 8; ///< eight bytes are loaded, from up to 7 before the chunk on
 
     struct state;
 
-    void load(const std::uint8_t* words, std::uint64_t behind, std::uint64_t at, std::uint64_t bits);
-    std::uint64_t bits_at(std::uint64_t next) const;
+    void load(const std::uint8_t* words, std::uint64_t at, std::uint64_t bits);
+    std::uint64_t bits_at(std::uint64_t place) const;
     template<bool Aligned>
     entry::token with_footer(std::uint64_t bits, entry::type e) const;
     template<bool Aligned>
-    entry::token token_at(std::uint64_t next) const;
+    entry::token token_at(std::uint64_t place) const;
     template<bool Aligned>
-    entry::token special_token(std::uint64_t next, entry::type e) const;
+    entry::token special_token(std::uint64_t place, entry::type e) const;
     template<bool Aligned, bool Noted>
-    void read_abreast(state& all, unsigned stop);
+    void read_abreast(state& all, unsigned token_limit);
     template<bool Aligned>
     void read_one(token_list& to);
 
     fast_tables tables;
-    token_list lists[lanes];
-    std::uint16_t noted_next[lanes][noted];
-    std::uint16_t noted_matches[lanes][noted];
-    std::uint64_t chunk_last = 0; ///< the number of the chunk's last bit
-    /// A part of the input, its words in reverse, so that the next bits always stand at the top of a number.
-    /// Its bits are counted from the last one on, which is 0.
+    token_list lists[lane_count];
+    std::uint16_t noted_places[lane_count][noted];
+    std::uint16_t noted_matches[lane_count][noted];
+    std::uint64_t chunk_last = 0; ///< the input number of the chunk's last bit
+    /// Its words in reverse, so that the next bits always stand at the top of a number that is loaded.
     std::uint8_t chunk[chunk_margin + chunk_size];
 };
 

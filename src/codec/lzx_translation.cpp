@@ -58,7 +58,8 @@ std::uint64_t find_calls(const std::uint8_t* bytes) {
 #endif
 }
 
-std::uint64_t find_last_calls(const std::uint8_t* bytes, std::size_t length) {
+/// The same for fewer bytes than a group has.
+std::uint64_t find_calls_in_rest(const std::uint8_t* bytes, std::size_t length) {
     std::uint8_t group[group_size] = {};
     std::memcpy(group, bytes, length);
     return find_calls(group);
@@ -80,14 +81,15 @@ void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t tran
 
     // Positions wrap at 2 to the power 32, and the comparison with the last one is made after the wrap.
     const std::uint32_t end = first + static_cast<std::uint32_t>(stop);
-    std::size_t behind = 0; ///< the last operand
+    std::size_t operand_end = 0; ///< of the last call that was looked at
+    // Answers false when the scan is over.
     const auto translate = [&](std::size_t at) {
         const std::uint32_t position = first + static_cast<std::uint32_t>(at);
-        if (at < behind)
+        if (at < operand_end)
             return true;
         if (at >= stop || position >= end)
             return false;
-        behind = at + 1 + operand_size;
+        operand_end = at + 1 + operand_size;
         std::uint8_t* operand = frame + at + 1;
         const std::uint32_t value = load(operand);
         const std::uint32_t change = value < translation_size ? 0u - position
@@ -97,7 +99,7 @@ void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t tran
         return true;
     };
     // All calls of a section are listed before the first is translated: how many a group has is hard to
-    // foretell. An operand's own bytes don't count, so that it doesn't matter if they have changed.
+    // predict. An operand's own bytes don't count, so that it doesn't matter if they have changed.
     std::uint16_t list[section_size + listed_blindly];
     for (std::size_t section = 0; section < stop; section += section_size) {
         const std::size_t section_end = std::min(section + section_size, stop);
@@ -105,17 +107,17 @@ void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t tran
         for (std::size_t group = section; group < section_end; group += group_size) {
             const std::size_t left = length - group;
             std::uint64_t calls =
-                left >= group_size ? find_calls(frame + group) : find_last_calls(frame + group, left);
-            const auto list_first = [&] {
+                left >= group_size ? find_calls(frame + group) : find_calls_in_rest(frame + group, left);
+            const auto list_lowest = [&] {
                 list[count] = static_cast<std::uint16_t>(
                     group - section + static_cast<unsigned>(std::countr_zero(calls | last_bit)));
                 count += calls != 0;
                 calls &= calls - 1;
             };
             for (unsigned i = 0; i < listed_blindly; ++i)
-                list_first();
+                list_lowest();
             while (calls != 0)
-                [[unlikely]] list_first();
+                [[unlikely]] list_lowest();
         }
         for (std::size_t i = 0; i < count; ++i)
             if (!translate(section + list[i])) {
