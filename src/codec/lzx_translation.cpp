@@ -65,6 +65,28 @@ std::uint64_t find_calls_in_rest(const std::uint8_t* bytes, std::size_t length) 
     return find_calls(group);
 }
 
+/// Lists the calls of a section, or of the `left` bytes that there are, and answers how many they are. All
+/// are listed before the first is translated, since how many a group has is hard to predict. The bytes of an
+/// operand don't count as calls, so it doesn't matter that they change.
+std::size_t list_calls(const std::uint8_t* section, std::size_t left, std::uint16_t* list) {
+    std::size_t count = 0;
+    for (std::size_t group = 0; group < std::min(section_size, left); group += group_size) {
+        std::uint64_t calls = left - group >= group_size ? find_calls(section + group)
+                                                         : find_calls_in_rest(section + group, left - group);
+        const auto list_lowest = [&] {
+            list[count] =
+                static_cast<std::uint16_t>(group + static_cast<unsigned>(std::countr_zero(calls | last_bit)));
+            count += calls != 0;
+            calls &= calls - 1;
+        };
+        for (unsigned i = 0; i < listed_blindly; ++i)
+            list_lowest();
+        while (calls != 0)
+            [[unlikely]] list_lowest();
+    }
+    return count;
+}
+
 } // namespace
 
 void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t translation_size,
@@ -98,29 +120,11 @@ void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t tran
         store(operand, value + change);
         return true;
     };
-    // All calls of a section are listed before the first is translated: how many a group has is hard to
-    // predict. An operand's own bytes don't count, so that it doesn't matter if they have changed.
-    std::uint16_t list[section_size + listed_blindly];
+    std::uint16_t calls[section_size + listed_blindly];
     for (std::size_t section = 0; section < stop; section += section_size) {
-        const std::size_t section_end = std::min(section + section_size, stop);
-        std::size_t count = 0;
-        for (std::size_t group = section; group < section_end; group += group_size) {
-            const std::size_t left = length - group;
-            std::uint64_t calls =
-                left >= group_size ? find_calls(frame + group) : find_calls_in_rest(frame + group, left);
-            const auto list_lowest = [&] {
-                list[count] = static_cast<std::uint16_t>(
-                    group - section + static_cast<unsigned>(std::countr_zero(calls | last_bit)));
-                count += calls != 0;
-                calls &= calls - 1;
-            };
-            for (unsigned i = 0; i < listed_blindly; ++i)
-                list_lowest();
-            while (calls != 0)
-                [[unlikely]] list_lowest();
-        }
+        const std::size_t count = list_calls(frame + section, length - section, calls);
         for (std::size_t i = 0; i < count; ++i)
-            if (!translate(section + list[i])) {
+            if (!translate(section + calls[i])) {
                 section = stop;
                 break;
             }
