@@ -22,6 +22,16 @@ static_assert(longest_token < entry::aligned, "the size of any token");
 // A token may begin in the last bit that is asked for, and its bits are looked at 64 at a time.
 static_assert(16 * token_lanes::further_words > longest_token + 64);
 
+/// Behind `tokens` tokens, of which `matches` are matches, writes one more as a literal and as a match; the
+/// next one overwrites what it is not.
+inline void append(token_list& to, entry::token token, std::uint64_t tokens, std::uint64_t& matches) {
+    const std::uint64_t literals = tokens - matches;
+    to.matches[matches] = token;
+    to.literals_before[matches] = static_cast<std::uint16_t>(literals);
+    to.literals[literals] = static_cast<std::uint8_t>(token);
+    matches += entry::match_count(token);
+}
+
 /// The words in reverse order, the bytes within each as they are.
 void reverse_words(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
     to += 2 * count;
@@ -124,13 +134,7 @@ void token_lanes::read_abreast(state& all, unsigned token_limit) {
             noted_matches[k][tokens] = static_cast<std::uint16_t>(matches);
         }
         const entry::token token = token_at<Aligned>(next);
-        // As a literal and as a match; the next one overwrites what this is not.
-        token_list& to = lists[k];
-        const std::uint64_t literals = tokens - matches;
-        to.matches[matches] = token;
-        to.literals_before[matches] = static_cast<std::uint16_t>(literals);
-        to.literals[literals] = static_cast<std::uint8_t>(token);
-        matches += entry::match_count(token);
+        append(lists[k], token, tokens, matches);
         next -= entry::size(token);
     };
     while (next_0 > lists[0].chunk_stop && next_1 > lists[1].chunk_stop && next_2 > lists[2].chunk_stop &&
@@ -178,13 +182,8 @@ void token_lanes::read(const std::uint8_t* words, std::uint64_t at, std::uint64_
 template<bool Aligned>
 void token_lanes::read_one(token_list& to) {
     const entry::token token = token_at<Aligned>(to.chunk_next);
-    const std::uint64_t literals = to.token_count - to.match_count;
-    to.matches[to.match_count] = token;
-    to.literals_before[to.match_count] = static_cast<std::uint16_t>(literals);
-    to.literals[literals] = static_cast<std::uint8_t>(token);
-    to.match_count += entry::match_count(token);
+    append(to, token, to.token_count++, to.match_count);
     to.chunk_next -= entry::size(token);
-    ++to.token_count;
 }
 
 template<bool Aligned>
