@@ -21,7 +21,7 @@ void translate_plainly(std::string& frame, std::uint32_t translation_size, std::
     for (std::size_t i = 0;;) {
         for (; frame[i] != '\xE8'; ++i)
             ++position;
-        if (position >= end)
+        if (position >= end || i >= length - 6)
             break;
         std::uint32_t value;
         std::memcpy(&value, frame.data() + i + 1, 4);
@@ -58,7 +58,8 @@ void put(std::string& frame, std::size_t at, std::uint32_t operand) {
 
 TEST(LzxTranslation, HoldsAtEveryBorder) {
     for (const std::uint32_t size : {1u, 1000u, 12000000u, 0x7FFFFFFFu, 0xE8000000u, 0xFFFFFFFFu})
-        for (const std::uint32_t start : {0u, 1u, 100u, 0x16FFFFF0u, 0x17000001u, 0x20000000u, 0xFFFFFFF0u})
+        for (const std::uint32_t start :
+             {0u, 1u, 100u, 0x16FFFFF0u, 0x17000001u, 0x20000000u, 0xFFFFFFC5u, 0xFFFFFFF0u})
             for (std::size_t from_end = 5; from_end <= 40; ++from_end) {
                 std::string frame(64, 'x');
                 const std::size_t at = frame.size() - from_end;
