@@ -36,9 +36,14 @@ std::string content(unsigned length) {
     return bytes;
 }
 
-TEST(Pipe, TakesPowersOfTwoOnly) {
+TEST(Pipe, TakesPowersOfTwoOnlyAndStaysInPlace) {
     for (const unsigned capacity : {0u, 3u, 6u, 65535u, 65537u})
         EXPECT_EQ(support::refusal_of([&] { nio::pipe pipe(capacity); }), "pipe size must be a power of 2");
+    nio::pipe pipe(4);
+    pipe.write("ab", 2);
+    static_cast<nio::input&>(pipe).set_tell(5);
+    EXPECT_TRUE(!pipe.seek(0) && pipe.get() == 'a');
+    EXPECT_EQ(std::pair(pipe.tell(), pipe.channel::size()), std::pair(std::uint64_t{0}, ~std::uint64_t{0}));
 }
 
 /// Writes `total` bytes in pieces of random size, single bytes among them.

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
@@ -103,6 +104,15 @@ TEST(Thread, RefusesAnImpossiblePriorityWithTheRunOn) {
     EXPECT_EQ(support::refusal_of([&] { thread.start(&work); }), "cannot set thread priority");
     thread.join();
     EXPECT_TRUE(ran);
+}
+
+TEST(Thread, CannotBeJoinedInAForkedChildWhichDoesntHaveIt) {
+    support::job work([] {});
+    basic::thread thread;
+    thread.start(&work);
+    const auto text = [&] { return support::refusal_of([&] { thread.join(); }); };
+    EXPECT_EXIT(std::_Exit(text() == "cannot join a thread" ? 7 : 0), testing::ExitedWithCode(7), "");
+    thread.join();
 }
 
 TEST(Thread, KeepsOnlyAFewThreadsWhenManyHaveEnded) {

@@ -300,6 +300,7 @@ TEST(FolderCopying, ASingleItemTakesThePlaceOfItsWrapper) {
         {{"one"}, "new file in root", "a/\na/one=<one>\n", "a"},
         {{"one"}, "erase one", "a/\na/one=<one>\none=<one>\n", "a"},
         {{"one"}, "erase .__&&temp_folder&&__", "a/\none=<one>\n", "one"},
+        {{"one"}, "sourceFile one", "a/\na/one=<one>\n", "a"}, // wanted, but not from the wrapper
     };
     for (const bool second_attempt : {false, true}) {
         for (const auto& c : cases) {
@@ -309,6 +310,10 @@ TEST(FolderCopying, ASingleItemTakesThePlaceOfItsWrapper) {
                 if (what == c.fails && (!second_attempt || host.tree().find("one=") != std::string::npos))
                     throw std::runtime_error("dropped");
             };
+            host.client.on["sourceFile one"] = [&](auto& question) {
+                if (host.tree().find("one=") != std::string::npos)
+                    host.client.declined = {question.text == c.fails ? c.fails : ""};
+            };
             if (second_attempt)
                 host.refuse_in_place();
             const auto result = host.run();
@@ -316,6 +321,54 @@ TEST(FolderCopying, ASingleItemTakesThePlaceOfItsWrapper) {
             EXPECT_EQ(name_of(*result), c.result) << c.fails;
             EXPECT_TRUE(result->expanded);
         }
+    }
+}
+
+TEST(FolderCopying, ChangesTheFormatInPlaceOrThroughAScratchFileOutsideAllArchives) {
+    const std::string new_file = "  new file in root\n", asked = "sourceFile a -> root\n" + new_file,
+                      open_a = "  open a 8\n  receives a\nsourceFile a -> a\n",
+                      close_a = "targetFile a -> a\ntargetFileReady a\n  close a\n",
+                      scratch = asked + open_a + close_a + "conflict a.arc -> root\n" + new_file;
+    const struct {
+        bool changed, in_place, inside; ///< inside: into an archive that lies in another one
+        const char* declined;
+        std::string transcript, tree;
+    } cases[] = {
+        {false, true, false, "", asked + "targetFile a -> root\ntargetFileReady a\n", "a=1\n"},
+        {true, true, false, "",
+         asked + "  open new 8\ntargetFile a -> root\ntargetFileReady a\n  close new\n",
+         "new.arc=arc:a(1)\n"},
+        {true, false, false, "", scratch + "targetFile a.arc -> root as b\ntargetFileReady a.arc\n",
+         "b=arc:a(1)\n"},
+        {true, false, false, "targetFile a.arc", scratch + "targetFile a.arc -> root as b: no\n", ""},
+        {true, false, true, "",
+         "  open i 8\n  receives a\nsourceFile a -> i\n  new file in sources\n" + open_a + close_a +
+             "targetFile a.arc -> i\ntargetFileReady a.arc\n  close i\n",
+         "i.arc=arc:a.arc(arc:a(1))\n"},
+    };
+    for (const auto& c : cases) {
+        memory_host host;
+        support::test_format other(host);
+        host.arc.provides_empty_file = host.plain.provides_empty_file = c.in_place;
+        host.client.declined = {c.declined};
+        host.client.on["sourceFile a"] = [&](auto& q) {
+            *q.format = c.changed ? static_cast<harbor6::Format*>(&other) : &host.plain;
+        };
+        host.client.on["conflict a.arc"] = [](auto& q) { *q.name = "b"; };
+        host.trap = [&](auto& what) { host.log += what.starts_with("new") ? "  " + what + "\n" : ""; };
+        const auto source = host.source("a", "1");
+        if (c.inside) {
+            host.client.expanded = {"a"}; // in vain
+            const auto outer = host.archive(*host.source("h.arc", "arc:h"));
+            const auto i = host.item(host.tree_root->file("i.arc", "").shared_from_this(), outer.get());
+            i->asFile()->containerFormat = &host.arc;
+            i->asFile()->adopt(source.get());
+        } else {
+            const AcquiredPtr<Item> made(host.root()->acquireAddedItem(*source, false));
+            EXPECT_EQ(made ? name_of(*made) : "", c.tree.substr(0, c.tree.find('=')));
+        }
+        EXPECT_EQ(host.transcript(), c.transcript);
+        EXPECT_EQ(host.tree(), c.tree);
     }
 }
 

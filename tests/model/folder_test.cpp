@@ -94,6 +94,23 @@ TEST(Folder, MakesItemsUnderTheNameThatTheClientLeaves) {
     EXPECT_EQ(name_of(*AcquiredPtr(host.root()->acquireNewFileFromName("x", false))), "");
 }
 
+TEST(Folder, WalksPathsThroughItsFactories) {
+    memory_host host;
+    std::string steps;
+    host.trap = [&](const std::string& what) { steps += what + ";"; };
+    const auto root = host.root();
+    EXPECT_TRUE(!root->acquireItemFromPath("b") && steps.empty());
+    AcquiredPtr(root->acquireNewFileFromPath("a/f", false));
+    EXPECT_EQ(steps, "new folder in root;name a;new file in a;name f;");
+    AcquiredPtr(root->acquireNewFolderFromPath("a/b/c", false));
+    EXPECT_EQ(host.tree(), "a/\na/b/\n");
+    AcquiredPtr(root->acquireNewFileFromPath("d/f", true));
+    AcquiredPtr(root->acquireNewFolderFromPath("d/e", true));
+    EXPECT_EQ(root->acquireItemFromPath("x/f"), nullptr);
+    EXPECT_EQ(host.tree(), "a/\na/b/\nd/\nd/e/\nd/f=\n");
+    EXPECT_EQ(name_of(*AcquiredPtr(root->acquireItemFromPath("d/f"))), "f");
+}
+
 TEST(Folder, AdoptsItemsByACopyAndAnErase) {
     const struct {
         const char* item;
@@ -152,6 +169,8 @@ TEST(Folder, KnowsWhatItHoldsAndWhatHoldsIt) {
     host.folder(b)->adoptContent(*host.folder(*host.sources));
     EXPECT_EQ(host.tree(), "a/\na/b/\na/b/f=1\na/b/g=2\n");
     EXPECT_TRUE(host.sources->children.empty());
+    host.folder(b)->eraseContent();
+    EXPECT_EQ(host.tree(), "a/\na/b/\n");
 }
 
 TEST(SuperArchive, ClosesTheGapsWithPlainAnswers) {

@@ -1,6 +1,7 @@
 #include "stream/copier.h"
 #include "stream/endian_input.h"
 #include "stream/filter_output.h"
+#include "stream/multi_output.h"
 #include "stream/nio_copy.h"
 #include "support/memory_streams.h"
 #include "support/refusal.h"
@@ -71,6 +72,15 @@ TEST(FilterOutput, FlushesItselfOnSyncAndTheTargetOnClose) {
     EXPECT_EQ(refusal_of([&] { output.resize(1); }), "un::implemented: stream::output::resize");
     output.attach(nullptr);
     EXPECT_EQ(refusal_of([&] { output.write("x", 1); }), "stream::filter_output: no stream is attached");
+}
+
+TEST(MultiOutput, CountsWhatNoSegmentTakesToo) {
+    struct two_bytes : stream::multi_output {
+        two_bytes() { segment_size = 2, attach(&target); }
+        memory_output target;
+    } output;
+    output.write("abc", 3);
+    EXPECT_EQ(std::pair(output.tell(), output.size()), (std::pair<std::uint64_t, std::uint64_t>(3, -1)));
 }
 
 TEST(Copying, MovesWhatIsAskedForOrThere) {

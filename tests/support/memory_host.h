@@ -171,6 +171,7 @@ struct memory_stage {
     /// The format of what lies outside archives.
     struct file_system : harbor6::Format {
         using Format::Format;
+        using Format::provides_empty_file;
         bool isFileSystem() const override { return true; }
     };
 
@@ -368,12 +369,16 @@ inline harbor6::Item* new_item(memory_stage& host, const node_ptr& node, harbor6
     return new memory_file(host, node, around);
 }
 
-/// Walks the items of a node; writes its opening, closing and extraction into the transcript.
+/// Walks the items of a node; writes its opening, closing and extraction into the transcript, and what it is
+/// told to receive. One that is being made stores "arc:name(bytes)" of each file when it is closed.
 struct test_archive : harbor6::SuperArchive {
     test_archive(memory_stage& owner, const harbor6::Format& format, harbor6::Item& item, unsigned mode,
                  node_ptr walked)
         : SuperArchive(format, item, mode), host(owner), content(std::move(walked)) {}
 
+    void setArchiveFile(const harbor6::Attributes* next) override {
+        note("receives " + (next ? name_of(*next) : "anything"), "receive");
+    }
     void beginExtraction() override { note("begin", "begin"); }
     void endExtraction() override { note("end", "end"); }
     void abortExtraction() override { note("abort", "abort"); }
@@ -384,12 +389,21 @@ struct test_archive : harbor6::SuperArchive {
         return std::make_unique<node_iterator<const harbor6::Item*>>(host, content,
                                                                      const_cast<test_archive*>(this));
     }
+    harbor6::File* _newFile() override { return new memory_file(host, content->child(false), this); }
 
 protected:
     void _open(Mode mode) override {
         note("open " + name_of(*this) + " " + std::to_string(mode), "open archive");
+        making = mode == mode_create;
     }
-    void _close() override { note("close " + name_of(*this), "close archive"); }
+    void _close() override {
+        note("close " + name_of(*this), "close archive");
+        std::string stored = "arc:";
+        for (const auto& each : content->children)
+            stored += each->name + "(" + each->bytes + ")";
+        if (making)
+            storageOutput(true)->write(stored);
+    }
 
 private:
     void note(const std::string& line, const std::string& step) {
@@ -399,6 +413,7 @@ private:
 
     memory_stage& host;
     node_ptr content;
+    bool making = false;
 };
 
 struct test_format : harbor6::SuperFormat {
@@ -406,14 +421,22 @@ struct test_format : harbor6::SuperFormat {
         format_name = "arc";
         suffixes.push_back(".arc");
         is_folder = true;
-        capabilities = expands_archives;
+        capabilities = expands_archives | creates_archives;
     }
+    using Format::is_file, Format::provides_empty_file;
 
     harbor6::Archive* _newArchiveAtItem(harbor6::File* file, unsigned mode) override {
         auto& content = host.archives[dynamic_cast<node_item&>(*file).node->bytes.substr(4)];
         if (!content)
             content = std::make_shared<memory_node>();
         return new test_archive(host, *this, *file, mode, content);
+    }
+    /// In a folder it makes a file for the archive.
+    harbor6::Archive* _newEmptyArchiveAtItem(harbor6::Item& item) override {
+        pattern::AcquiredPtr<harbor6::File> made;
+        if (auto* const folder = item.asFolder())
+            (made = folder->acquireNewFileFromName("new.arc", false))->commitItem();
+        return new test_archive(host, *this, made ? *made : item, 0, std::make_shared<memory_node>(true));
     }
 
     memory_stage& host;

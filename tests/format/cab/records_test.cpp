@@ -1,10 +1,12 @@
 #include "format/cab/archive_header.h"
+#include "format/cab/checksum.h"
 #include "format/cab/data_header.h"
 #include "format/cab/file_header.h"
 #include "format/cab/folder_header.h"
 #include "support/cabinet_writer.h"
 #include "support/memory_streams.h"
 #include "support/refusal.h"
+#include "support/zlib_streams.h"
 
 #include <gtest/gtest.h>
 
@@ -151,6 +153,19 @@ TEST(FolderHeader, PassesOverItsReserve) {
               std::tuple(0x92345678u, 0xABCDu, 0x1503));
     EXPECT_EQ(support::refusal_of([&] { folder.read(input, true); }),
               "format::cab::folder_header: unexpected end of input stream");
+}
+
+TEST(Checksum, IsTheSameForARunAsByteByByteFromAnyShiftAndAddress) {
+    const auto bytes = zlib_streams::noise(310);
+    for (unsigned place = 0; place < 4 * 9; ++place)
+        for (unsigned length = 0; length < 300; ++length) {
+            format::cab::checksum run, single;
+            run.shift = single.shift = place % 4 * 8;
+            run.update(bytes.data() + place / 4, length);
+            for (unsigned i = 0; i < length; ++i)
+                single.update(bytes[place / 4 + i]);
+            ASSERT_EQ(std::pair(run.value, run.shift), std::pair(single.value, single.shift)) << length;
+        }
 }
 
 TEST(DataHeader, TestsEveryByteBehindTheChecksumAndHandsThePayloadBack) {
