@@ -206,12 +206,12 @@ TEST(LzxDecompressor, KeepsItsStateOverFramesOfAnySize) {
     support::numbers random(2);
     for (const std::uint32_t frame_bytes : {1u, 7u, 256u, 257u, 300u, 700u, 1000u, 1400u, 4096u, 32768u}) {
         SCOPED_TRACE(frame_bytes);
-        lzx_writer writer(18, frame_bytes);
-        const std::uint32_t size = std::min(1u << 18, frame_bytes * 500);
-        const auto tokens = random_tokens(random, 0, size, (1u << 18) - 3, frame_bytes);
+        lzx_writer writer(21, frame_bytes);
+        const std::uint32_t size = std::min(1u << 21, frame_bytes * 2000);
+        const auto tokens = random_tokens(random, 0, size, (1u << 21) - 3, frame_bytes);
         writer.block(tokens, {.aligned = true});
         const auto expected = expand(tokens);
-        EXPECT_TRUE(decoded(writer.finish(), 18).bytes == expected);
+        EXPECT_TRUE(decoded(writer.finish(), 21).bytes == expected);
     }
 }
 
