@@ -74,22 +74,4 @@ std::string noise(std::size_t size, unsigned seed) {
     return bytes;
 }
 
-answer decompress(std::string_view stream) {
-    std::string piece(65536, '\0');
-    z_stream z = between(stream, piece);
-    need(inflateInit2(&z, -15) == Z_OK);
-    answer found{false, {}, 0};
-    int result = Z_OK;
-    while (result == Z_OK) {
-        z.next_out = reinterpret_cast<Bytef*>(piece.data());
-        z.avail_out = static_cast<uInt>(piece.size());
-        result = inflate(&z, Z_NO_FLUSH);
-        found.bytes.append(piece, 0, piece.size() - z.avail_out);
-    }
-    found.sound = result == Z_STREAM_END;
-    found.consumed = z.total_in;
-    inflateEnd(&z);
-    return found;
-}
-
 } // namespace zlib_streams

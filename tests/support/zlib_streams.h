@@ -17,14 +17,6 @@ std::string compress(std::string_view data, int level, strategy how = standard,
 /// One stream for each 32768 bytes of `data`, each with what lies before as its history.
 std::vector<std::string> compress_blocks(std::string_view data, int level);
 
-/// zlib's own answer: whether `stream` begins with a sound stream, what it holds, and its size.
-struct answer {
-    bool sound;
-    std::string bytes;
-    std::size_t consumed;
-};
-answer decompress(std::string_view stream);
-
 /// Text of a small vocabulary, the same for the same seed.
 std::string words(std::size_t size, unsigned seed = 1);
 std::string noise(std::size_t size, unsigned seed = 1);
