@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <set>
 #include <stdexcept>
@@ -28,8 +29,10 @@ std::string gather(std::initializer_list<const char*> roots, std::size_t size, A
     std::set<std::size_t> seen;
     std::string bytes;
     for (const auto& file : files) {
+        if (bytes.size() >= size)
+            break;
         const auto more = file_bytes(file);
-        if (bytes.size() < size && seen.insert(std::hash<std::string>{}(more)).second)
+        if (seen.insert(std::hash<std::string>{}(more)).second)
             bytes += more;
     }
     if (bytes.empty())

@@ -16,8 +16,8 @@ class fast_loop;
 /// folder, on one thread, and is not used again after a frame has failed.
 ///
 /// Decoding has two loops. The exact loop says what every stream gives, good or bad. The fast loop
-/// (fast_loop) serves the middle of a frame and hands over in the very state that the exact loop
-/// would have there, so that no result depends on which of the two ran.
+/// (class fast_loop) serves the middle of a frame and hands over in the very state that the exact loop would
+/// have there, so that no result depends on which of the two ran.
 class decompressor : public stream::transform {
 public:
     /// `window` bytes of history, a power of two up to 2 MiB; raises algorithm::exception otherwise.
@@ -83,8 +83,8 @@ private:
     std::vector<std::uint8_t> input_buffer; ///< this frame's compressed bytes, then zeros
     const std::uint8_t* input_position = nullptr;
     const std::uint8_t* input_limit = nullptr; ///< 4 bytes behind the last compressed byte
-    std::vector<std::uint8_t>
-        output_buffer; ///< the fast loop's scratch, then the frame while its calls are translated
+    /// The fast loop's scratch, then the frame while its calls are translated.
+    std::vector<std::uint8_t> output_buffer;
     std::uint8_t previous_main_lengths[672] = {};
     std::uint8_t previous_length_lengths[252] = {};
     std::uint32_t bit_buffer = 0; ///< the next 16 + bits_left bits, at the top

@@ -16,7 +16,8 @@ struct frame_state {
     std::uint32_t offsets[3];
     const std::uint8_t* words; ///< the input; bit 0 is the highest one of the first word
     std::uint64_t next_bit;    ///< its number
-    std::uint64_t input_end;   ///< number of the first bit behind the data, a whole word; zeros follow
+    /// Number of the first bit behind the data, a whole word; token_lanes::further_words of zeros follow.
+    std::uint64_t input_end;
 };
 
 /// Decodes verbatim and aligned offset blocks in the middle of a frame.

@@ -1,6 +1,8 @@
 #include "codec/lzx_fast_tables.h"
 
 #include <algorithm>
+#include <array>
+#include <iterator>
 
 namespace algorithm::lzx {
 

@@ -3,7 +3,6 @@
 #include "codec/lzx_code_order.h"
 #include "codec/lzx_tables.h"
 
-#include <array>
 #include <cstdint>
 
 namespace algorithm::lzx {
@@ -32,8 +31,8 @@ namespace entry {
 using type = std::uint32_t;
 using token = std::uint64_t;
 
-constexpr unsigned shift_mask =
-    63; ///< the bits of a shift count; processors that mask it need no instruction
+/// The bits of a shift count. Where the processor masks it by itself, this takes no instruction.
+constexpr unsigned shift_mask = 63;
 constexpr unsigned size_shift = 8;
 constexpr type size_mask = 0xFFu << size_shift;
 constexpr unsigned aligned = 64; ///< in the size

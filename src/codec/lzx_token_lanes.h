@@ -33,11 +33,11 @@ struct token_list {
 /// The first half of the fast loop: from bits to tokens. Nothing here looks at the window, at the offsets in
 /// use or at the end of the block, so that it may begin anywhere, even in the middle of a symbol.
 ///
-/// That is what the lanes live on. A symbol's place depends on the symbol before, a chain of 15 cycles, or 22
-/// with an aligned offset symbol, of which most is waiting. So a piece of the input is cut in four, and four
-/// chains run side by side. All but the first begin at a place where most likely no symbol begins; after a
-/// few dozen symbols they have fallen into step with the true ones, and what they read until then is left
-/// out.
+/// That is what the lanes live on. A symbol's place depends on the symbol before, a chain of some 15
+/// cycles, or 22 with an aligned offset symbol, of which most is waiting. So a piece of the input is cut in
+/// four, and four chains run side by side. All but the first begin at a place where most likely no symbol
+/// begins; after a few dozen symbols they have fallen into step with the true ones, and what they read until
+/// then is left out.
 ///
 /// Bits of the input are numbered from 0 on, the highest one of its first word. Places in a chunk, the part
 /// of the input that is being read, count down to its last bit.
@@ -51,12 +51,14 @@ public:
     /// Has to come before the first reading of each block. Answers false if there is nothing to read.
     bool begin_block(const block_codes& codes) { return tables.build(codes); }
 
-    /// Reads `lane_count` times `part` bits from bit `at` of `words` on into the lists.
+    /// Reads `lane_count` times `part` bits from bit `at` of `words` on into the lists; no more than
+    /// `most_bits` altogether. A list that is full ends early.
     template<bool Aligned>
     void read(const std::uint8_t* words, std::uint64_t at, std::uint64_t part);
 
-    /// Reads on in list `k` until a token begins where one of list `k` + 1 does, and gives that one's place
-    /// there. Answers false if none does within `most_more` tokens; those stay in list `k`.
+    /// Reads on in list `k` until a token begins where one of the first in list `k` + 1 does, and gives that
+    /// one's place there. Answers false if it has passed them, or read `most_more` tokens; what was read
+    /// stays in list `k`.
     template<bool Aligned>
     bool fall_into_step(unsigned k, token_place& place);
 

@@ -77,13 +77,12 @@ bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool
 }
 
 bool Client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
+    const auto name = archive.string(harbor6::key::name);
     if (around.size() == depth) {
-        log.refused(join(target, archive.string(harbor6::key::name)),
-                    "kept as it is: archives lie inside archives here, more than " + un::write(depth, 10, 1) +
-                        " deep (--depth)");
+        log.refused(join(target, name), "kept as it is: archives lie inside archives here, more than " +
+                                            un::write(depth, 10, 1) + " deep (--depth)");
         return false;
     }
-    const auto name = archive.string(harbor6::key::name);
     const pattern::AcquiredPtr<harbor6::Item> existing(target.acquireItemFromName(name));
     if (existing && !existing->asFolder()) {
         log.refused(join(target, name),
