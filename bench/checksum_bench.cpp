@@ -1,4 +1,4 @@
-#include "format/cab/checksum.h"
+#include "formats/cab/checksum.h"
 
 #include <benchmark/benchmark.h>
 #include <string>

@@ -9,11 +9,10 @@
 // "best" is the time to compare; run with --benchmark_repetitions=7
 // --benchmark_enable_random_interleaving=true.
 
-#include "archive/cab/block_output.h"
-#include "codec/deflate_decompressor.h"
-#include "format/cab/archive_header.h"
-#include "format/cab/folder_header.h"
-#include "format/cab/item_reader.h"
+#include "codec/deflate/deflate_decompressor.h"
+#include "formats/cab/cab_archive.h"
+#include "formats/cab/item_reader.h"
+#include "formats/cab/records.h"
 #include "support/memory_streams.h"
 #include "support/yardstick.h"
 #include "support/zlib_inflate.h"

@@ -5,9 +5,9 @@
 //
 // Without cabinets it makes two of its own. HARBOR_BENCH_CABINETS may name further ones, separated by ':'.
 
-#include "codec/lzx_decompressor.h"
-#include "stream/array_input.h"
-#include "stream/output.h"
+#include "codec/lzx/lzx_decompressor.h"
+#include "harbor6/stream/array_input.h"
+#include "harbor6/stream/output.h"
 #include "support/lzx_cabinets.h"
 
 #include <algorithm>

@@ -1,10 +1,10 @@
 // A stored folder with checksums, out of one file into another, beside a plain copy of the same file in
 // pieces of 64 KiB.
 
-#include "format/cab/folder_header.h"
-#include "format/cab/item_reader.h"
-#include "stream/input.h"
-#include "stream/output.h"
+#include "formats/cab/item_reader.h"
+#include "formats/cab/records.h"
+#include "harbor6/stream/input.h"
+#include "harbor6/stream/output.h"
 #include "support/cabinet_writer.h"
 
 #include <algorithm>

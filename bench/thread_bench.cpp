@@ -1,7 +1,6 @@
-#include "concurrency/event.h"
-#include "concurrency/pipe.h"
-#include "concurrency/runnable.h"
-#include "concurrency/thread.h"
+#include "harbor6/concurrency/pipe.h"
+#include "harbor6/concurrency/synchronization.h"
+#include "harbor6/concurrency/thread.h"
 
 #include <benchmark/benchmark.h>
 

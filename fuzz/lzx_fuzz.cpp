@@ -3,9 +3,9 @@
 // Input: a byte for the window, then frames: two bytes each for compressed and uncompressed size, and the
 // bytes.
 
-#include "codec/lzx_decompressor.h"
-#include "stream/array_input.h"
-#include "stream/output.h"
+#include "codec/lzx/lzx_decompressor.h"
+#include "harbor6/stream/array_input.h"
+#include "harbor6/stream/output.h"
 
 #include <cstdlib>
 #include <string>

@@ -1,14 +1,12 @@
 // Any bytes as the records of a cabinet and the blocks behind them: whatever they hold, every read ends, with
 // a result or with an exception of the project's tree.
 
-#include "format/cab/archive_header.h"
-#include "format/cab/file_header.h"
-#include "format/cab/folder_header.h"
-#include "format/cab/item_reader.h"
-#include "outside/groundwork/exception.h"
-#include "plugin/classifier.h"
-#include "stream/array_input.h"
-#include "stream/infinite_output.h"
+#include "formats/cab/cab_format.h"
+#include "formats/cab/item_reader.h"
+#include "formats/cab/records.h"
+#include "harbor6/groundwork/exception.h"
+#include "harbor6/stream/array_input.h"
+#include "harbor6/stream/output.h"
 
 #include <vector>
 

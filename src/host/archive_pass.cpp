@@ -1,10 +1,9 @@
 #include "host/archive_pass.h"
 
-#include "host/source_file.h"
-#include "model/classifier.h"
-#include "model/format.h"
-#include "outside/groundwork/text.h"
-#include "outside/shell/archive.h"
+#include "harbor6/groundwork/text.h"
+#include "harbor6/model/archive.h"
+#include "harbor6/model/format.h"
+#include "host/disk/source_file.h"
 
 #include <optional>
 

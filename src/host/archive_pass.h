@@ -1,8 +1,8 @@
 #pragma once
 
+#include "harbor6/model/folder.h"
 #include "host/registry.h"
 #include "host/report.h"
-#include "model/folder.h"
 
 namespace host {
 

@@ -1,9 +1,9 @@
 #include "host/client.h"
 
-#include "host/disk_file.h"
-#include "host/disk_folder.h"
-#include "outside/groundwork/text.h"
-#include "outside/shell/archive.h"
+#include "harbor6/groundwork/text.h"
+#include "harbor6/model/archive.h"
+#include "host/disk/disk_file.h"
+#include "host/disk/disk_folder.h"
 
 namespace host {
 

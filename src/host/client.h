@@ -1,9 +1,9 @@
 #pragma once
 
+#include "harbor6/model/folder.h"
+#include "harbor6/shell/client_interface.h"
 #include "host/report.h"
 #include "host/selection.h"
-#include "model/folder.h"
-#include "outside/shell/client_interface.h"
 
 #include <vector>
 

@@ -1,6 +1,6 @@
 #include "host/command_line.h"
 
-#include "outside/groundwork/text.h"
+#include "harbor6/groundwork/text.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

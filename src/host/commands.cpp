@@ -1,7 +1,8 @@
 #include "host/commands.h"
 
-#include "model/format.h"
-#include "outside/groundwork/text.h"
+#include "harbor6/groundwork/text.h"
+#include "harbor6/model/format.h"
+#include "host/tally.h"
 
 namespace host {
 
@@ -52,6 +53,32 @@ exit_status run(const options& chosen) {
     if (const auto cause = screen.finish(); !cause.empty())
         log.trouble("cannot write to the standard output: " + cause);
     return log.status();
+}
+
+void show_formats(workplace& at) {
+    namespace key = harbor6::key;
+    auto& screen = at.log.screen;
+    for (const auto& format : at.known.formats.formats()) {
+        screen.print(nio::printable(format->string(key::formatName)) + '\n');
+        for (const auto* const text : {key::longName, key::suffix, key::mimeType})
+            if (const auto value = format->string(text); !value.empty())
+                screen.print("  " + std::string(text) + ": " + nio::printable(value) + '\n');
+        for (const auto* const flag : {key::expandsArchives, key::createsArchives, key::recoversArchives,
+                                       key::isFolder, key::isFile, key::isSegmented})
+            if (format->hasBoolean(flag))
+                screen.print("  " + std::string(flag) + ": " + (format->boolean(flag) ? "yes" : "no") + '\n');
+    }
+}
+
+void test(workplace& at) {
+    for (const auto& archive : at.chosen.archives) {
+        at.log.begin(archive);
+        tally counts{at.items, at.log};
+        const pattern::AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
+        run_pass(at.known, at.items, at.log, archive, *top);
+        if (at.log.end())
+            at.log.screen.print(nio::printable(archive) + ": OK\n");
+    }
 }
 
 } // namespace host

@@ -2,7 +2,7 @@
 
 #include "host/archive_pass.h"
 #include "host/client.h"
-#include "host/options.h"
+#include "host/command_line.h"
 
 namespace host {
 

@@ -1,6 +1,6 @@
+#include "harbor6/groundwork/text.h"
 #include "host/commands.h"
-#include "host/disk_folder.h"
-#include "outside/groundwork/text.h"
+#include "host/disk/disk_folder.h"
 
 namespace host {
 

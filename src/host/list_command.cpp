@@ -1,6 +1,6 @@
+#include "harbor6/groundwork/text.h"
 #include "host/commands.h"
-#include "host/tally_folder.h"
-#include "outside/groundwork/text.h"
+#include "host/tally.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,8 +1,8 @@
 #include "host/registry.h"
 
+#include "harbor6/groundwork/text.h"
+#include "harbor6/model/format.h"
 #include "host/report.h"
-#include "model/format.h"
-#include "outside/groundwork/text.h"
 
 #include <algorithm>
 #include <filesystem>

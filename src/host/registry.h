@@ -1,8 +1,8 @@
 #pragma once
 
-#include "outside/groundwork/platform.h"
-#include "outside/shell/classifier.h"
-#include "outside/shell/harbor_shell.h"
+#include "harbor6/groundwork/platform.h"
+#include "harbor6/model/classifier.h"
+#include "harbor6/shell/harbor_shell.h"
 
 namespace host {
 

@@ -1,7 +1,7 @@
 #include "host/report.h"
 
-#include "outside/groundwork/exception.h"
-#include "outside/groundwork/text.h"
+#include "harbor6/groundwork/exception.h"
+#include "harbor6/groundwork/text.h"
 
 #include <exception>
 #include <new>

@@ -1,13 +1,19 @@
 #pragma once
 
-#include "host/disk_console.h"
-#include "host/exit_status.h"
-#include "host/journal.h"
+#include "host/disk/disk_expansion.h"
+#include "host/platform/console.h"
 
 #include <optional>
 #include <vector>
 
 namespace host {
+
+/// How the program ends.
+enum class exit_status {
+    ok = 0,     ///< everything that was asked for was done
+    failed = 1, ///< something wasn't, and the standard error says what
+    usage = 2   ///< the command line makes no sense, and nothing was done
+};
 
 /// The text of the exception that is being handled, fit for a terminal; nothing if none is.
 std::optional<std::string> failure_text();

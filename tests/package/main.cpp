@@ -1,7 +1,7 @@
-#include "model/format.h"
-#include "outside/groundwork/exception.h"
-#include "stream/array_input.h"
-#include "stream/endian_input.h"
+#include "harbor6/groundwork/exception.h"
+#include "harbor6/model/format.h"
+#include "harbor6/stream/array_input.h"
+#include "harbor6/stream/endian_input.h"
 
 #include <cstdio>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "archive/cab/archive.h"
-#include "model/classifier.h"
-#include "plugin/format.h"
+#include "formats/cab/cab_archive.h"
+#include "formats/cab/cab_format.h"
+#include "harbor6/model/format.h"
 #include "support/memory_host.h"
 #include "support/refusal.h"
 

@@ -1,7 +1,7 @@
 #include "support/deflate_streams.h"
 
-#include "codec/deflate_decompressor.h"
-#include "outside/groundwork/exception.h"
+#include "codec/deflate/deflate_decompressor.h"
+#include "harbor6/groundwork/exception.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "stream/nio_input.h"
-#include "stream/nio_output.h"
+#include "harbor6/stream/nio.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "concurrency/runnable.h"
+#include "harbor6/concurrency/thread.h"
 
 #include <functional>
 #include <utility>

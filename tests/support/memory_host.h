@@ -1,13 +1,13 @@
 #pragma once
 
-#include "model/folder.h"
-#include "model/single_fork_file.h"
-#include "model/super_archive.h"
-#include "model/super_format.h"
-#include "outside/shell/classifier.h"
-#include "outside/shell/client_interface.h"
-#include "outside/shell/file_identity.h"
-#include "outside/shell/harbor_shell.h"
+#include "harbor6/model/archive.h"
+#include "harbor6/model/classifier.h"
+#include "harbor6/model/folder.h"
+#include "harbor6/model/format.h"
+#include "harbor6/model/single_fork_file.h"
+#include "harbor6/shell/client_interface.h"
+#include "harbor6/shell/harbor_shell.h"
+#include "harbor6/shell/structures.h"
 #include "support/memory_streams.h"
 
 #include <functional>

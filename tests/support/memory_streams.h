@@ -1,8 +1,8 @@
 #pragma once
 
-#include "stream/array_input.h"
-#include "stream/output.h"
-#include "stream/random.h"
+#include "harbor6/stream/array_input.h"
+#include "harbor6/stream/output.h"
+#include "harbor6/stream/random.h"
 
 #include <algorithm>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "outside/groundwork/exception.h"
+#include "harbor6/groundwork/exception.h"
 
 #include <string>
 

@@ -1,0 +1,25 @@
+# harbor_add_format(NAME [SOURCE...])
+#
+# Builds the plug-in NAME.so, which teaches a host one archive format, from the sources, or from every .cpp file
+# below the current folder if none is named. It exports loadFormats and nothing else. `cmake --install` puts it
+# into lib/harbor6/formats below the prefix, where the program looks for it.
+#
+# The code is also available as the object library NAME_code, for tests that reach behind loadFormats.
+function(harbor_add_format name)
+    set(sources ${ARGN})
+    if(NOT sources)
+        file(GLOB_RECURSE sources CONFIGURE_DEPENDS *.cpp)
+    endif()
+    add_library(${name}_code OBJECT ${sources})
+    target_link_libraries(${name}_code PUBLIC harbor6::harbor6)
+    set_target_properties(${name}_code PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+                                                  POSITION_INDEPENDENT_CODE ON)
+
+    set(exports ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/harbor6-format.map)
+    add_library(${name} MODULE)
+    target_link_libraries(${name} PRIVATE ${name}_code)
+    target_link_options(${name} PRIVATE LINKER:--version-script=${exports})
+    set_target_properties(${name} PROPERTIES PREFIX "" LINKER_LANGUAGE CXX LINK_DEPENDS ${exports}
+                                             INSTALL_RPATH "$ORIGIN/../..")
+    install(TARGETS ${name} LIBRARY DESTINATION lib/harbor6/formats)
+endfunction()

@@ -1,0 +1,106 @@
+#include "codec/lzx/lzx_tables.h"
+
+#include <algorithm>
+
+namespace algorithm::lzx {
+
+unsigned count_slots(std::uint32_t window_size) {
+    unsigned slots = 4;
+    std::uint32_t reach = 4;
+    do
+        reach += 1u << extra_bits(slots++);
+    while (reach < window_size);
+    return slots;
+}
+
+bool is_buildable(const std::uint8_t* lengths, unsigned count) {
+    // How much of all 16-bit numbers begins with a code of each length.
+    static constexpr auto shares = [] {
+        std::array<std::uint32_t, maximum_code_length + 1> all{};
+        for (unsigned l = 1; l <= maximum_code_length; ++l)
+            all[l] = 1u << (maximum_code_length - l);
+        return all;
+    }();
+    std::uint32_t sum = 0;
+    for (unsigned symbol = 0; symbol < count; ++symbol)
+        sum += shares[lengths[symbol]];
+    return sum == 0 || sum == 1u << maximum_code_length;
+}
+
+bool build_table(const std::uint8_t* lengths, unsigned count, unsigned bits, std::int16_t* table,
+                 tree_links* links) {
+    std::uint32_t counts[maximum_code_length + 1] = {};
+    for (unsigned symbol = 0; symbol < count; ++symbol)
+        ++counts[lengths[symbol]];
+    std::uint32_t start[maximum_code_length + 2] = {};
+    for (unsigned l = 1; l <= maximum_code_length; ++l)
+        start[l + 1] = start[l] + (counts[l] << (maximum_code_length - l));
+
+    const std::uint32_t size = 1u << bits;
+    const unsigned beyond = maximum_code_length - bits;
+    if (start[maximum_code_length + 1] == 0) {
+        std::fill_n(table, size, std::int16_t{0});
+        return true;
+    }
+    if (start[maximum_code_length + 1] != 1u << maximum_code_length)
+        return false;
+
+    std::fill(table + (start[bits + 1] >> beyond), table + size, std::int16_t{0});
+    for (unsigned l = 1; l <= bits; ++l)
+        start[l] >>= beyond;
+
+    auto next_node = static_cast<std::int16_t>(count);
+    for (unsigned symbol = 0; symbol < count; ++symbol) {
+        const unsigned l = lengths[symbol];
+        if (l == 0)
+            continue;
+        if (l <= bits) {
+            const std::uint32_t weight = 1u << (bits - l);
+            if (start[l] + weight > size)
+                return false;
+            std::fill_n(table + start[l], weight, static_cast<std::int16_t>(symbol));
+            start[l] += weight;
+            continue;
+        }
+        const std::uint32_t code = start[l];
+        std::int16_t* slot = &table[code >> beyond];
+        for (unsigned i = 0; i < l - bits; ++i) {
+            if (*slot == 0) {
+                links[next_node] = {0, 0};
+                *slot = static_cast<std::int16_t>(-next_node++);
+            }
+            tree_links& node = links[-*slot];
+            slot = code >> (beyond - 1 - i) & 1 ? &node.right : &node.left;
+        }
+        *slot = static_cast<std::int16_t>(symbol);
+        start[l] += 1u << (maximum_code_length - l);
+    }
+    return true;
+}
+
+bool build_aligned_table(const std::uint8_t* lengths, std::uint8_t* table) {
+    constexpr unsigned size = 1u << aligned_bits;
+    std::uint16_t start[aligned_bits + 2] = {};
+    for (unsigned l = 1; l <= aligned_bits; ++l) {
+        const auto count = static_cast<unsigned>(std::count(lengths, lengths + aligned_symbols, l));
+        start[l + 1] = static_cast<std::uint16_t>(start[l] + (count << (maximum_code_length - l)));
+    }
+    if (start[aligned_bits + 1] != 0)
+        return false;
+    std::fill_n(table, size, std::uint8_t{0});
+    for (unsigned l = 1; l <= aligned_bits; ++l)
+        start[l] = static_cast<std::uint16_t>(start[l] >> (maximum_code_length - aligned_bits));
+    for (unsigned symbol = 0; symbol < aligned_symbols; ++symbol) {
+        const unsigned l = lengths[symbol];
+        if (l == 0)
+            continue;
+        const unsigned weight = 1u << (aligned_bits - l);
+        if (start[l] + weight > size)
+            return false;
+        std::fill_n(table + start[l], weight, static_cast<std::uint8_t>(symbol));
+        start[l] = static_cast<std::uint16_t>(start[l] + weight);
+    }
+    return true;
+}
+
+} // namespace algorithm::lzx

@@ -1,0 +1,103 @@
+#include "formats/cab/item_reader.h"
+
+#include "codec/deflate/flate_adaptor.h"
+#include "codec/lzx/lzx_decompressor.h"
+#include "formats/cab/constants.h"
+#include "formats/cab/records.h"
+#include "harbor6/groundwork/exception.h"
+#include "harbor6/stream/transform.h"
+
+namespace format {
+
+item_reader::~item_reader() = default;
+
+} // namespace format
+
+namespace format::cab {
+
+namespace {
+
+constexpr unsigned copy_buffer = 65536;
+
+[[noreturn]] void refuse(const char* reason) {
+    throw format::exception(reason, "format::cab::item_reader");
+}
+
+} // namespace
+
+item_reader::item_reader(const folder_header* expanded) : folder(expanded) {}
+
+item_reader::~item_reader() = default;
+
+std::uint64_t item_reader::process(stream::input& input, stream::output& output) {
+    data_header block;
+    block.reserve = folder->reserve;
+    switch (folder->compression & compression::method_mask) {
+    case compression::stored:
+        return copy_stored(input, output, block);
+    case compression::deflate:
+        return expand_deflate(input, output, block);
+    case compression::quantum:
+        refuse("quantum compression method not supported");
+    case compression::lzx:
+        return expand_lzx(input, output, block);
+    case compression::invalid:
+        refuse("invalid compression method");
+    default:
+        refuse("unsupported compression method");
+    }
+}
+
+std::uint64_t item_reader::copy_stored(stream::input& input, stream::output& output, data_header& block) {
+    if (folder->block_count == 0)
+        return 0;
+    stream::copier copier(copy_buffer);
+    std::uint64_t total = 0;
+    for (std::uint32_t i = 0; i < folder->block_count; ++i) {
+        block.read(input, true);
+        total += copier.process(input, output, block.compressed_size);
+    }
+    return total;
+}
+
+std::uint64_t item_reader::expand_deflate(stream::input& input, stream::output& output, data_header& block) {
+    if (folder->block_count == 0)
+        return 0;
+    algorithm::flate_adaptor::decompressor expanded(input, deflate_extent, true);
+    std::uint64_t total = 0;
+    for (std::uint32_t i = 0; i < folder->block_count; ++i) {
+        block.read(input, true);
+        const int first = input.read();
+        const int second = input.read();
+        if (first != deflate_mark_1 || second != deflate_mark_2)
+            refuse("invalid deflate block artifact");
+        expanded.start();
+        const auto came = expanded.copy_to(output);
+        expanded.finish(); // raises what went wrong in the decoder, ahead of the size that follows from it
+        if (came != block.uncompressed_size)
+            refuse("Deflate decompression output size mismatch");
+        total += came;
+    }
+    return total;
+}
+
+std::uint64_t item_reader::expand_lzx(stream::input& input, stream::output& output, data_header& block) {
+    const unsigned bits = folder->compression >> compression::window_shift & compression::window_mask;
+    if (bits < compression::smallest_window || bits > compression::largest_window)
+        refuse("invalid LZX compression memory ");
+    if (folder->block_count == 0)
+        return 0; // a window costs memory, and any number of empty folders fits a small cabinet
+    algorithm::lzx::decompressor decoder(std::uint32_t{1} << bits);
+    std::uint64_t total = 0;
+    for (std::uint32_t i = 0; i < folder->block_count; ++i) {
+        block.read(input, true);
+        const auto came =
+            decoder.process_block(input, output, block.compressed_size, block.uncompressed_size);
+        if (came < 0 || static_cast<std::uint64_t>(came) != block.uncompressed_size)
+            refuse("LZX decompression output size mismatch");
+        total += static_cast<std::uint64_t>(came);
+    }
+    return total;
+}
+
+} // namespace format::cab

@@ -1,0 +1,214 @@
+#include "formats/cab/records.h"
+
+#include "formats/cab/checksum.h"
+#include "formats/cab/constants.h"
+#include "harbor6/groundwork/exception.h"
+#include "harbor6/groundwork/text.h"
+#include "harbor6/stream/endian_input.h"
+#include "harbor6/stream/input.h"
+
+#include <algorithm>
+
+namespace format::cab {
+
+std::string read_text(stream::input& input) {
+    std::string text;
+    for (int byte = input.read(); byte > 0; byte = input.read())
+        text.push_back(static_cast<char>(byte));
+    return text;
+}
+
+std::string read_name(stream::input& input) {
+    return nio::to_utf8(nio::decode(read_text(input), -1));
+}
+
+namespace {
+
+void require(bool sound, const char* refusal) {
+    if (!sound)
+        throw format::exception(refusal, "format::cab::archive_header");
+}
+
+void read_pair(stream::input& input, optional_field<std::string>& cabinet,
+               optional_field<std::string>& disk) {
+    cabinet = {read_name(input), true};
+    disk = {read_text(input), true};
+}
+
+} // namespace
+
+reserved_header::~reserved_header() = default;
+
+std::uint32_t reserved_header::read(stream::input& input, bool /*verify*/) {
+    input.mark = input.tell();
+    stream::little_endian_input fields(input);
+    header_size = fields.read16();
+    folder_size = static_cast<std::uint8_t>(fields.read8());
+    data_size = static_cast<std::uint8_t>(fields.read8());
+    return static_cast<std::uint32_t>(input.tell() - input.mark);
+}
+
+archive_header::~archive_header() = default;
+
+bool archive_header::is_valid() const {
+    return std::string_view(signature.data(), signature.size()) == cab::signature &&
+           (stored_checksum == 0 || stored_checksum == computed_checksum);
+}
+
+void archive_header::read_fixed_fields(stream::input& input, bool verify) {
+    checksum sum;
+    algorithm::digest_input counted(&input, &sum);
+    stream::little_endian_input fields(counted);
+    sum.enabled = false;
+
+    signature = {};
+    fields.read(signature.data(), static_cast<unsigned>(signature.size()));
+    if (verify)
+        require(std::string_view(signature.data(), signature.size()) == cab::signature,
+                "bad header artifact");
+    stored_checksum = fields.read32();
+
+    sum.reset();
+    cabinet_size = fields.read32();
+    reserved_word_1 = fields.read32();
+    files_offset = fields.read32();
+    reserved_word_2 = fields.read32();
+    version = fields.read16();
+    if (verify)
+        require(version == supported_version, "unsupported cabinet version");
+    folder_count = fields.read16();
+    file_count = fields.read16();
+    flags = fields.read16();
+    has_previous = flags & header_flag::previous;
+    has_next = flags & header_flag::next;
+    has_reserve = flags & header_flag::reserve;
+    set_id = fields.read16();
+    cabinet_index = fields.read16();
+    if (verify)
+        require(cabinet_index != no_cabinet_index, "invalid cabinet index");
+    computed_checksum = sum.value;
+    if (verify)
+        require(is_valid(), "archive header CRC error");
+}
+
+std::uint32_t archive_header::read(stream::input& input, bool verify) {
+    input.mark = input.tell();
+    read_fixed_fields(input, verify);
+
+    // What follows isn't covered by the checksum.
+    reserve = {};
+    if (has_reserve) {
+        stream::little_endian_input inner(input); // which keeps a mark of its own
+        reserve.present = true;
+        reserve.value.read(inner, true);
+        inner.skip(reserve.value.header_size);
+    }
+    if (has_previous)
+        read_pair(input, previous_cabinet, previous_disk);
+    if (has_next)
+        read_pair(input, next_cabinet, next_disk);
+    return static_cast<std::uint32_t>(input.tell() - input.mark);
+}
+
+folder_header::~folder_header() = default;
+
+std::uint32_t folder_header::read(stream::input& input, bool verify) {
+    input.mark = input.tell();
+    stream::little_endian_input fields(input);
+    data_offset = fields.read32();
+    block_count = fields.read16();
+    compression = fields.read16();
+    if (reserve) {
+        const auto passed = fields.skip(reserve->folder_size);
+        if (verify && passed < reserve->folder_size)
+            throw format::exception("unexpected end of input stream", "format::cab::folder_header");
+    }
+    return static_cast<std::uint32_t>(input.tell() - input.mark);
+}
+
+file_header::~file_header() = default;
+
+std::uint32_t file_header::read(stream::input& input, bool /*verify*/) {
+    input.mark = input.tell();
+    stream::little_endian_input fields(input);
+    size = fields.read32();
+    folder_offset = fields.read32();
+    folder_index = fields.read16();
+    continued_from_previous = folder_index == continued::from_previous;
+    continued_to_next = folder_index == continued::to_next;
+    continued_both = folder_index == continued::both;
+    const auto dos_date = fields.read16();
+    const auto dos_time = fields.read16();
+    time.set_dos(dos_date, dos_time);
+    attributes.from_dos_flags(fields.read16());
+
+    // Only once the name is decoded: in some code pages the second byte of a letter is a backslash.
+    name = read_name(input);
+    std::replace(name.begin(), name.end(), '\\', '/');
+    return static_cast<std::uint32_t>(input.tell() - input.mark);
+}
+
+namespace {
+
+constexpr unsigned word_size = 4;
+constexpr unsigned byte_bits = 8;
+
+} // namespace
+
+data_header::~data_header() = default;
+
+bool data_header::is_valid() const {
+    return stored_checksum == computed_checksum;
+}
+
+std::uint32_t data_header::read(stream::input& input, bool verify) {
+    input.mark = input.tell();
+    checksum sum;
+    algorithm::digest_input counted(&input, &sum);
+    stream::little_endian_input fields(counted);
+    sum.enabled = false;
+    stored_checksum = fields.read32();
+
+    sum.reset();
+    compressed_size = fields.read16();
+    uncompressed_size = fields.read16();
+    if (reserve) {
+        const auto passed = fields.skip(reserve->data_size);
+        if (verify && passed < reserve->data_size)
+            throw format::exception("unexpected end of input stream", "format::cab::data_header");
+    }
+
+    const auto length = static_cast<unsigned>(compressed_size);
+    const auto tail = length % word_size;
+    read_payload(fields, length - tail);
+    computed_checksum = sum.value;
+    read_tail(input, tail);
+    if (stored_checksum != 0 && stored_checksum != computed_checksum)
+        throw format::crc_exception("CRC mismatch, data is invalid", "format::cab::data_header");
+
+    input.unread(payload.get(), length);
+    return static_cast<std::uint32_t>(input.tell() - input.mark);
+}
+
+/// All of the payload but its tail, counted as it comes.
+void data_header::read_payload(stream::input& counted, unsigned length) {
+    if (!payload || capacity < compressed_size) {
+        payload = std::make_unique_for_overwrite<char[]>(compressed_size);
+        capacity = compressed_size;
+    }
+    const auto came = counted.read(payload.get(), length);
+    std::fill(payload.get() + came, payload.get() + length, '\0');
+}
+
+/// The last bytes, short of a word, count the other way round: the last one of them is the lowest.
+void data_header::read_tail(stream::input& input, unsigned length) {
+    char* const bytes = payload.get() + (compressed_size - length);
+    for (unsigned i = 0; i < length; ++i) {
+        const int byte = input.read();
+        bytes[i] = byte < 0 ? '\0' : static_cast<char>(byte);
+        computed_checksum ^= std::uint32_t{static_cast<unsigned char>(bytes[i])}
+                             << byte_bits * (length - 1 - i);
+    }
+}
+
+} // namespace format::cab

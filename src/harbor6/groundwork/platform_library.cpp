@@ -1,0 +1,63 @@
+#include "harbor6/groundwork/exception.h"
+#include "harbor6/groundwork/platform.h"
+
+#include <dlfcn.h>
+#include <filesystem>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& otherwise) {
+    const char* words = dlerror();
+    throw un::exception(words != nullptr ? words : otherwise, "platform::library");
+}
+
+} // namespace
+
+library::library(const std::string& path) {
+    open(path);
+}
+
+library::library(library&& other) noexcept : handle(std::exchange(other.handle, nullptr)) {}
+
+library& library::operator=(library&& other) noexcept {
+    std::swap(handle, other.handle);
+    return *this;
+}
+
+library::~library() {
+    close();
+}
+
+void library::open(const std::string& path) {
+    close();
+    handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr)
+        fail("cannot load " + path);
+}
+
+void* library::symbol(const std::string& name) const {
+    if (handle == nullptr)
+        throw un::exception("no library is loaded", "platform::library");
+    void* const place = dlsym(handle, name.c_str());
+    if (place == nullptr)
+        fail("no symbol " + name);
+    return place;
+}
+
+void library::close() noexcept {
+    if (handle != nullptr)
+        dlclose(std::exchange(handle, nullptr));
+}
+
+std::string executable_path() {
+    std::error_code failure;
+    const auto path = std::filesystem::read_symlink("/proc/self/exe", failure);
+    if (failure)
+        throw un::exception(failure.message(), "platform::executable_path");
+    return path.string();
+}
+
+} // namespace platform

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "harbor6/groundwork/export.h"
+
+#include <array>
+#include <cstdint>
+
+namespace any {
+
+/// A point in time as an attribute value: six words, whose meaning is that of fs::time.
+struct time {
+    std::array<std::uint32_t, 6> words{};
+
+    friend bool operator==(const time&, const time&) = default;
+};
+
+} // namespace any
+
+namespace fs {
+
+/// A calendar time without a zone, as DOS keeps it: local time of whoever wrote it, in steps of two seconds.
+struct HARBOR6_API time {
+    std::uint32_t year = 1980;
+    std::uint32_t month = 1;
+    std::uint32_t day = 1;
+    std::uint32_t hour = 0;
+    std::uint32_t minute = 0;
+    std::uint32_t second = 0;
+
+    time() = default;
+    explicit time(const any::time& value);
+
+    operator any::time() const;
+
+    /// Takes a DOS date word (year - 1980, month, day in 7, 4 and 5 bits) and a DOS time word (hour, minute,
+    /// second / 2 in 5, 6 and 5 bits). A field that no calendar has is set to the nearest one that it has:
+    /// month 0 is January, 30 February the last of that month, hour 31 is 23, second 62 is 58.
+    void set_dos(std::uint16_t dos_date, std::uint16_t dos_time);
+
+    friend bool operator==(const time&, const time&) = default;
+};
+
+} // namespace fs

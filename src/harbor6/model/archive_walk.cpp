@@ -1,0 +1,26 @@
+#include "harbor6/model/archive_walk.h"
+
+#include "harbor6/model/archive.h"
+
+namespace harbor6 {
+
+ArchiveWalk::ArchiveWalk(Archive& walked)
+    : archive(walked), own_shell(walked.shell().getClassifier(), client),
+      state(std::make_shared<WalkState>(WalkState{&walked, true, 0, {}})), tree(new EntryFolder(state)) {}
+
+ArchiveWalk::~ArchiveWalk() = default;
+
+void ArchiveWalk::build() {
+    archive.addContentTo(*tree, nullptr);
+    state->building = false;
+}
+
+EntryFolder& ArchiveWalk::root() const {
+    return *tree;
+}
+
+HarborShell* ArchiveWalk::shell() {
+    return state->building ? &own_shell : nullptr;
+}
+
+} // namespace harbor6

@@ -1,0 +1,86 @@
+#include "harbor6/model/classifier.h"
+
+#include "harbor6/model/archive.h"
+#include "harbor6/model/file.h"
+#include "harbor6/model/format.h"
+#include "harbor6/shell/fork.h"
+
+namespace harbor6 {
+
+namespace {
+
+/// Shows a format's recogniser, if it has one, a sample for as long as this lives.
+class Shown {
+public:
+    Shown(Format& format, const un::array<char>& sample) : recogniser(format.recogniser()) {
+        if (recogniser)
+            recogniser->sample = sample;
+    }
+    Shown(const Shown&) = delete;
+    Shown& operator=(const Shown&) = delete;
+    ~Shown() {
+        if (recogniser)
+            recogniser->sample = {};
+    }
+
+    bool matches() const { return recogniser && recogniser->matches_at(0) != 0; }
+
+    format::classifier* const recogniser;
+};
+
+} // namespace
+
+Classifier::Classifier() = default;
+
+Classifier::~Classifier() = default;
+
+bool Classifier::addFormat(Format& format) const {
+    known.emplace_back(&format);
+    return true;
+}
+
+Archive* Classifier::acquireStreamArchive(File& file) {
+    const Fork* const fork = file.getMainFork();
+    const auto bytes = fork ? fork->input(true) : data::CountedInput();
+    if (!bytes)
+        return nullptr;
+    const auto sample = std::make_unique_for_overwrite<char[]>(sample_size);
+    const auto came = bytes->read(sample.get(), sample_size);
+    Format* const format = recognise(un::array<char>(sample.get(), came));
+    return format ? format->_newArchiveAtItem(&file, 0) : nullptr;
+}
+
+Archive* Classifier::acquireFileArchive(File& file, std::uint32_t /*a*/, std::uint32_t /*b*/,
+                                        std::uint32_t /*c*/) {
+    return acquireStreamArchive(file);
+}
+
+Format* Classifier::recognise(const un::array<char>& sample) const {
+    for (const auto& format : known) {
+        const Shown shown(*format, sample);
+        try {
+            if (shown.matches() && shown.recogniser->confirm_at(0))
+                return format.get();
+        } catch (const stream::exception&) {
+            // The sample ends inside what would be the header.
+        }
+    }
+    return nullptr;
+}
+
+Format* Classifier::resembling(const un::array<char>& sample) const {
+    for (const auto& format : known) {
+        const Shown shown(*format, sample);
+        if (!shown.matches())
+            continue;
+        shown.recogniser->confirm_at(0);
+        return format.get();
+    }
+    return nullptr;
+}
+
+const std::vector<std::unique_ptr<Format>>& Classifier::formats() const {
+    return known;
+}
+
+} // namespace harbor6

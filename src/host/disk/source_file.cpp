@@ -1,0 +1,29 @@
+#include "host/disk/source_file.h"
+
+#include "host/platform/disk_random.h"
+
+namespace host {
+
+SourceFork::SourceFork(std::unique_ptr<disk_input> input) : bytes(input.get()), lent(std::move(input)) {}
+
+harbor6::data::CountedInput SourceFork::input(bool /*expanding*/) const {
+    if (!lent->seek(0))
+        throw stream::exception("the input can't be read a second time", "host::SourceFile");
+    return lent;
+}
+
+harbor6::data::random::CountedInput SourceFork::randomInput(bool /*expanding*/, bool /*shared*/) const {
+    auto file = bytes->duplicate();
+    if (!file)
+        return {};
+    return harbor6::data::random::CountedInput(std::make_unique<disk_random_input>(std::move(file), "it"));
+}
+
+SourceFile::SourceFile(harbor6::Format& format, std::string file_name, std::unique_ptr<disk_input> input)
+    : OneForkFile(std::move(input)), PlainItem(format), name(std::move(file_name)) {}
+
+std::string SourceFile::itemName() const {
+    return name;
+}
+
+} // namespace host

@@ -1,0 +1,156 @@
+#include "host/platform/disk_input.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace host {
+
+namespace {
+
+constexpr std::uint64_t ring_size = 512 * 1024;
+constexpr std::uint64_t chunk = 64 * 1024;
+constexpr std::uint64_t history = 256 * 1024;
+// A refill happens when all was delivered and overwrites the oldest chunk.
+static_assert(ring_size - chunk >= history && (ring_size & (ring_size - 1)) == 0 && ring_size % chunk == 0);
+
+} // namespace
+
+disk_input::disk_input(disk_descriptor opened, std::string input_name)
+    : source(std::move(opened)), name(std::move(input_name)),
+      ring(std::make_unique_for_overwrite<char[]>(ring_size)) {
+    struct stat status = {};
+    regular = fstat(source.get(), &status) == 0 && S_ISREG(status.st_mode);
+    const auto start = regular ? lseek(source.get(), 0, SEEK_CUR) : 0;
+    origin = start > 0 ? static_cast<std::uint64_t>(start) : 0;
+}
+
+std::uint64_t disk_input::oldest() const {
+    return filled - begun > ring_size ? filled - ring_size : begun;
+}
+
+bool disk_input::refill() {
+    const auto at = filled & (ring_size - 1);
+    const auto room = static_cast<std::size_t>(std::min(chunk, ring_size - at));
+    for (;;) {
+        const auto came =
+            regular ? pread(source.get(), ring.get() + at, room, static_cast<off_t>(origin + filled))
+                    : ::read(source.get(), ring.get() + at, room);
+        if (came >= 0) {
+            filled += static_cast<std::uint64_t>(came);
+            return came > 0;
+        }
+        if (errno != EINTR)
+            fail_on_disk("read", name, errno);
+    }
+}
+
+unsigned disk_input::_read(char* buffer, unsigned length) {
+    unsigned done = 0;
+    while (done < length) {
+        if (place == filled && !refill()) {
+            short_read = true;
+            return done;
+        }
+        const auto at = place & (ring_size - 1);
+        const auto count = std::min({filled - place, ring_size - at, std::uint64_t{length - done}});
+        std::memcpy(buffer + done, ring.get() + at, count);
+        done += static_cast<unsigned>(count);
+        place += count;
+    }
+    short_read = short_read && length == 0;
+    return done;
+}
+
+int disk_input::_read() {
+    short_read = place == filled && !refill();
+    return short_read ? -1 : static_cast<unsigned char>(ring[place++ & (ring_size - 1)]);
+}
+
+std::uint64_t disk_input::_skip(std::uint64_t count) {
+    const auto start = place;
+    if (regular && count > filled - place + chunk) {
+        // What lies between is never looked at; the last of it is left to the loop, which finds the end.
+        const auto known = size();
+        if (known > place + chunk)
+            restart_at(std::min(place + count, known) - chunk);
+    }
+    while (place - start < count) {
+        if (place == filled && !refill()) {
+            short_read = true;
+            return place - start;
+        }
+        place += std::min(filled - place, count - (place - start));
+    }
+    short_read = short_read && count == 0;
+    return count;
+}
+
+void disk_input::restart_at(std::uint64_t value) {
+    begun = filled = place = value;
+}
+
+void disk_input::step_back(std::uint64_t count) {
+    if (short_read)
+        throw cut_short();
+    if (count > place || !seek(place - count))
+        throw stream::exception("bytes pushed back that were not delivered", "host::disk_input");
+}
+
+void disk_input::unread(const char* /*bytes*/, unsigned length) {
+    step_back(length);
+}
+
+void disk_input::unread(char /*byte*/) {
+    step_back(1);
+}
+
+bool disk_input::seek(std::uint64_t value) {
+    if (value >= oldest() && value <= filled)
+        place = value;
+    else if (regular && value <= size())
+        restart_at(value);
+    else
+        return false;
+    short_read = false;
+    return true;
+}
+
+std::uint64_t disk_input::size() const {
+    struct stat status = {};
+    if (!regular || fstat(source.get(), &status) != 0)
+        return ~std::uint64_t{0};
+    return static_cast<std::uint64_t>(status.st_size) -
+           std::min(origin, static_cast<std::uint64_t>(status.st_size));
+}
+
+stream::cut_short disk_input::cut_short() const {
+    return {filled, "host::disk_input"};
+}
+
+disk_descriptor disk_input::duplicate() const {
+    return disk_descriptor(regular && origin == 0 ? fcntl(source.get(), F_DUPFD_CLOEXEC, 3) : -1);
+}
+
+disk_descriptor open_input(const std::string& path) {
+    // Without O_NONBLOCK a named pipe that nobody writes to waits for a writer, as any reader of one does.
+    disk_descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file)
+        throw fs::Exception(disk_cause(errno), "host::open_input");
+    struct stat status = {};
+    if (fstat(file.get(), &status) == 0 && S_ISDIR(status.st_mode))
+        throw fs::Exception(disk_cause(EISDIR), "host::open_input");
+    return file;
+}
+
+disk_descriptor open_standard_input() {
+    disk_descriptor file(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3));
+    if (!file)
+        throw fs::Exception(disk_cause(errno), "host::open_standard_input");
+    return file;
+}
+
+} // namespace host

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "harbor6/stream/random.h"
+#include "host/platform/disk_transfer.h"
+
+#include <memory>
+
+namespace host {
+
+/// Reads any part of a plain file, in the order that its user likes.
+class disk_random_input : public stream::random::input {
+public:
+    /// `name` is for messages.
+    disk_random_input(disk_descriptor source, std::string name);
+
+    using stream::random::input::read;
+
+    /// Goes to any place up to the end.
+    bool seek(std::uint64_t value) override;
+    std::uint64_t size() const override;
+
+protected:
+    unsigned _read(char* buffer, unsigned length) override;
+    int _read() override;
+    std::uint64_t _tell() const override { return place; }
+
+private:
+    disk_descriptor source;
+    std::string name;
+    std::uint64_t place = 0;
+};
+
+/// Writes a file on its way to the disk in any order.
+class disk_random_output : public stream::random::output {
+public:
+    explicit disk_random_output(std::shared_ptr<disk_transfer> transfer);
+
+    using stream::random::output::write;
+
+    void write(const char* buffer, unsigned length) override;
+    void write(char byte) override;
+    std::uint64_t tell() const override { return place; }
+    /// Goes to any place up to the end.
+    bool seek(std::uint64_t value) override;
+    std::uint64_t size() const override { return extent; }
+    void resize(std::uint64_t size) override;
+
+private:
+    std::shared_ptr<disk_transfer> transfer;
+    std::uint64_t place = 0;
+    std::uint64_t extent = 0;
+};
+
+} // namespace host

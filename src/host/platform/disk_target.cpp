@@ -1,0 +1,221 @@
+#include "host/platform/disk_target.h"
+
+#include "harbor6/groundwork/text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <dirent.h>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace host {
+
+namespace {
+
+constexpr std::size_t most_open = 16;
+constexpr std::size_t longest_name = 255;
+constexpr int as_folder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+
+/// Says what stands in the way where a folder should be.
+[[noreturn]] void fail_on_folder(int parent, const char* leaf, const std::string& folder, int error) {
+    struct stat status = {};
+    if ((error == ENOTDIR || error == ELOOP) && fstatat(parent, leaf, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+        !S_ISDIR(status.st_mode))
+        throw disk_obstacle("cannot use folder " + nio::printable(folder) + ": " +
+                                (S_ISLNK(status.st_mode) ? "it is a symbolic link" : "it is a file"),
+                            "host::disk_target");
+    fail_on_disk("use folder", folder, error);
+}
+
+} // namespace
+
+disk_target::disk_target(std::string path, bool follow) : root_path(std::move(path)), follow_root(follow) {}
+
+std::string disk_target::join(const std::string& folder, const std::string& name) {
+    return folder.empty() ? name : folder + '/' + name;
+}
+
+std::string disk_target::refusal(const std::string& name) {
+    if (name.empty())
+        return "it has no name";
+    if (name == "." || name == "..")
+        return "no file can have this name";
+    if (name.find('\0') != name.npos || name.find('/') != name.npos)
+        return "its name holds a character that no file name can hold";
+    if (name.size() > longest_name)
+        return "its name is too long";
+    return {};
+}
+
+disk_target::handle disk_target::open_root(missing policy) {
+    if (root)
+        return root;
+    const int flags = as_folder | (follow_root ? 0 : O_NOFOLLOW);
+    disk_descriptor opened(::open(root_path.c_str(), flags));
+    if (!opened && errno == ENOENT) {
+        if (policy == missing::is_null)
+            return nullptr;
+        std::error_code error;
+        std::filesystem::create_directories(root_path, error);
+        if (error)
+            fail_on_disk("make folder", root_path, error.value());
+        opened = disk_descriptor(::open(root_path.c_str(), flags));
+    }
+    if (!opened) {
+        // Without its root nothing of the archive can be written.
+        try {
+            fail_on_folder(AT_FDCWD, root_path.c_str(), root_path, errno);
+        } catch (const disk_obstacle& obstacle) {
+            throw fs::Exception(obstacle.message(), "host::disk_target");
+        }
+    }
+    root = std::make_shared<const disk_descriptor>(std::move(opened));
+    return root;
+}
+
+disk_target::handle disk_target::open_child(const disk_descriptor& parent, const std::string& folder,
+                                            missing policy) {
+    const auto leaf = nio::leaf(folder, '/');
+    if (const auto reason = refusal(leaf); !reason.empty())
+        throw disk_obstacle("cannot use folder " + nio::printable(folder) + ": " + reason,
+                            "host::disk_target");
+    disk_descriptor opened(openat(parent.get(), leaf.c_str(), as_folder | O_NOFOLLOW));
+    if (!opened && errno == ENOENT) {
+        if (policy == missing::is_null)
+            return nullptr;
+        if (mkdirat(parent.get(), leaf.c_str(), 0777) != 0 && errno != EEXIST)
+            fail_on_disk("make folder", folder, errno);
+        opened = disk_descriptor(openat(parent.get(), leaf.c_str(), as_folder | O_NOFOLLOW));
+    }
+    if (!opened)
+        fail_on_folder(parent.get(), leaf.c_str(), folder, errno);
+    return std::make_shared<const disk_descriptor>(std::move(opened));
+}
+
+disk_target::handle disk_target::open(const std::string& folder, missing policy) {
+    if (folder.empty())
+        return open_root(policy);
+    const auto found = std::find_if(recent.begin(), recent.end(),
+                                    [&](const open_folder& entry) { return *entry.path == folder; });
+    if (found != recent.end()) {
+        std::rotate(recent.begin(), found, found + 1);
+        return recent.front().descriptor;
+    }
+    const auto parent = open(nio::stem(folder, '/'), policy);
+    if (!parent)
+        return nullptr;
+    auto opened = open_child(*parent, folder, policy);
+    if (!opened)
+        return nullptr;
+    if (recent.size() == most_open)
+        recent.pop_back();
+    recent.insert(recent.begin(), {std::make_shared<const std::string>(folder), opened});
+    return opened;
+}
+
+disk_entry disk_target::look(const std::string& folder, const std::string& name) {
+    const auto parent = open(folder, missing::is_null);
+    struct stat status = {};
+    if (!parent)
+        return disk_entry::none;
+    if (fstatat(parent->get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno == ENOENT)
+            return disk_entry::none;
+        fail_on_disk("look at", join(folder, name), errno);
+    }
+    return S_ISREG(status.st_mode)   ? disk_entry::file
+           : S_ISDIR(status.st_mode) ? disk_entry::folder
+                                     : disk_entry::other;
+}
+
+std::vector<std::string> disk_target::names(const std::string& folder) {
+    std::vector<std::string> found;
+    const auto opened = open(folder, missing::is_null);
+    if (!opened)
+        return found;
+    // A descriptor of its own: reading a folder moves the one that it is read by.
+    disk_descriptor reading(openat(opened->get(), ".", as_folder));
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(reading ? fdopendir(reading.get()) : nullptr, closedir);
+    if (!entries)
+        fail_on_disk("read folder", folder, errno);
+    reading.release();
+    while (const dirent* const entry = readdir(entries.get()))
+        if (const std::string name = entry->d_name; name != "." && name != "..")
+            found.push_back(name);
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+std::optional<fs::Spec> disk_target::identity(const std::string& folder, const std::string& name) {
+    const auto parent = open(folder, missing::is_null);
+    struct stat status = {};
+    if (!parent || fstatat(parent->get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH) != 0)
+        return std::nullopt;
+    fs::Spec which;
+    which.device = status.st_dev;
+    which.node = status.st_ino;
+    return which;
+}
+
+disk_descriptor disk_target::open_file(const std::string& folder, const std::string& name) {
+    const auto parent = open(folder, missing::is_null);
+    disk_descriptor file(parent ? openat(parent->get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC)
+                                : -1);
+    if (!file)
+        fail_on_disk("read", join(folder, name), parent ? errno : ENOENT);
+    return file;
+}
+
+void disk_target::rename(const std::string& from, const std::string& to, bool replace) {
+    const auto source = open(nio::stem(from, '/'), missing::is_null);
+    const auto destination = make_folder(nio::stem(to, '/'));
+    const auto old_name = nio::leaf(from, '/');
+    const auto new_name = nio::leaf(to, '/');
+    const unsigned flags = replace ? 0 : RENAME_NOREPLACE;
+    if (!source ||
+        renameat2(source->get(), old_name.c_str(), destination->get(), new_name.c_str(), flags) != 0)
+        fail_on_disk("rename", from, source ? errno : ENOENT);
+    forget(from);
+}
+
+void disk_target::remove_file(const std::string& folder, const std::string& name) {
+    const auto parent = open(folder, missing::is_null);
+    if (!parent || unlinkat(parent->get(), name.c_str(), 0) != 0)
+        fail_on_disk("remove", join(folder, name), parent ? errno : ENOENT);
+}
+
+void disk_target::remove_folder(const std::string& folder) {
+    const auto parent = open(nio::stem(folder, '/'), missing::is_null);
+    if (!parent || unlinkat(parent->get(), nio::leaf(folder, '/').c_str(), AT_REMOVEDIR) != 0)
+        fail_on_disk("remove folder", folder, parent ? errno : ENOENT);
+    forget(folder);
+}
+
+/// Lets go of a folder, and of all below it, that bears its name no more.
+void disk_target::forget(const std::string& folder) {
+    std::erase_if(recent, [&](const open_folder& entry) {
+        return *entry.path == folder || entry.path->starts_with(folder + '/');
+    });
+}
+
+std::shared_ptr<const disk_descriptor> disk_target::make_folder(const std::string& folder) {
+    return open(folder, missing::is_made);
+}
+
+bool disk_target::recently_open(const std::string& folder) const {
+    return folder.empty() ? root != nullptr
+                          : std::any_of(recent.begin(), recent.end(),
+                                        [&](const open_folder& entry) { return *entry.path == folder; });
+}
+
+std::shared_ptr<const std::string> disk_target::intern(const std::string& folder) const {
+    for (const auto& entry : recent)
+        if (*entry.path == folder)
+            return entry.path;
+    return std::make_shared<const std::string>(folder);
+}
+
+} // namespace host

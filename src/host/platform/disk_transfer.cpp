@@ -1,0 +1,133 @@
+#include "host/platform/disk_transfer.h"
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace host {
+
+namespace {
+
+std::atomic<const char*> unfinished_name = nullptr;
+std::atomic<int> unfinished_folder = -1;
+static_assert(std::atomic<const char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+
+extern "C" void remove_and_end(int signal) {
+    if (const char* const name = unfinished_name)
+        unlinkat(unfinished_folder, name, 0);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+void watch_signals() {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        if (std::signal(signal, remove_and_end) == SIG_IGN)
+            std::signal(signal, SIG_IGN);
+}
+
+} // namespace
+
+disk_unfinished::disk_unfinished(int folder, const char* name) : mine(name) {
+    static const bool watching = (watch_signals(), true);
+    static_cast<void>(watching);
+    unfinished_name = nullptr; // never one file's name with another's folder
+    unfinished_folder = folder;
+    unfinished_name = name;
+}
+
+disk_unfinished::~disk_unfinished() {
+    unfinished_name.compare_exchange_strong(mine, nullptr);
+}
+
+namespace {
+
+constexpr int as_new_file = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+
+std::string unused_name() {
+    static unsigned number = 0;
+    return ".harbor-" + std::to_string(getpid()) + "-" + std::to_string(number++);
+}
+
+} // namespace
+
+disk_transfer::disk_transfer(disk_target& target, const std::string& folder_path,
+                             const std::string& file_name, bool replacing)
+    : path(disk_target::join(folder_path, file_name)), folder(target.make_folder(folder_path)),
+      name(file_name) {
+    do {
+        if (replacing)
+            temporary = unused_name();
+        const auto& created = replacing ? temporary : name;
+        file = disk_descriptor(openat(folder->get(), created.c_str(), as_new_file, 0666));
+    } while (!file && replacing && errno == EEXIST);
+    if (!file)
+        fail_on_disk("create", path, errno);
+    unfinished.emplace(folder->get(), temporary.empty() ? name.c_str() : temporary.c_str());
+}
+
+disk_transfer::~disk_transfer() {
+    if (!temporary.empty())
+        unlinkat(folder->get(), temporary.c_str(), 0);
+}
+
+void disk_transfer::write(const char* bytes, std::size_t length) {
+    while (length > 0) {
+        const auto went = ::write(file.get(), bytes, length);
+        if (went < 0 && errno == EINTR)
+            continue;
+        if (went <= 0)
+            fail(went < 0 ? errno : ENOSPC);
+        bytes += went;
+        length -= static_cast<std::size_t>(went);
+        watch.add(static_cast<std::uint64_t>(went));
+    }
+}
+
+void disk_transfer::write_at(std::uint64_t offset, const char* bytes, std::size_t length) {
+    while (length > 0) {
+        const auto went = pwrite(file.get(), bytes, length, static_cast<off_t>(offset));
+        if (went < 0 && errno == EINTR)
+            continue;
+        if (went <= 0)
+            fail(went < 0 ? errno : ENOSPC);
+        bytes += went;
+        offset += static_cast<std::uint64_t>(went);
+        length -= static_cast<std::size_t>(went);
+        watch.add(offset > watch.counted() ? offset - watch.counted() : 0);
+    }
+}
+
+void disk_transfer::resize(std::uint64_t size) {
+    if (ftruncate(file.get(), static_cast<off_t>(size)) != 0)
+        fail(errno);
+}
+
+void disk_transfer::discard() {
+    unlinkat(folder->get(), temporary.empty() ? name.c_str() : temporary.c_str(), 0);
+    unfinished.reset();
+    temporary.clear();
+}
+
+void disk_transfer::fail(int error) {
+    failure = disk_cause(error);
+    fail_on_disk("write", path, error);
+}
+
+void disk_transfer::finish(const std::optional<std::time_t>& modified) {
+    if (modified) {
+        const timespec times[2] = {{0, UTIME_OMIT}, {*modified, 0}};
+        if (futimens(file.get(), times) != 0)
+            fail_on_disk("set the time of", path, errno);
+    }
+    if (const int error = file.close())
+        fail_on_disk("write", path, error);
+    if (!temporary.empty() && renameat(folder->get(), temporary.c_str(), folder->get(), name.c_str()) != 0)
+        fail_on_disk("replace", path, errno);
+    unfinished.reset();
+    temporary.clear();
+}
+
+} // namespace host

@@ -1,7 +1,0 @@
-#include "model/super_format.h"
-
-namespace harbor6 {
-
-SuperFormat::~SuperFormat() = default;
-
-} // namespace harbor6

@@ -1,7 +1,0 @@
-#include "outside/shell/client_interface.h"
-
-namespace harbor6 {
-
-ClientInterface::~ClientInterface() = default;
-
-} // namespace harbor6

@@ -1,0 +1,93 @@
+#include "formats/cab/item_reader.h"
+#include "formats/cab/records.h"
+#include "support/cabinet_writer.h"
+#include "support/memory_streams.h"
+#include "support/refusal.h"
+
+#include <gtest/gtest.h>
+
+using format::cab::folder_header;
+using format::cab::item_reader;
+using support::bytes_of;
+using support::memory_input;
+using support::memory_output;
+
+TEST(ItemReader, RefusesMethodsBeforeAByteIsRead) {
+    const std::string reporter = "format::cab::item_reader: ";
+    const struct {
+        unsigned from, to;
+        const char* refusal;
+    } words[] = {
+        {0x1500, 0x1500, ""},
+        {0x0011, 0x0011, ""},
+        {2, 2, "quantum compression method not supported"},
+        {4, 14, "unsupported compression method"},
+        {0x00FF, 0x00FF, "invalid compression method"},
+        {0x0E03, 0x0E03, "invalid LZX compression memory "},
+        {0x0F03, 0x0F03, ""},
+        {0x1503, 0x1503, ""},
+        {0x1603, 0x1603, "invalid LZX compression memory "},
+        {0x3503, 0x3503, ""},
+    };
+    for (const auto& c : words) {
+        for (unsigned word = c.from; word <= c.to; ++word) {
+            folder_header folder;
+            folder.compression = static_cast<std::uint16_t>(word);
+            memory_input input("data");
+            memory_output output;
+            item_reader reader(&folder);
+            EXPECT_EQ(support::refusal_of([&] { EXPECT_EQ(reader.process(input, output), 0u); }),
+                      *c.refusal ? reporter + c.refusal : "")
+                << word;
+            EXPECT_EQ(support::refusal_of([&] { reader.process(input, output, 1); }),
+                      "stream::transform: partial stream processing is not implemented");
+            EXPECT_EQ(input.tell(), 0u);
+        }
+    }
+}
+
+TEST(ItemReader, RunsDecodersBlockByBlockAndRefusesWhatDoesntFit) {
+    const auto block = [](const std::string& payload, std::uint16_t size) {
+        return bytes_of({.payload = payload, .uncompressed_size = size});
+    };
+    const auto deflated = support::mszip_encoder();
+    const std::string text(40000, 'x'), reporter = "format::cab::item_reader: ";
+    const auto first = deflated(text.substr(0, 32768)), second = deflated(text.substr(32768));
+    const std::string raw_frame("\x00\x30\x30\x00" // no call translation, an uncompressed block of 3 bytes
+                                "\x01\x00\x00\x00\x01\x00\x00\x00\x01\x00\x00\x00" // repeated offsets
+                                "abc\x00",
+                                20);
+    const struct {
+        std::uint16_t compression;
+        std::string data;
+        unsigned blocks;
+        std::string refusal, expanded;
+        unsigned unread = 0;
+    } cases[] = {
+        {support::mszip, block(first, 32768) + block(second, 7232), 2, "", text},
+        {support::stored, block("abc", 99) + block("", 0) + block(text, 1), 3, "", "abc" + text},
+        {support::mszip, block("CJxx", 4), 1, reporter + "invalid deflate block artifact", "", 2},
+        {support::mszip, block("C", 1), 1, reporter + "invalid deflate block artifact", ""},
+        {support::mszip, block(first, 32767), 1, reporter + "Deflate decompression output size mismatch",
+         text.substr(0, 32768)},
+        {support::lzx(15), block(raw_frame, 3), 1, "", "abc"},
+        {support::lzx(15), block(std::string(20, '\xFF'), 3), 1,
+         reporter + "LZX decompression output size mismatch", ""},
+        // Block type 3 in the second block, whose size doesn't fit either: what is wrong is told ahead of
+        // that.
+        {support::mszip, block(first, 32768) + block("CK\x07", 5), 2, "bad deflate block type",
+         text.substr(0, 32768)},
+    };
+    for (const auto& c : cases) {
+        support::seekable_input input(c.data);
+        memory_output output;
+        folder_header folder;
+        folder.compression = c.compression;
+        folder.block_count = c.blocks;
+        EXPECT_EQ(support::refusal_of(
+                      [&] { EXPECT_EQ(item_reader(&folder).process(input, output), c.expanded.size()); }),
+                  c.refusal);
+        EXPECT_EQ(output.bytes, c.expanded);
+        EXPECT_EQ(input.tell(), c.data.size() - c.unread) << c.refusal;
+    }
+}

@@ -1,0 +1,60 @@
+#include "harbor6/concurrency/buffered_input.h"
+
+#include "support/refusal.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+/// Memory that can be sought unless told otherwise, and grows.
+struct memory : nio::input {
+    unsigned read(char* buffer, unsigned length) override {
+        const auto came = static_cast<unsigned>(bytes.copy(buffer, length, next));
+        next += came;
+        return came;
+    }
+    std::uint64_t tell() const override { return next + shift; }
+    void set_tell(std::uint64_t value) override { shift = value - next; }
+    bool seek(std::uint64_t value) override {
+        if (seekable)
+            next = value - shift;
+        return seekable;
+    }
+
+    std::string bytes = "abcdefghijklmnop";
+    std::uint64_t next = 0;
+    std::uint64_t shift = 0;
+    bool seekable = true;
+};
+
+} // namespace
+
+TEST(BufferedInput, GivesTheReadAheadBackAndKeepsBothCountsInStep) {
+    memory source;
+    nio::buffered_input in(source, 8);
+    source.seekable = false;
+    in.finish(); // nothing buffered, nothing to give back
+    EXPECT_EQ(in.get(), 'a');
+    EXPECT_EQ(support::refusal_of([&] { in.finish(); }), "buffered_input failed to yield unused data");
+    EXPECT_EQ(in.get(), 'b') << "a refusal loses nothing";
+    source.seekable = true;
+    in.finish();
+    EXPECT_EQ(source.tell(), 2u);
+    EXPECT_EQ(in.get(), 'c');
+    EXPECT_TRUE(in.seek(9));
+    EXPECT_EQ(in.get(), 'j');
+    source.seek(5);
+    in.start(); // forgets
+    EXPECT_EQ(in.get(), 'f');
+    in.set_tell(1006);
+    EXPECT_EQ(in.tell(), 1006u);
+    EXPECT_EQ(source.tell(), 1013u);
+    in.finish();
+    EXPECT_EQ(source.tell(), 1006u);
+    char rest[20];
+    EXPECT_EQ(std::string(rest, in.read(rest, 20)), "ghijklmnop");
+    EXPECT_EQ(in.get(), -1);
+    source.bytes += 'y'; // the end is asked for each time
+    EXPECT_EQ(in.get(), 'y');
+}

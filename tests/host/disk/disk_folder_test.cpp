@@ -1,0 +1,183 @@
+#include "host/disk/disk_file.h"
+#include "host/disk/disk_folder.h"
+#include "support/refusal.h"
+#include "support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace {
+
+using pattern::AcquiredPtr;
+using support::read_file;
+using support::tree;
+using support::write_file;
+
+/// Keeps what it is told, a line each.
+struct recorder : host::journal {
+    void done(const std::string& path, std::uint64_t size) override {
+        heard += path + " " + std::to_string(size) + "\n";
+    }
+    void refused(const std::string& path, const std::string& reason) override {
+        heard += path + ": " + reason + "\n";
+    }
+    void unfinished(const std::string& path, std::uint64_t size, const std::string&) override {
+        heard += path + " only " + std::to_string(size) + "\n";
+    }
+    void missing(const std::string& path) override { heard += path + " missing\n"; }
+    std::string take() { return std::exchange(heard, {}); }
+
+    std::string heard;
+};
+
+struct DiskFolder : testing::Test {
+    AcquiredPtr<harbor6::Folder> folder(const std::string& path) {
+        AcquiredPtr<harbor6::Folder> found(new host::DiskFolder(expansion));
+        for (std::size_t start = 0, end; start < path.size(); start = end + 1) {
+            end = std::min(path.find('/', start), path.size());
+            found = found->acquireCreatedFolder(path.substr(start, end - start));
+        }
+        return found;
+    }
+    AcquiredPtr<harbor6::File> file(const std::string& path, const std::string& name) {
+        const auto parent = folder(path);
+        AcquiredPtr<harbor6::File> made(parent->acquireNewFileFromName(name, false));
+        fs::time when;
+        when.set_dos(0x305D, 0x6CB5);
+        made->setTime(harbor6::key::modTime, when);
+        return made;
+    }
+    void give(harbor6::File& to, const std::string& bytes) {
+        to.getMainFork()->output(true)->write(bytes);
+        to.commitItem();
+    }
+    void put(const std::string& path, const std::string& name, const std::string& bytes) {
+        give(*file(path, name), bytes);
+    }
+
+    support::temporary_folder place;
+    host::disk_target target{(place / "out").string(), true};
+    recorder log;
+    harbor6::Format format{nullptr};
+    host::disk_expansion expansion{target, format, log};
+};
+
+TEST_F(DiskFolder, HoldsWhatWasCommittedAndNothingBefore) {
+    {
+        const auto top = folder("");
+        EXPECT_FALSE(top->hasItemNamed("x"));
+        const auto waiting = file("", "x");
+        EXPECT_TRUE(top->hasItemNamed("x")) << "a name that was given away is taken";
+        EXPECT_EQ(tree(place.path), "") << "the target is made with the first thing in it";
+    }
+    EXPECT_EQ(log.take(), "x missing\n");
+    put("a/b", "x", std::string(100000, 'x') + "tail");
+    put("a//b", "y", "");
+    EXPECT_EQ(tree(place.path), "out/ out/a/ out/a/b/ out/a/b/x out/a/b/y ");
+    EXPECT_EQ(read_file(place / "out/a/b/x"), std::string(100000, 'x') + "tail");
+    EXPECT_EQ(log.take(), "a/b/x 100004\na/b/y 0\n");
+    const auto b = folder("a/b");
+    EXPECT_TRUE(b->hasItemNamed("x") && !b->hasItemNamed("X") && !b->hasItemNamed(".."));
+    struct stat status = {};
+    ASSERT_EQ(stat((place / "out/a/b/x").c_str(), &status), 0);
+    char time[32] = {};
+    std::strftime(time, sizeof time, "%F %T", std::localtime(&status.st_mtime));
+    EXPECT_STREQ(time, "2004-02-29 13:37:42");
+}
+
+TEST_F(DiskFolder, NeverFollowsALink) {
+    const auto outside = place / "outside";
+    std::filesystem::create_directories(outside / "sub");
+    std::filesystem::create_directories(place / "out/real");
+    std::filesystem::create_directory_symlink(outside, place / "out/link");
+    std::filesystem::create_symlink(outside / "new", place / "out/dangling");
+    put("link", "x", "1");
+    put("link/sub", "x", "2");
+    put("", "dangling", "3");
+    EXPECT_EQ(log.take(), "link/x: cannot use folder link: it is a symbolic link\n"
+                          "link/sub/x: cannot use folder link: it is a symbolic link\n"
+                          "dangling: cannot create dangling: File exists\n");
+
+    // Links that appear between the lookup and the writing.
+    const auto promised = file("real", "late");
+    const auto deeper = file("real/deep", "x");
+    std::filesystem::create_symlink(outside / "new", place / "out/real/late");
+    give(*promised, "4");
+    for (int i = 0; i < 20; ++i) // the folder is closed meanwhile
+        folder(std::to_string(i));
+    std::filesystem::remove(place / "out/real/deep");
+    std::filesystem::create_directory_symlink(outside, place / "out/real/deep");
+    give(*deeper, "5");
+    EXPECT_EQ(log.take(), "real/late: cannot create real/late: File exists\n"
+                          "real/deep/x: cannot use folder real/deep: it is a symbolic link\n");
+    EXPECT_EQ(tree(outside), "sub/ ");
+}
+
+TEST_F(DiskFolder, TakesNoNameThatLeadsElsewhere) {
+    for (const std::string& name : {std::string(), std::string("."), std::string(".."), std::string("a/b"),
+                                    std::string("/x"), std::string("a\0b", 3), std::string(256, 'a')})
+        EXPECT_NE(host::disk_target::refusal(name), "") << name;
+    EXPECT_EQ(host::disk_target::refusal("..."), "");
+    for (const std::string name : {".", "..", "a/b"})
+        put("", name, "x");
+    const auto top = folder("");
+    for (const std::string name : {"..", "../up", "/up"}) {
+        const AcquiredPtr<harbor6::Folder> bad(top->acquireCreatedFolder(name));
+        EXPECT_NE(dynamic_cast<host::DiskFolder&>(*bad).refusal("x"), "") << name;
+    }
+    EXPECT_EQ(tree(place.path), "");
+}
+
+TEST_F(DiskFolder, KeepsFewDescriptorsOpen) {
+    std::vector<AcquiredPtr<harbor6::File>> waiting;
+    std::string deep = "d";
+    for (int i = 0; i < 300; ++i) {
+        waiting.push_back(file(std::to_string(i), "x"));
+        if (i < 100)
+            deep += "/d";
+    }
+    waiting.push_back(file(deep, "x"));
+    const auto open_now = [] {
+        std::ptrdiff_t count = 0;
+        for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+            count += !entry.path().empty();
+        return count;
+    };
+    EXPECT_LT(open_now(), 40);
+    for (const auto& each : waiting)
+        give(*each, "x");
+    EXPECT_LT(open_now(), 40);
+    EXPECT_EQ(read_file(place.path / "out" / deep / "x"), "x");
+}
+
+TEST_F(DiskFolder, FilesGiveTheirForksToOneAnother) {
+    put("", "a", "bytes");
+    const AcquiredPtr<harbor6::Item> from(folder("")->acquireItemFromName("a"));
+    const auto to = file("d", "b");
+    from->asFile()->copyTo(*to);
+    EXPECT_EQ(log.take(), "a 5\nd/b 5\n");
+    EXPECT_EQ(read_file(place / "out/d/b"), "bytes");
+    // Moving is renaming, and what isn't wanted any more goes.
+    const auto top = folder("");
+    const AcquiredPtr<harbor6::Item> moved(top->acquireAdoptedItem(*to));
+    moved->setString("name", "c");
+    const AcquiredPtr<harbor6::Item> emptied(top->acquireItemFromName("d"));
+    emptied->erase();
+    EXPECT_EQ(tree(place / "out"), "a c ");
+    moved->erase();
+    EXPECT_EQ(tree(place / "out"), "a ");
+}
+
+TEST(DiskTarget, CanRefuseToBeALinkItself) {
+    support::temporary_folder place;
+    std::filesystem::create_directory(place / "real");
+    std::filesystem::create_directory_symlink(place / "real", place / "link");
+    for (const bool follow : {true, false})
+        EXPECT_EQ(support::refusal_of([&] {
+                      host::disk_target((place / "link").string(), follow).make_folder(follow ? "a" : "b");
+                  }).empty(),
+                  follow);
+    EXPECT_EQ(tree(place / "real"), "a/ ");
+}
+
+} // namespace
