@@ -14,13 +14,13 @@ namespace {
 using pattern::AcquiredPtr;
 
 /// Why no format claimed the file. Raises what a format says of a header that is cut short.
-std::string why_unknown(registry& known, disk_input& storage) {
+std::string why_unknown(format_registry& formats, file_input& storage) {
     std::vector<char> sample(harbor6::Classifier::sample_size);
     storage.seek(0);
     const auto came = storage.read(sample.data(), harbor6::Classifier::sample_size);
     if (came == 0)
         return "the file is empty";
-    if (const auto* const format = known.formats.resembling(un::array<char>(sample.data(), came)))
+    if (const auto* const format = formats.classifier.resembling(un::array<char>(sample.data(), came)))
         return "begins as " + format->string(harbor6::key::longName) +
                " does, but its head is damaged or says that it continues another archive";
     return "not an archive of a known format";
@@ -28,7 +28,7 @@ std::string why_unknown(registry& known, disk_input& storage) {
 
 /// Whether the archive gives its items. One that is damaged doesn't; what can be had of it comes out in one
 /// pass, if its bytes can be read once more.
-bool can_be_walked(const harbor6::Archive& archive, disk_input& storage) {
+bool can_be_walked(const harbor6::Archive& archive, file_input& storage) {
     try {
         std::int64_t items = 0;
         return archive.getNumItems(items, false);
@@ -41,21 +41,21 @@ bool can_be_walked(const harbor6::Archive& archive, disk_input& storage) {
 
 } // namespace
 
-bool run_pass(registry& known, harbor6::Format& items, report& log, const std::string& path,
-              harbor6::Folder& target, road way) {
+bool run_pass(format_registry& formats, harbor6::Format& plain_format, report& log, const std::string& path,
+              harbor6::Folder& target, traversal way) {
     AcquiredPtr<SourceFile> file;
     std::optional<std::string> failure;
     try {
         auto source = path == "-" ? open_standard_input() : open_input(path);
-        file = new SourceFile(items, nio::leaf(path, '/'),
-                              std::make_unique<disk_input>(std::move(source), "it"));
-        AcquiredPtr<harbor6::Archive> archive(known.formats.acquireStreamArchive(*file));
+        file = new SourceFile(plain_format, nio::leaf(path, '/'),
+                              std::make_unique<file_input>(std::move(source), "it"));
+        AcquiredPtr<harbor6::Archive> archive(formats.classifier.acquireStreamArchive(*file));
         if (!archive) {
-            log.failure(why_unknown(known, file->storage()));
+            log.failure(why_unknown(formats, file->storage()));
             return false;
         }
         archive->open(harbor6::Archive::mode_read);
-        if (way == road::by_items && can_be_walked(*archive, file->storage()))
+        if (way == traversal::item_by_item && can_be_walked(*archive, file->storage()))
             target.addContent(*archive);
         else
             archive->addContentTo(target, nullptr);

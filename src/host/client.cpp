@@ -11,12 +11,12 @@ namespace {
 
 std::string join(const harbor6::Folder& folder, const std::string& name) {
     const auto* const known = dynamic_cast<const TargetFolder*>(&folder);
-    return known ? disk_target::join(known->path(), name) : name;
+    return known ? directory_tree::join(known->path(), name) : name;
 }
 
 /// A folder that stands for one that can't be had, at the place of `parent`.
 pattern::AcquiredPtr<harbor6::Folder> barred(const DiskFolder& parent, const std::string& name) {
-    const auto reason = "cannot use folder " + nio::printable(disk_target::join(parent.path(), name)) +
+    const auto reason = "cannot use folder " + nio::printable(directory_tree::join(parent.path(), name)) +
                         ": it is not a folder";
     return pattern::AcquiredPtr<harbor6::Folder>(
         new DiskFolder(parent.shared(), std::make_shared<const std::string>(parent.path()), reason));
@@ -131,7 +131,7 @@ bool Client::targetNameConflict(std::string& name, harbor6::Item& existing, bool
     if (!parent)
         return false;
     const auto* const source = dynamic_cast<const harbor6::Item*>(&model);
-    const auto path = disk_target::join(parent->path(), name);
+    const auto path = directory_tree::join(parent->path(), name);
     if (source && source->asFolder()) {
         if (!existing.asFolder())
             *target = barred(*parent, name);

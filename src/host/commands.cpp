@@ -19,12 +19,12 @@ public:
 } // namespace
 
 exit_status run(const options& chosen) {
-    disk_console screen;
+    console screen;
     report log(screen, chosen.verbose);
     Client client(log);
-    registry known(client);
-    PlainFormat items(&known.shell);
-    workplace at{chosen, known, client, items, log};
+    format_registry formats(client);
+    PlainFormat plain_format(&formats.shell);
+    command_context context{chosen, formats, client, plain_format, log};
     try {
         nio::set_code_page(chosen.encoding);
     } catch (const un::exception& failure) {
@@ -32,19 +32,19 @@ exit_status run(const options& chosen) {
         return exit_status::usage;
     }
     try {
-        known.load(chosen.formats, log);
+        formats.load(chosen.formats, log);
         switch (chosen.to_run) {
         case options::command::expand:
-            expand(at);
+            expand(context);
             break;
         case options::command::list:
-            list(at);
+            list(context);
             break;
         case options::command::test:
-            test(at);
+            test(context);
             break;
         case options::command::formats:
-            show_formats(at);
+            show_formats(context);
             break;
         }
     } catch (...) {
@@ -55,10 +55,10 @@ exit_status run(const options& chosen) {
     return log.status();
 }
 
-void show_formats(workplace& at) {
+void show_formats(command_context& context) {
     namespace key = harbor6::key;
-    auto& screen = at.log.screen;
-    for (const auto& format : at.known.formats.formats()) {
+    auto& screen = context.log.screen;
+    for (const auto& format : context.formats.classifier.formats()) {
         screen.print(nio::printable(format->string(key::formatName)) + '\n');
         for (const auto* const text : {key::longName, key::suffix, key::mimeType})
             if (const auto value = format->string(text); !value.empty())
@@ -70,14 +70,14 @@ void show_formats(workplace& at) {
     }
 }
 
-void test(workplace& at) {
-    for (const auto& archive : at.chosen.archives) {
-        at.log.begin(archive);
-        tally counts{at.items, at.log};
+void test(command_context& context) {
+    for (const auto& archive : context.chosen.archives) {
+        context.log.begin(archive);
+        tally counts{context.plain_format, context.log};
         const pattern::AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
-        run_pass(at.known, at.items, at.log, archive, *top);
-        if (at.log.end())
-            at.log.screen.print(nio::printable(archive) + ": OK\n");
+        run_pass(context.formats, context.plain_format, context.log, archive, *top);
+        if (context.log.end())
+            context.log.screen.print(nio::printable(archive) + ": OK\n");
     }
 }
 

@@ -7,20 +7,20 @@
 namespace host {
 
 /// What every command has at hand.
-struct workplace {
+struct command_context {
     const options& chosen;
-    registry& known;
+    format_registry& formats;
     Client& client;
-    harbor6::Format& items; ///< the format of items that lie in no archive
+    harbor6::Format& plain_format; ///< the format of items that lie in no archive
     report& log;
 };
 
 /// Loads the formats and does what the command line asks for.
 exit_status run(const options& chosen);
 
-void expand(workplace& at);
-void list(workplace& at);
-void test(workplace& at);
-void show_formats(workplace& at);
+void expand(command_context& context);
+void list(command_context& context);
+void test(command_context& context);
+void show_formats(command_context& context);
 
 } // namespace host

@@ -22,17 +22,17 @@ struct wrapper {
 /// A file of the archive's name may come from an earlier time: then the folder gets a longer name.
 wrapper wrapper_for(const std::string& archive) {
     const auto name = folder_for(archive);
-    disk_target current(".", true);
+    directory_tree current(".", true);
     const auto entry = current.look({}, name);
-    if (entry != disk_entry::file)
-        return {name, entry == disk_entry::none};
-    return {name + ".contents", current.look({}, name + ".contents") == disk_entry::none};
+    if (entry != entry_kind::file)
+        return {name, entry == entry_kind::none};
+    return {name + ".contents", current.look({}, name + ".contents") == entry_kind::none};
 }
 
 /// Lets an archive's only item take the place of the folder that was made for it.
-void promote(workplace& at, const std::string& name) {
-    disk_target current(".", true);
-    disk_expansion expansion(current, at.items, at.log);
+void promote(command_context& context, const std::string& name) {
+    directory_tree current(".", true);
+    expansion_state expansion(current, context.plain_format, context.log);
     const pattern::AcquiredPtr<DiskFolder> top(new DiskFolder(expansion));
     pattern::AcquiredPtr<harbor6::Item> result(top->acquireItemFromName(name));
     if (!result)
@@ -40,33 +40,33 @@ void promote(workplace& at, const std::string& name) {
     top->promoteOnlyItem(result);
 }
 
-void expand_one(workplace& at, const std::string& archive) {
-    const bool named_after = at.chosen.target.empty();
-    const auto into = named_after ? wrapper_for(archive) : wrapper{at.chosen.target, false};
+void expand_one(command_context& context, const std::string& archive) {
+    const bool named_after = context.chosen.target.empty();
+    const auto into = named_after ? wrapper_for(archive) : wrapper{context.chosen.target, false};
     // A link that stands where a new folder is expected leads somewhere the user never named.
-    disk_target target(into.name, !named_after);
-    disk_expansion expansion(target, at.items, at.log);
-    expansion.folders_on_demand = !at.client.wanted.everything();
+    directory_tree target(into.name, !named_after);
+    expansion_state expansion(target, context.plain_format, context.log);
+    expansion.folders_on_demand = !context.client.wanted.everything();
     const pattern::AcquiredPtr<DiskFolder> top(new DiskFolder(expansion));
-    const auto way = at.chosen.nested ? road::by_items : road::one_pass;
-    const bool ended = run_pass(at.known, at.items, at.log, archive, *top, way);
-    if (into.fresh && at.log.is_sound() && at.client.wanted.everything())
-        promote(at, into.name);
-    for (const auto& pattern : at.client.wanted.take_unused())
+    const auto way = context.chosen.nested ? traversal::item_by_item : traversal::one_pass;
+    const bool ended = run_pass(context.formats, context.plain_format, context.log, archive, *top, way);
+    if (into.fresh && context.log.is_sound() && context.client.wanted.everything())
+        promote(context, into.name);
+    for (const auto& pattern : context.client.wanted.take_unused())
         if (ended)
-            at.log.refused(pattern, "no such file in it");
+            context.log.refused(pattern, "no such file in it");
 }
 
 } // namespace
 
-void expand(workplace& at) {
-    at.client.wanted = selection(at.chosen.patterns);
-    at.client.policy = at.chosen.policy;
-    at.client.depth = at.chosen.nested ? at.chosen.depth : 0;
-    for (const auto& archive : at.chosen.archives) {
-        at.log.begin(archive);
-        expand_one(at, archive);
-        at.log.end();
+void expand(command_context& context) {
+    context.client.wanted = selection(context.chosen.patterns);
+    context.client.policy = context.chosen.policy;
+    context.client.depth = context.chosen.nested ? context.chosen.depth : 0;
+    for (const auto& archive : context.chosen.archives) {
+        context.log.begin(archive);
+        expand_one(context, archive);
+        context.log.end();
     }
 }
 

@@ -15,7 +15,7 @@ std::string written(const fs::time& time, char between) {
            two(time.hour) + ':' + two(time.minute) + ':' + two(time.second);
 }
 
-void print(disk_console& screen, const tally_entry& entry) {
+void print(console& screen, const tally_entry& entry) {
     const auto size = un::write(entry.size, 10, 1);
     const std::string margin(size.size() < 12 ? 12 - size.size() : 0, ' ');
     screen.print(margin + size + "  " +
@@ -32,29 +32,29 @@ nlohmann::ordered_json as_json(const tally_entry& entry) {
 
 } // namespace
 
-void list(workplace& at) {
+void list(command_context& context) {
     auto all = nlohmann::ordered_json::array();
-    auto& screen = at.log.screen;
-    for (const auto& archive : at.chosen.archives) {
-        at.log.begin(archive);
+    auto& screen = context.log.screen;
+    for (const auto& archive : context.chosen.archives) {
+        context.log.begin(archive);
         std::vector<tally_entry> entries;
-        tally counts{at.items, at.log, &entries};
+        tally counts{context.plain_format, context.log, &entries};
         const pattern::AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
-        run_pass(at.known, at.items, at.log, archive, *top);
+        run_pass(context.formats, context.plain_format, context.log, archive, *top);
         auto files = nlohmann::ordered_json::array();
-        if (!at.chosen.json && at.chosen.archives.size() > 1)
+        if (!context.chosen.json && context.chosen.archives.size() > 1)
             screen.print(nio::printable(archive) + ":\n");
         for (const auto& entry : entries) {
-            if (at.chosen.json)
+            if (context.chosen.json)
                 files.push_back(as_json(entry));
             else
                 print(screen, entry);
         }
-        const bool sound = at.log.end();
-        if (at.chosen.json)
+        const bool sound = context.log.end();
+        if (context.chosen.json)
             all.push_back({{"archive", archive}, {"complete", sound}, {"files", std::move(files)}});
     }
-    if (at.chosen.json)
+    if (context.chosen.json)
         screen.print(all.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n');
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/disk/disk_expansion.h"
+#include "host/disk/expansion_state.h"
 #include "host/platform/console.h"
 
 #include <optional>
@@ -22,7 +22,7 @@ std::optional<std::string> failure_text();
 /// beginning with "harbor: ARCHIVE: ". What became of single files comes after what ended the pass.
 class report : public journal {
 public:
-    report(disk_console& output, bool name_all) : screen(output), verbose(name_all) {}
+    report(console& output, bool name_all) : screen(output), verbose(name_all) {}
 
     /// Begins an archive, under the name that the user gave it.
     void begin(const std::string& archive);
@@ -43,7 +43,7 @@ public:
     /// A file that isn't wanted after all, which is no trouble.
     void skipped(const std::string& path, const std::string& reason);
 
-    disk_console& screen;
+    console& screen;
 
 private:
     const bool verbose;

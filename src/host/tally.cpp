@@ -3,7 +3,7 @@
 #include "harbor6/groundwork/text.h"
 #include "harbor6/stream/multi_output.h"
 #include "harbor6/stream/output.h"
-#include "host/platform/disk_target.h"
+#include "host/platform/directory_tree.h"
 
 namespace host {
 
@@ -40,7 +40,7 @@ TallyFile::~TallyFile() {
 }
 
 std::string TallyFile::path() const {
-    return disk_target::join(*folder_path, name);
+    return directory_tree::join(*folder_path, name);
 }
 
 void TallyFile::commitItem() {
@@ -103,7 +103,7 @@ std::string TallyFolder::itemName() const {
 bool TallyFolder::setItemName(const std::string& name) {
     too_deep = too_deep || path().size() + name.size() > longest_path;
     if (!name.empty() && !too_deep)
-        folder_path = std::make_shared<const std::string>(disk_target::join(path(), name));
+        folder_path = std::make_shared<const std::string>(directory_tree::join(path(), name));
     return true;
 }
 

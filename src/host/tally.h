@@ -2,10 +2,10 @@
 
 #include "harbor6/groundwork/time.h"
 #include "harbor6/model/single_fork_file.h"
-#include "host/disk/disk_expansion.h"
 #include "host/disk/disk_file.h"
 #include "host/disk/disk_folder.h"
-#include "host/platform/disk_transfer.h"
+#include "host/disk/expansion_state.h"
+#include "host/platform/file_writer.h"
 
 #include <memory>
 #include <optional>

@@ -2,8 +2,8 @@
 
 #include "harbor6/stream/output.h"
 #include "host/disk/disk_folder.h"
-#include "host/platform/disk_input.h"
-#include "host/platform/disk_random.h"
+#include "host/platform/file_input.h"
+#include "host/platform/random_file.h"
 
 #include <cstring>
 #include <utility>
@@ -17,9 +17,9 @@ constexpr unsigned large = 16384; ///< from here on copying costs more than the 
 
 } // namespace
 
-disk_output::disk_output(std::shared_ptr<disk_transfer> file) : transfer(std::move(file)) {}
+file_output::file_output(std::shared_ptr<file_writer> file) : transfer(std::move(file)) {}
 
-disk_output::~disk_output() {
+file_output::~file_output() {
     try {
         flush();
     } catch (const un::exception&) {
@@ -27,7 +27,7 @@ disk_output::~disk_output() {
     }
 }
 
-void disk_output::write(const char* buffer, unsigned length) {
+void file_output::write(const char* buffer, unsigned length) {
     if (length >= large || length > buffer_size - pending) {
         flush();
         if (length >= large) {
@@ -41,20 +41,20 @@ void disk_output::write(const char* buffer, unsigned length) {
     pending += length;
 }
 
-void disk_output::write(char byte) {
+void file_output::write(char byte) {
     write(&byte, 1);
 }
 
-std::uint64_t disk_output::tell() const {
+std::uint64_t file_output::tell() const {
     return transfer->watch.counted() + pending;
 }
 
-void disk_output::flush() {
+void file_output::flush() {
     if (pending > 0)
         transfer->write(gathered.get(), std::exchange(pending, 0));
 }
 
-void disk_output::segment_begins(std::uint64_t size) {
+void file_output::segment_begins(std::uint64_t size) {
     transfer->watch.expect(size);
 }
 
@@ -80,7 +80,7 @@ harbor6::data::CountedInput DiskFork::input(bool /*expanding*/) const {
     if (!owner->stands())
         return {};
     auto file = owner->expansion.target.open_file(owner->folder(), owner->name());
-    return harbor6::data::CountedInput(std::make_unique<disk_input>(std::move(file), owner->path()));
+    return harbor6::data::CountedInput(std::make_unique<file_input>(std::move(file), owner->path()));
 }
 
 harbor6::data::random::CountedInput DiskFork::randomInput(bool /*expanding*/, bool /*shared*/) const {
@@ -88,27 +88,27 @@ harbor6::data::random::CountedInput DiskFork::randomInput(bool /*expanding*/, bo
         return {};
     auto file = owner->expansion.target.open_file(owner->folder(), owner->name());
     return harbor6::data::random::CountedInput(
-        std::make_unique<disk_random_input>(std::move(file), owner->path()));
+        std::make_unique<random_file_input>(std::move(file), owner->path()));
 }
 
 harbor6::data::CountedOutput DiskFork::output(bool /*expanding*/) {
     // The bytes of a file that can't be had still have to go somewhere.
     if (!owner->begin())
         return harbor6::data::CountedOutput(std::make_unique<stream::infinite_output>());
-    return harbor6::data::CountedOutput(std::make_unique<disk_output>(owner->transfer));
+    return harbor6::data::CountedOutput(std::make_unique<file_output>(owner->transfer));
 }
 
 harbor6::data::random::CountedOutput DiskFork::randomOutput(bool /*expanding*/) {
     if (!owner->begin())
         return {};
-    return harbor6::data::random::CountedOutput(std::make_unique<disk_random_output>(owner->transfer));
+    return harbor6::data::random::CountedOutput(std::make_unique<random_file_output>(owner->transfer));
 }
 
-DiskFile::DiskFile(disk_expansion& shared, std::shared_ptr<const std::string> folder)
+DiskFile::DiskFile(expansion_state& shared, std::shared_ptr<const std::string> folder)
     : OneForkFile(this), PlainItem(shared.format), state(nameless), expansion(shared),
       folder_path(std::move(folder)) {}
 
-DiskFile::DiskFile(disk_expansion& shared, std::shared_ptr<const std::string> folder, std::string name,
+DiskFile::DiskFile(expansion_state& shared, std::shared_ptr<const std::string> folder, std::string name,
                    bool regular)
     : OneForkFile(this), PlainItem(shared.format), state(regular ? existing : existing_other),
       expansion(shared), folder_path(std::move(folder)), file_name(std::move(name)) {}
@@ -151,9 +151,9 @@ bool DiskFile::begin() {
     if (state != wanted)
         return false;
     try {
-        transfer = std::make_shared<disk_transfer>(expansion.target, folder(), name(), replacing);
+        transfer = std::make_shared<file_writer>(expansion.target, folder(), name(), replacing);
         state = writing;
-    } catch (const disk_obstacle& obstacle) {
+    } catch (const path_error& obstacle) {
         state = settled;
         expansion.log.refused(path(), obstacle.message());
     }
@@ -184,11 +184,11 @@ std::string DiskFile::itemName() const {
 }
 
 bool DiskFile::setItemName(const std::string& value) {
-    if (!disk_target::refusal(value).empty())
+    if (!directory_tree::name_fault(value).empty())
         return false;
     if (stands()) {
         if (value != name())
-            expansion.target.rename(path(), disk_target::join(folder(), value), false);
+            expansion.target.rename(path(), directory_tree::join(folder(), value), false);
         if (promised)
             expansion.forget(*this);
         promised = false;

@@ -5,8 +5,8 @@
 #include "harbor6/shell/structures.h"
 #include "harbor6/stream/multi_output.h"
 #include "harbor6/stream/output.h"
-#include "host/disk/disk_expansion.h"
-#include "host/platform/disk_transfer.h"
+#include "host/disk/expansion_state.h"
+#include "host/platform/file_writer.h"
 
 namespace host {
 
@@ -26,7 +26,7 @@ public:
     }
 
 protected:
-    explicit PlainItem(harbor6::Format& items) : plain(items) {}
+    explicit PlainItem(harbor6::Format& plain_format) : plain(plain_format) {}
 
     /// What "fsSpec" answers: which object on disk the item is, nothing if it is none.
     virtual std::optional<fs::Spec> identity() const { return std::nullopt; }
@@ -37,10 +37,10 @@ private:
 
 /// The stream into a file on disk. Small writes are gathered, large ones go straight through. The stream ends
 /// with its buffer written out; if that fails in the destructor the transfer knows it.
-class disk_output : public stream::output, public stream::segment_listener {
+class file_output : public stream::output, public stream::segment_listener {
 public:
-    explicit disk_output(std::shared_ptr<disk_transfer> transfer);
-    ~disk_output() override;
+    explicit file_output(std::shared_ptr<file_writer> transfer);
+    ~file_output() override;
 
     using stream::output::write;
 
@@ -51,7 +51,7 @@ public:
     void segment_begins(std::uint64_t size) override;
 
 private:
-    std::shared_ptr<disk_transfer> transfer;
+    std::shared_ptr<file_writer> transfer;
     std::unique_ptr<char[]> gathered; ///< made by the first small write
     unsigned pending = 0;
 };
@@ -81,16 +81,16 @@ private:
 class DiskFile : public harbor6::OneForkFile<DiskFork>, public PlainItem<DiskFile> {
 public:
     /// A file to be made in `folder`; it gets its name as an attribute, once.
-    DiskFile(disk_expansion& expansion, std::shared_ptr<const std::string> folder);
+    DiskFile(expansion_state& expansion, std::shared_ptr<const std::string> folder);
     /// What stands there under `name`.
-    DiskFile(disk_expansion& expansion, std::shared_ptr<const std::string> folder, std::string name,
+    DiskFile(expansion_state& expansion, std::shared_ptr<const std::string> folder, std::string name,
              bool regular);
     ~DiskFile() override;
 
     const std::string& folder() const { return *folder_path; }
     const std::string& name() const { return file_name; }
-    std::string path() const { return disk_target::join(folder(), name()); }
-    disk_expansion& shared() const { return expansion; }
+    std::string path() const { return directory_tree::join(folder(), name()); }
+    expansion_state& shared() const { return expansion; }
     /// Whether this stands for a plain file, and not a link or a device.
     bool isRegular() const { return state != existing_other; }
 
@@ -126,11 +126,11 @@ private:
     bool made = false; ///< it was brought to its end here
     bool replacing = false;
     bool promised = false;
-    disk_expansion& expansion;
+    expansion_state& expansion;
     std::shared_ptr<const std::string> folder_path;
     std::string file_name;
     std::optional<std::time_t> modified;
-    std::shared_ptr<disk_transfer> transfer;
+    std::shared_ptr<file_writer> transfer;
 };
 
 } // namespace host

@@ -25,11 +25,11 @@ private:
 
 } // namespace
 
-DiskFolder::DiskFolder(disk_expansion& shared_expansion)
+DiskFolder::DiskFolder(expansion_state& shared_expansion)
     : PlainItem(shared_expansion.format), expansion(shared_expansion),
       folder_path(std::make_shared<const std::string>()) {}
 
-DiskFolder::DiskFolder(disk_expansion& shared_expansion, std::shared_ptr<const std::string> path,
+DiskFolder::DiskFolder(expansion_state& shared_expansion, std::shared_ptr<const std::string> path,
                        std::string reason)
     : PlainItem(shared_expansion.format), expansion(shared_expansion), folder_path(std::move(path)),
       obstacle(std::move(reason)) {}
@@ -39,13 +39,13 @@ void DiskFolder::make() {
         return;
     try {
         expansion.target.make_folder(path());
-    } catch (const disk_obstacle& reason) {
+    } catch (const path_error& reason) {
         obstacle = reason.message();
     }
 }
 
 std::string DiskFolder::refusal(const std::string& name) {
-    auto reason = disk_target::refusal(name);
+    auto reason = directory_tree::name_fault(name);
     if (!reason.empty())
         return reason;
     make();
@@ -100,38 +100,39 @@ harbor6::Item* DiskFolder::_adoptItem(harbor6::Item& item) {
         return Folder::_adoptItem(item);
     const auto from = file ? file->path() : folder->path();
     const auto name = nio::leaf(from, '/');
-    const auto to = disk_target::join(path(), name);
+    const auto to = directory_tree::join(path(), name);
     expansion.target.rename(from, to, expansion.take_replaceable(path(), name));
     expansion.log.moved(from, to);
     return acquireItemFromName(name);
 }
 
-disk_entry DiskFolder::look(const std::string& name) const {
-    if (!obstacle.empty() || !disk_target::refusal(name).empty() || expansion.is_replaceable(path(), name))
-        return disk_entry::none;
+entry_kind DiskFolder::look(const std::string& name) const {
+    if (!obstacle.empty() || !directory_tree::name_fault(name).empty() ||
+        expansion.is_replaceable(path(), name))
+        return entry_kind::none;
     if (expansion.is_promised(path(), name))
-        return disk_entry::file;
+        return entry_kind::file;
     try {
         return expansion.target.look(path(), name);
-    } catch (const disk_obstacle&) {
+    } catch (const path_error&) {
         // It can't be looked at, so it can't be made either, and whoever tries hears why.
-        return disk_entry::none;
+        return entry_kind::none;
     }
 }
 
 harbor6::Item* DiskFolder::acquireItemFromName(const std::string& name) {
     switch (const auto entry = look(name)) {
-    case disk_entry::none:
+    case entry_kind::none:
         return nullptr;
-    case disk_entry::folder:
-        return new DiskFolder(expansion, expansion.target.intern(disk_target::join(path(), name)), {});
+    case entry_kind::folder:
+        return new DiskFolder(expansion, expansion.target.intern(directory_tree::join(path(), name)), {});
     default:
-        return new DiskFile(expansion, folder_path, name, entry == disk_entry::file);
+        return new DiskFile(expansion, folder_path, name, entry == entry_kind::file);
     }
 }
 
 bool DiskFolder::hasItemNamed(const std::string& name) const {
-    return look(name) != disk_entry::none;
+    return look(name) != entry_kind::none;
 }
 
 harbor6::File* DiskFolder::_newFile() {
@@ -150,9 +151,9 @@ std::string DiskFolder::itemName() const {
 
 bool DiskFolder::setItemName(const std::string& value) {
     if (named) {
-        if (path().empty() || !obstacle.empty() || !disk_target::refusal(value).empty())
+        if (path().empty() || !obstacle.empty() || !directory_tree::name_fault(value).empty())
             return false;
-        const auto moved = disk_target::join(nio::stem(path(), '/'), value);
+        const auto moved = directory_tree::join(nio::stem(path(), '/'), value);
         expansion.target.rename(path(), moved, false);
         folder_path = expansion.target.intern(moved);
         return true;
@@ -165,9 +166,9 @@ bool DiskFolder::setItemName(const std::string& value) {
             obstacle = "its path is too long";
         return true;
     }
-    if (const auto reason = disk_target::refusal(value); !reason.empty() && obstacle.empty())
+    if (const auto reason = directory_tree::name_fault(value); !reason.empty() && obstacle.empty())
         obstacle = "cannot use folder " + nio::printable(value) + ": " + reason;
-    folder_path = expansion.target.intern(disk_target::join(path(), value));
+    folder_path = expansion.target.intern(directory_tree::join(path(), value));
     return true;
 }
 

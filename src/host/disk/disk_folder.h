@@ -1,8 +1,8 @@
 #pragma once
 
 #include "harbor6/model/folder.h"
-#include "host/disk/disk_expansion.h"
 #include "host/disk/disk_file.h"
+#include "host/disk/expansion_state.h"
 
 namespace host {
 
@@ -24,13 +24,13 @@ public:
 /// into it.
 class DiskFolder : public TargetFolder, public PlainItem<DiskFolder> {
 public:
-    explicit DiskFolder(disk_expansion& expansion);
-    DiskFolder(disk_expansion& expansion, std::shared_ptr<const std::string> path, std::string obstacle);
+    explicit DiskFolder(expansion_state& expansion);
+    DiskFolder(expansion_state& expansion, std::shared_ptr<const std::string> path, std::string obstacle);
 
     const std::string& path() const override { return *folder_path; }
     /// Makes the folder, if that isn't done yet.
     std::string refusal(const std::string& name) override;
-    disk_expansion& shared() const { return expansion; }
+    expansion_state& shared() const { return expansion; }
 
     /// True also for a folder that can't be had: there is nothing to create.
     bool isCreated() override;
@@ -61,11 +61,11 @@ protected:
     std::optional<fs::Spec> identity() const override;
 
 private:
-    disk_entry look(const std::string& name) const;
+    entry_kind look(const std::string& name) const;
     std::vector<pattern::AcquiredPtr<harbor6::Item>> content() const;
     void make();
 
-    disk_expansion& expansion;
+    expansion_state& expansion;
     std::shared_ptr<const std::string> folder_path; ///< until it has a name, the parent's
     std::string obstacle;                           ///< why it can't be had; empty if it can
     bool named = true;

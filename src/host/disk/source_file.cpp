@@ -1,10 +1,10 @@
 #include "host/disk/source_file.h"
 
-#include "host/platform/disk_random.h"
+#include "host/platform/random_file.h"
 
 namespace host {
 
-SourceFork::SourceFork(std::unique_ptr<disk_input> input) : bytes(input.get()), lent(std::move(input)) {}
+SourceFork::SourceFork(std::unique_ptr<file_input> input) : bytes(input.get()), lent(std::move(input)) {}
 
 harbor6::data::CountedInput SourceFork::input(bool /*expanding*/) const {
     if (!lent->seek(0))
@@ -16,10 +16,10 @@ harbor6::data::random::CountedInput SourceFork::randomInput(bool /*expanding*/, 
     auto file = bytes->duplicate();
     if (!file)
         return {};
-    return harbor6::data::random::CountedInput(std::make_unique<disk_random_input>(std::move(file), "it"));
+    return harbor6::data::random::CountedInput(std::make_unique<random_file_input>(std::move(file), "it"));
 }
 
-SourceFile::SourceFile(harbor6::Format& format, std::string file_name, std::unique_ptr<disk_input> input)
+SourceFile::SourceFile(harbor6::Format& format, std::string file_name, std::unique_ptr<file_input> input)
     : OneForkFile(std::move(input)), PlainItem(format), name(std::move(file_name)) {}
 
 std::string SourceFile::itemName() const {

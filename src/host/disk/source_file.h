@@ -2,23 +2,23 @@
 
 #include "harbor6/model/single_fork_file.h"
 #include "host/disk/disk_file.h"
-#include "host/platform/disk_input.h"
+#include "host/platform/file_input.h"
 
 namespace host {
 
 /// The bytes of the archive's file.
 class SourceFork : public harbor6::Fork {
 public:
-    explicit SourceFork(std::unique_ptr<disk_input> bytes);
+    explicit SourceFork(std::unique_ptr<file_input> bytes);
 
-    disk_input& storage() const { return *bytes; }
+    file_input& storage() const { return *bytes; }
 
     harbor6::data::CountedInput input(bool expanding) const override;
     /// Empty on a pipe.
     harbor6::data::random::CountedInput randomInput(bool expanding, bool shared) const override;
 
 private:
-    disk_input* bytes; ///< held by `lent`
+    file_input* bytes; ///< held by `lent`
     harbor6::data::CountedInput lent;
 };
 
@@ -27,9 +27,9 @@ private:
 /// still holds it.
 class SourceFile : public harbor6::OneForkFile<SourceFork>, public PlainItem<SourceFile> {
 public:
-    SourceFile(harbor6::Format& format, std::string name, std::unique_ptr<disk_input> bytes);
+    SourceFile(harbor6::Format& format, std::string name, std::unique_ptr<file_input> bytes);
 
-    disk_input& storage() const { return fork.storage(); }
+    file_input& storage() const { return fork.storage(); }
 
     bool modifiable(const std::string& /*key*/) override { return false; }
 

@@ -1,6 +1,6 @@
 #include "host/platform/console.h"
 
-#include "host/platform/disk_descriptor.h"
+#include "host/platform/file_descriptor.h"
 
 #include <cerrno>
 #include <csignal>
@@ -26,31 +26,31 @@ int write_all(int descriptor, std::string_view text) {
 
 } // namespace
 
-disk_console::disk_console() {
+console::console() {
     // Neither a reader that leaves nor a limit on file sizes may end an expansion halfway without a word.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-disk_console::~disk_console() {
+console::~console() {
     flush();
 }
 
-void disk_console::print(std::string_view text) {
+void console::print(std::string_view text) {
     pending += text;
     if (pending.size() >= enough)
         flush();
 }
 
-void disk_console::flush() {
+void console::flush() {
     if (error == 0)
         error = write_all(STDOUT_FILENO, pending);
     pending.clear();
 }
 
-std::string disk_console::finish() {
+std::string console::finish() {
     flush();
-    return error == 0 || error == EPIPE ? std::string() : disk_cause(error);
+    return error == 0 || error == EPIPE ? std::string() : error_text(error);
 }
 
 void complain(std::string line) {

@@ -7,12 +7,12 @@ namespace host {
 
 /// The standard output, gathered and written in large pieces. When nobody reads it any more, what follows is
 /// dropped without a word; any other failure is kept for `finish`.
-class disk_console {
+class console {
 public:
-    disk_console();
-    disk_console(const disk_console&) = delete;
-    disk_console& operator=(const disk_console&) = delete;
-    ~disk_console();
+    console();
+    console(const console&) = delete;
+    console& operator=(const console&) = delete;
+    ~console();
 
     void print(std::string_view text);
     void flush();

@@ -56,10 +56,10 @@ struct DiskFolder : testing::Test {
     }
 
     support::temporary_folder place;
-    host::disk_target target{(place / "out").string(), true};
+    host::directory_tree target{(place / "out").string(), true};
     recorder log;
     harbor6::Format format{nullptr};
-    host::disk_expansion expansion{target, format, log};
+    host::expansion_state expansion{target, format, log};
 };
 
 TEST_F(DiskFolder, HoldsWhatWasCommittedAndNothingBefore) {
@@ -116,8 +116,8 @@ TEST_F(DiskFolder, NeverFollowsALink) {
 TEST_F(DiskFolder, TakesNoNameThatLeadsElsewhere) {
     for (const std::string& name : {std::string(), std::string("."), std::string(".."), std::string("a/b"),
                                     std::string("/x"), std::string("a\0b", 3), std::string(256, 'a')})
-        EXPECT_NE(host::disk_target::refusal(name), "") << name;
-    EXPECT_EQ(host::disk_target::refusal("..."), "");
+        EXPECT_NE(host::directory_tree::name_fault(name), "") << name;
+    EXPECT_EQ(host::directory_tree::name_fault("..."), "");
     for (const std::string name : {".", "..", "a/b"})
         put("", name, "x");
     const auto top = folder("");
@@ -168,13 +168,13 @@ TEST_F(DiskFolder, FilesGiveTheirForksToOneAnother) {
     EXPECT_EQ(tree(place / "out"), "a ");
 }
 
-TEST(DiskTarget, CanRefuseToBeALinkItself) {
+TEST(DirectoryTree, CanRefuseToBeALinkItself) {
     support::temporary_folder place;
     std::filesystem::create_directory(place / "real");
     std::filesystem::create_directory_symlink(place / "real", place / "link");
     for (const bool follow : {true, false})
         EXPECT_EQ(support::refusal_of([&] {
-                      host::disk_target((place / "link").string(), follow).make_folder(follow ? "a" : "b");
+                      host::directory_tree((place / "link").string(), follow).make_folder(follow ? "a" : "b");
                   }).empty(),
                   follow);
     EXPECT_EQ(tree(place / "real"), "a/ ");

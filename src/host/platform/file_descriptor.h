@@ -8,13 +8,13 @@
 namespace host {
 
 /// Owns one file descriptor, or none (-1), and closes it.
-class disk_descriptor {
+class file_descriptor {
 public:
-    disk_descriptor() = default;
-    explicit disk_descriptor(int owned) : number(owned) {}
-    disk_descriptor(disk_descriptor&& other) noexcept;
-    disk_descriptor& operator=(disk_descriptor&& other) noexcept;
-    ~disk_descriptor();
+    file_descriptor() = default;
+    explicit file_descriptor(int owned) : number(owned) {}
+    file_descriptor(file_descriptor&& other) noexcept;
+    file_descriptor& operator=(file_descriptor&& other) noexcept;
+    ~file_descriptor();
 
     int get() const { return number; }
     explicit operator bool() const { return number >= 0; }
@@ -29,16 +29,16 @@ private:
 
 /// A failure that concerns one name alone: something else stands there, or no disk can bear it. What else
 /// there is to write can still be written.
-class disk_obstacle : public fs::Exception {
+class path_error : public fs::Exception {
 public:
     using fs::Exception::Exception;
 };
 
-/// Raises `error` for `name` (relative to the target, or as the user gave it), as a disk_obstacle if it
+/// Raises `error` for `name` (relative to the target, or as the user gave it), as a path_error if it
 /// concerns that name alone, else as a plain fs::Exception. The text is "cannot ACTION NAME: CAUSE".
-[[noreturn]] void fail_on_disk(const std::string& action, const std::string& name, int error);
+[[noreturn]] void throw_system_error(const std::string& action, const std::string& name, int error);
 
 /// The platform's words for an error number.
-std::string disk_cause(int error);
+std::string error_text(int error);
 
 } // namespace host

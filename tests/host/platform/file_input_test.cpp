@@ -1,5 +1,5 @@
-#include "host/platform/disk_input.h"
-#include "host/platform/disk_random.h"
+#include "host/platform/file_input.h"
+#include "host/platform/random_file.h"
 #include "support/refusal.h"
 #include "support/temporary_folder.h"
 #include "support/zlib_streams.h"
@@ -13,23 +13,23 @@
 namespace {
 
 /// The same bytes as a file or as a pipe that is fed in odd pieces.
-class StorageInput : public testing::TestWithParam<bool> {
+class FileInput : public testing::TestWithParam<bool> {
 protected:
-    std::unique_ptr<host::disk_input> open(const std::string& bytes) {
+    std::unique_ptr<host::file_input> open(const std::string& bytes) {
         if (!GetParam()) {
             support::write_file(folder / "x", bytes);
-            return std::make_unique<host::disk_input>(host::open_input((folder / "x").string()), "x");
+            return std::make_unique<host::file_input>(host::open_input((folder / "x").string()), "x");
         }
         int ends[2] = {};
         EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
-        feeder = std::thread([bytes, out = host::disk_descriptor(ends[1])] {
+        feeder = std::thread([bytes, out = host::file_descriptor(ends[1])] {
             for (std::size_t at = 0; at < bytes.size(); at += 10007)
                 if (write(out.get(), bytes.data() + at, std::min<std::size_t>(10007, bytes.size() - at)) < 0)
                     return;
         });
-        return std::make_unique<host::disk_input>(host::disk_descriptor(ends[0]), "x");
+        return std::make_unique<host::file_input>(host::file_descriptor(ends[0]), "x");
     }
-    ~StorageInput() override {
+    ~FileInput() override {
         if (feeder.joinable())
             feeder.join();
     }
@@ -38,7 +38,7 @@ protected:
     std::thread feeder;
 };
 
-TEST_P(StorageInput, DeliversTheSameBytesHoweverOneStepsBackWithin256KiB) {
+TEST_P(FileInput, DeliversTheSameBytesHoweverOneStepsBackWithin256KiB) {
     constexpr unsigned kept = 256 * 1024;
     const auto bytes = zlib_streams::noise(3'000'001);
     const auto input = open(bytes);
@@ -82,7 +82,7 @@ TEST_P(StorageInput, DeliversTheSameBytesHoweverOneStepsBackWithin256KiB) {
     EXPECT_EQ(input->size(), GetParam() ? ~std::uint64_t{0} : bytes.size());
 }
 
-TEST_P(StorageInput, KnowsBytesThatWereNeverWhole) {
+TEST_P(FileInput, KnowsBytesThatWereNeverWhole) {
     const auto input = open("abcdef");
     char piece[8] = {};
     EXPECT_EQ(input->read(piece, 8), 6u);
@@ -103,26 +103,26 @@ TEST_P(StorageInput, KnowsBytesThatWereNeverWhole) {
     EXPECT_TRUE(input->skip(1) == 0 && input->came_short());
 }
 
-INSTANTIATE_TEST_SUITE_P(FileAndPipe, StorageInput, testing::Bool(),
+INSTANTIATE_TEST_SUITE_P(FileAndPipe, FileInput, testing::Bool(),
                          [](const auto& run) { return run.param ? "Pipe" : "File"; });
 
-TEST(StorageInputOnAFile, SkipsWhatLiesFarAwayWithoutReadingIt) {
+TEST(RegularFileInput, SkipsWhatLiesFarAwayWithoutReadingIt) {
     support::temporary_folder folder;
     support::write_file(folder / "x", "head");
     std::filesystem::resize_file(folder / "x", std::uint64_t{1} << 40);
-    host::disk_input input(host::open_input((folder / "x").string()), "x");
+    host::file_input input(host::open_input((folder / "x").string()), "x");
     EXPECT_EQ(input.skip((std::uint64_t{1} << 40) - 1), (std::uint64_t{1} << 40) - 1);
     EXPECT_EQ(input.read(), 0);
     ASSERT_TRUE(input.seek(1));
     EXPECT_EQ(input.read(), 'e');
 }
 
-TEST(DiskRandom, WritesAndReadsInAnyOrder) {
+TEST(RandomFile, WritesAndReadsInAnyOrder) {
     const support::temporary_folder place;
-    host::disk_target target(place.path.string(), true);
-    const auto transfer = std::make_shared<host::disk_transfer>(target, "d", "f", false);
+    host::directory_tree target(place.path.string(), true);
+    const auto transfer = std::make_shared<host::file_writer>(target, "d", "f", false);
     {
-        host::disk_random_output out(transfer);
+        host::random_file_output out(transfer);
         out.write("0123456789", 10);
         EXPECT_TRUE(!out.seek(11) && out.seek(3)) << "no holes";
         out.write("abcd");
@@ -132,7 +132,7 @@ TEST(DiskRandom, WritesAndReadsInAnyOrder) {
     transfer->finish({});
     EXPECT_EQ(support::read_file(place / "d/f"), "012abcd78");
 
-    host::disk_random_input in(host::open_input((place / "d/f").string()), "f");
+    host::random_file_input in(host::open_input((place / "d/f").string()), "f");
     char bytes[16];
     EXPECT_EQ(in.skip(7), 7u);
     EXPECT_EQ(in.read(bytes, 16), 2u);

@@ -1,17 +1,17 @@
 #pragma once
 
 #include "harbor6/stream/random.h"
-#include "host/platform/disk_transfer.h"
+#include "host/platform/file_writer.h"
 
 #include <memory>
 
 namespace host {
 
 /// Reads any part of a plain file, in the order that its user likes.
-class disk_random_input : public stream::random::input {
+class random_file_input : public stream::random::input {
 public:
     /// `name` is for messages.
-    disk_random_input(disk_descriptor source, std::string name);
+    random_file_input(file_descriptor source, std::string name);
 
     using stream::random::input::read;
 
@@ -25,15 +25,15 @@ protected:
     std::uint64_t _tell() const override { return place; }
 
 private:
-    disk_descriptor source;
+    file_descriptor source;
     std::string name;
     std::uint64_t place = 0;
 };
 
 /// Writes a file on its way to the disk in any order.
-class disk_random_output : public stream::random::output {
+class random_file_output : public stream::random::output {
 public:
-    explicit disk_random_output(std::shared_ptr<disk_transfer> transfer);
+    explicit random_file_output(std::shared_ptr<file_writer> transfer);
 
     using stream::random::output::write;
 
@@ -46,7 +46,7 @@ public:
     void resize(std::uint64_t size) override;
 
 private:
-    std::shared_ptr<disk_transfer> transfer;
+    std::shared_ptr<file_writer> transfer;
     std::uint64_t place = 0;
     std::uint64_t extent = 0;
 };

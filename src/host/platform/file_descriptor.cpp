@@ -1,4 +1,4 @@
-#include "host/platform/disk_descriptor.h"
+#include "host/platform/file_descriptor.h"
 
 #include "harbor6/groundwork/text.h"
 
@@ -9,10 +9,10 @@
 
 namespace host {
 
-disk_descriptor::disk_descriptor(disk_descriptor&& other) noexcept
+file_descriptor::file_descriptor(file_descriptor&& other) noexcept
     : number(std::exchange(other.number, -1)) {}
 
-disk_descriptor& disk_descriptor::operator=(disk_descriptor&& other) noexcept {
+file_descriptor& file_descriptor::operator=(file_descriptor&& other) noexcept {
     if (this != &other) {
         close();
         number = std::exchange(other.number, -1);
@@ -20,17 +20,17 @@ disk_descriptor& disk_descriptor::operator=(disk_descriptor&& other) noexcept {
     return *this;
 }
 
-disk_descriptor::~disk_descriptor() {
+file_descriptor::~file_descriptor() {
     close();
 }
 
-int disk_descriptor::close() {
+int file_descriptor::close() {
     const int closing = std::exchange(number, -1);
     return closing < 0 || ::close(closing) == 0 ? 0 : errno;
 }
 
-void fail_on_disk(const std::string& action, const std::string& name, int error) {
-    const auto text = "cannot " + action + " " + nio::printable(name) + ": " + disk_cause(error);
+void throw_system_error(const std::string& action, const std::string& name, int error) {
+    const auto text = "cannot " + action + " " + nio::printable(name) + ": " + error_text(error);
     switch (error) {
     case EEXIST:
     case EILSEQ:
@@ -42,13 +42,13 @@ void fail_on_disk(const std::string& action, const std::string& name, int error)
     case ENOTDIR:
     case ENOTEMPTY:
     case ENXIO:
-        throw disk_obstacle(text, "host::fail_on_disk");
+        throw path_error(text, "host::throw_system_error");
     default:
-        throw fs::Exception(text, "host::fail_on_disk");
+        throw fs::Exception(text, "host::throw_system_error");
     }
 }
 
-std::string disk_cause(int error) {
+std::string error_text(int error) {
     return std::generic_category().message(error);
 }
 

@@ -1,21 +1,21 @@
-#include "host/platform/disk_transfer.h"
+#include "host/platform/file_writer.h"
 
 #include "support/temporary_folder.h"
 
 #include <csignal>
 #include <gtest/gtest.h>
 
-TEST(DiskTransferDeathTest, LeavesNoHalfFileWhenTheProgramIsEnded) {
+TEST(FileWriterDeathTest, LeavesNoHalfFileWhenTheProgramIsEnded) {
     const support::temporary_folder folder;
     support::write_file(folder / "old", "old");
     for (const bool replacing : {false, true}) {
         EXPECT_EXIT(
             {
-                host::disk_target target(folder.path.string(), true);
-                host::disk_transfer done(target, "", replacing ? "more" : "done", false);
+                host::directory_tree target(folder.path.string(), true);
+                host::file_writer done(target, "", replacing ? "more" : "done", false);
                 done.write("all", 3);
                 done.finish({});
-                host::disk_transfer half(target, "", replacing ? "old" : "new", replacing);
+                host::file_writer half(target, "", replacing ? "old" : "new", replacing);
                 half.write("half", 4);
                 std::raise(SIGTERM);
             },

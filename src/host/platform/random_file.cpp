@@ -1,4 +1,4 @@
-#include "host/platform/disk_random.h"
+#include "host/platform/random_file.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -7,31 +7,31 @@
 
 namespace host {
 
-disk_random_input::disk_random_input(disk_descriptor opened, std::string file_name)
+random_file_input::random_file_input(file_descriptor opened, std::string file_name)
     : source(std::move(opened)), name(std::move(file_name)) {}
 
-bool disk_random_input::seek(std::uint64_t value) {
+bool random_file_input::seek(std::uint64_t value) {
     if (value > size())
         return false;
     place = value;
     return true;
 }
 
-std::uint64_t disk_random_input::size() const {
+std::uint64_t random_file_input::size() const {
     struct stat status = {};
     if (fstat(source.get(), &status) != 0)
-        fail_on_disk("read", name, errno);
+        throw_system_error("read", name, errno);
     return static_cast<std::uint64_t>(status.st_size);
 }
 
-unsigned disk_random_input::_read(char* buffer, unsigned length) {
+unsigned random_file_input::_read(char* buffer, unsigned length) {
     unsigned done = 0;
     while (done < length) {
         const auto came = pread(source.get(), buffer + done, length - done, static_cast<off_t>(place));
         if (came < 0 && errno == EINTR)
             continue;
         if (came < 0)
-            fail_on_disk("read", name, errno);
+            throw_system_error("read", name, errno);
         if (came == 0)
             break;
         done += static_cast<unsigned>(came);
@@ -40,31 +40,31 @@ unsigned disk_random_input::_read(char* buffer, unsigned length) {
     return done;
 }
 
-int disk_random_input::_read() {
+int random_file_input::_read() {
     char byte;
     return _read(&byte, 1) == 1 ? static_cast<unsigned char>(byte) : -1;
 }
 
-disk_random_output::disk_random_output(std::shared_ptr<disk_transfer> file) : transfer(std::move(file)) {}
+random_file_output::random_file_output(std::shared_ptr<file_writer> file) : transfer(std::move(file)) {}
 
-void disk_random_output::write(const char* buffer, unsigned length) {
+void random_file_output::write(const char* buffer, unsigned length) {
     transfer->write_at(place, buffer, length);
     place += length;
     extent = std::max(extent, place);
 }
 
-void disk_random_output::write(char byte) {
+void random_file_output::write(char byte) {
     write(&byte, 1);
 }
 
-bool disk_random_output::seek(std::uint64_t value) {
+bool random_file_output::seek(std::uint64_t value) {
     if (value > extent)
         return false;
     place = value;
     return true;
 }
 
-void disk_random_output::resize(std::uint64_t size) {
+void random_file_output::resize(std::uint64_t size) {
     transfer->resize(size);
     extent = size;
     place = std::min(place, extent);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/platform/disk_target.h"
+#include "host/platform/directory_tree.h"
 
 #include <cstdint>
 #include <ctime>
@@ -29,12 +29,12 @@ private:
 /// As long as one lives, a signal that ends the program (SIGINT, SIGTERM or SIGHUP, where it isn't ignored)
 /// removes the file `name` of the open folder `folder` first: a half file is not taken for a whole one, and
 /// no temporary one stays. Of several the one made last counts. `name` has to stay.
-class disk_unfinished {
+class remove_on_signal {
 public:
-    disk_unfinished(int folder, const char* name);
-    disk_unfinished(const disk_unfinished&) = delete;
-    disk_unfinished& operator=(const disk_unfinished&) = delete;
-    ~disk_unfinished();
+    remove_on_signal(int folder, const char* name);
+    remove_on_signal(const remove_on_signal&) = delete;
+    remove_on_signal& operator=(const remove_on_signal&) = delete;
+    ~remove_on_signal();
 
 private:
     const char* mine;
@@ -44,13 +44,13 @@ private:
 /// what it got if it isn't finished. With `replacing` the bytes go into a temporary file beside the old one,
 /// which takes the old one's place in finish() and not before; unfinished it is removed. A signal that ends
 /// the program removes either. At most one file is open at a time as long as transfers aren't kept.
-class disk_transfer {
+class file_writer {
 public:
-    /// Creates the file, folders above it included. Fails as disk_target does.
-    disk_transfer(disk_target& target, const std::string& folder, const std::string& name, bool replacing);
-    disk_transfer(const disk_transfer&) = delete;
-    disk_transfer& operator=(const disk_transfer&) = delete;
-    ~disk_transfer();
+    /// Creates the file, folders above it included. Fails as directory_tree does.
+    file_writer(directory_tree& target, const std::string& folder, const std::string& name, bool replacing);
+    file_writer(const file_writer&) = delete;
+    file_writer& operator=(const file_writer&) = delete;
+    ~file_writer();
 
     /// Takes all bytes, or raises and counts as failed from then on.
     void write(const char* bytes, std::size_t length);
@@ -73,11 +73,11 @@ private:
     [[noreturn]] void fail(int error);
 
     std::string path; ///< for messages
-    std::shared_ptr<const disk_descriptor> folder;
+    std::shared_ptr<const file_descriptor> folder;
     std::string name;
     std::string temporary; ///< empty for a new file
-    disk_descriptor file;
-    std::optional<disk_unfinished> unfinished;
+    file_descriptor file;
+    std::optional<remove_on_signal> unfinished;
     std::string failure;
 };
 

@@ -1,4 +1,4 @@
-#include "host/platform/disk_input.h"
+#include "host/platform/file_input.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -19,7 +19,7 @@ static_assert(ring_size - chunk >= history && (ring_size & (ring_size - 1)) == 0
 
 } // namespace
 
-disk_input::disk_input(disk_descriptor opened, std::string input_name)
+file_input::file_input(file_descriptor opened, std::string input_name)
     : source(std::move(opened)), name(std::move(input_name)),
       ring(std::make_unique_for_overwrite<char[]>(ring_size)) {
     struct stat status = {};
@@ -28,11 +28,11 @@ disk_input::disk_input(disk_descriptor opened, std::string input_name)
     origin = start > 0 ? static_cast<std::uint64_t>(start) : 0;
 }
 
-std::uint64_t disk_input::oldest() const {
+std::uint64_t file_input::oldest() const {
     return filled - begun > ring_size ? filled - ring_size : begun;
 }
 
-bool disk_input::refill() {
+bool file_input::refill() {
     const auto at = filled & (ring_size - 1);
     const auto room = static_cast<std::size_t>(std::min(chunk, ring_size - at));
     for (;;) {
@@ -44,11 +44,11 @@ bool disk_input::refill() {
             return came > 0;
         }
         if (errno != EINTR)
-            fail_on_disk("read", name, errno);
+            throw_system_error("read", name, errno);
     }
 }
 
-unsigned disk_input::_read(char* buffer, unsigned length) {
+unsigned file_input::_read(char* buffer, unsigned length) {
     unsigned done = 0;
     while (done < length) {
         if (place == filled && !refill()) {
@@ -65,12 +65,12 @@ unsigned disk_input::_read(char* buffer, unsigned length) {
     return done;
 }
 
-int disk_input::_read() {
+int file_input::_read() {
     short_read = place == filled && !refill();
     return short_read ? -1 : static_cast<unsigned char>(ring[place++ & (ring_size - 1)]);
 }
 
-std::uint64_t disk_input::_skip(std::uint64_t count) {
+std::uint64_t file_input::_skip(std::uint64_t count) {
     const auto start = place;
     if (regular && count > filled - place + chunk) {
         // What lies between is never looked at; the last of it is left to the loop, which finds the end.
@@ -89,26 +89,26 @@ std::uint64_t disk_input::_skip(std::uint64_t count) {
     return count;
 }
 
-void disk_input::restart_at(std::uint64_t value) {
+void file_input::restart_at(std::uint64_t value) {
     begun = filled = place = value;
 }
 
-void disk_input::step_back(std::uint64_t count) {
+void file_input::step_back(std::uint64_t count) {
     if (short_read)
         throw cut_short();
     if (count > place || !seek(place - count))
-        throw stream::exception("bytes pushed back that were not delivered", "host::disk_input");
+        throw stream::exception("bytes pushed back that were not delivered", "host::file_input");
 }
 
-void disk_input::unread(const char* /*bytes*/, unsigned length) {
+void file_input::unread(const char* /*bytes*/, unsigned length) {
     step_back(length);
 }
 
-void disk_input::unread(char /*byte*/) {
+void file_input::unread(char /*byte*/) {
     step_back(1);
 }
 
-bool disk_input::seek(std::uint64_t value) {
+bool file_input::seek(std::uint64_t value) {
     if (value >= oldest() && value <= filled)
         place = value;
     else if (regular && value <= size())
@@ -119,7 +119,7 @@ bool disk_input::seek(std::uint64_t value) {
     return true;
 }
 
-std::uint64_t disk_input::size() const {
+std::uint64_t file_input::size() const {
     struct stat status = {};
     if (!regular || fstat(source.get(), &status) != 0)
         return ~std::uint64_t{0};
@@ -127,29 +127,29 @@ std::uint64_t disk_input::size() const {
            std::min(origin, static_cast<std::uint64_t>(status.st_size));
 }
 
-stream::cut_short disk_input::cut_short() const {
-    return {filled, "host::disk_input"};
+stream::cut_short file_input::cut_short() const {
+    return {filled, "host::file_input"};
 }
 
-disk_descriptor disk_input::duplicate() const {
-    return disk_descriptor(regular && origin == 0 ? fcntl(source.get(), F_DUPFD_CLOEXEC, 3) : -1);
+file_descriptor file_input::duplicate() const {
+    return file_descriptor(regular && origin == 0 ? fcntl(source.get(), F_DUPFD_CLOEXEC, 3) : -1);
 }
 
-disk_descriptor open_input(const std::string& path) {
+file_descriptor open_input(const std::string& path) {
     // Without O_NONBLOCK a named pipe that nobody writes to waits for a writer, as any reader of one does.
-    disk_descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    file_descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!file)
-        throw fs::Exception(disk_cause(errno), "host::open_input");
+        throw fs::Exception(error_text(errno), "host::open_input");
     struct stat status = {};
     if (fstat(file.get(), &status) == 0 && S_ISDIR(status.st_mode))
-        throw fs::Exception(disk_cause(EISDIR), "host::open_input");
+        throw fs::Exception(error_text(EISDIR), "host::open_input");
     return file;
 }
 
-disk_descriptor open_standard_input() {
-    disk_descriptor file(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3));
+file_descriptor open_standard_input() {
+    file_descriptor file(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3));
     if (!file)
-        throw fs::Exception(disk_cause(errno), "host::open_standard_input");
+        throw fs::Exception(error_text(errno), "host::open_standard_input");
     return file;
 }
 

@@ -1,4 +1,4 @@
-#include "host/platform/disk_target.h"
+#include "host/platform/directory_tree.h"
 
 #include "harbor6/groundwork/text.h"
 
@@ -24,21 +24,22 @@ constexpr int as_folder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
     struct stat status = {};
     if ((error == ENOTDIR || error == ELOOP) && fstatat(parent, leaf, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
         !S_ISDIR(status.st_mode))
-        throw disk_obstacle("cannot use folder " + nio::printable(folder) + ": " +
-                                (S_ISLNK(status.st_mode) ? "it is a symbolic link" : "it is a file"),
-                            "host::disk_target");
-    fail_on_disk("use folder", folder, error);
+        throw path_error("cannot use folder " + nio::printable(folder) + ": " +
+                             (S_ISLNK(status.st_mode) ? "it is a symbolic link" : "it is a file"),
+                         "host::directory_tree");
+    throw_system_error("use folder", folder, error);
 }
 
 } // namespace
 
-disk_target::disk_target(std::string path, bool follow) : root_path(std::move(path)), follow_root(follow) {}
+directory_tree::directory_tree(std::string path, bool follow)
+    : root_path(std::move(path)), follow_root(follow) {}
 
-std::string disk_target::join(const std::string& folder, const std::string& name) {
+std::string directory_tree::join(const std::string& folder, const std::string& name) {
     return folder.empty() ? name : folder + '/' + name;
 }
 
-std::string disk_target::refusal(const std::string& name) {
+std::string directory_tree::name_fault(const std::string& name) {
     if (name.empty())
         return "it has no name";
     if (name == "." || name == "..")
@@ -50,52 +51,52 @@ std::string disk_target::refusal(const std::string& name) {
     return {};
 }
 
-disk_target::handle disk_target::open_root(missing policy) {
+directory_tree::handle directory_tree::open_root(missing policy) {
     if (root)
         return root;
     const int flags = as_folder | (follow_root ? 0 : O_NOFOLLOW);
-    disk_descriptor opened(::open(root_path.c_str(), flags));
+    file_descriptor opened(::open(root_path.c_str(), flags));
     if (!opened && errno == ENOENT) {
         if (policy == missing::is_null)
             return nullptr;
         std::error_code error;
         std::filesystem::create_directories(root_path, error);
         if (error)
-            fail_on_disk("make folder", root_path, error.value());
-        opened = disk_descriptor(::open(root_path.c_str(), flags));
+            throw_system_error("make folder", root_path, error.value());
+        opened = file_descriptor(::open(root_path.c_str(), flags));
     }
     if (!opened) {
         // Without its root nothing of the archive can be written.
         try {
             fail_on_folder(AT_FDCWD, root_path.c_str(), root_path, errno);
-        } catch (const disk_obstacle& obstacle) {
-            throw fs::Exception(obstacle.message(), "host::disk_target");
+        } catch (const path_error& obstacle) {
+            throw fs::Exception(obstacle.message(), "host::directory_tree");
         }
     }
-    root = std::make_shared<const disk_descriptor>(std::move(opened));
+    root = std::make_shared<const file_descriptor>(std::move(opened));
     return root;
 }
 
-disk_target::handle disk_target::open_child(const disk_descriptor& parent, const std::string& folder,
-                                            missing policy) {
+directory_tree::handle directory_tree::open_child(const file_descriptor& parent, const std::string& folder,
+                                                  missing policy) {
     const auto leaf = nio::leaf(folder, '/');
-    if (const auto reason = refusal(leaf); !reason.empty())
-        throw disk_obstacle("cannot use folder " + nio::printable(folder) + ": " + reason,
-                            "host::disk_target");
-    disk_descriptor opened(openat(parent.get(), leaf.c_str(), as_folder | O_NOFOLLOW));
+    if (const auto reason = name_fault(leaf); !reason.empty())
+        throw path_error("cannot use folder " + nio::printable(folder) + ": " + reason,
+                         "host::directory_tree");
+    file_descriptor opened(openat(parent.get(), leaf.c_str(), as_folder | O_NOFOLLOW));
     if (!opened && errno == ENOENT) {
         if (policy == missing::is_null)
             return nullptr;
         if (mkdirat(parent.get(), leaf.c_str(), 0777) != 0 && errno != EEXIST)
-            fail_on_disk("make folder", folder, errno);
-        opened = disk_descriptor(openat(parent.get(), leaf.c_str(), as_folder | O_NOFOLLOW));
+            throw_system_error("make folder", folder, errno);
+        opened = file_descriptor(openat(parent.get(), leaf.c_str(), as_folder | O_NOFOLLOW));
     }
     if (!opened)
         fail_on_folder(parent.get(), leaf.c_str(), folder, errno);
-    return std::make_shared<const disk_descriptor>(std::move(opened));
+    return std::make_shared<const file_descriptor>(std::move(opened));
 }
 
-disk_target::handle disk_target::open(const std::string& folder, missing policy) {
+directory_tree::handle directory_tree::open(const std::string& folder, missing policy) {
     if (folder.empty())
         return open_root(policy);
     const auto found = std::find_if(recent.begin(), recent.end(),
@@ -116,31 +117,31 @@ disk_target::handle disk_target::open(const std::string& folder, missing policy)
     return opened;
 }
 
-disk_entry disk_target::look(const std::string& folder, const std::string& name) {
+entry_kind directory_tree::look(const std::string& folder, const std::string& name) {
     const auto parent = open(folder, missing::is_null);
     struct stat status = {};
     if (!parent)
-        return disk_entry::none;
+        return entry_kind::none;
     if (fstatat(parent->get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno == ENOENT)
-            return disk_entry::none;
-        fail_on_disk("look at", join(folder, name), errno);
+            return entry_kind::none;
+        throw_system_error("look at", join(folder, name), errno);
     }
-    return S_ISREG(status.st_mode)   ? disk_entry::file
-           : S_ISDIR(status.st_mode) ? disk_entry::folder
-                                     : disk_entry::other;
+    return S_ISREG(status.st_mode)   ? entry_kind::file
+           : S_ISDIR(status.st_mode) ? entry_kind::folder
+                                     : entry_kind::other;
 }
 
-std::vector<std::string> disk_target::names(const std::string& folder) {
+std::vector<std::string> directory_tree::names(const std::string& folder) {
     std::vector<std::string> found;
     const auto opened = open(folder, missing::is_null);
     if (!opened)
         return found;
     // A descriptor of its own: reading a folder moves the one that it is read by.
-    disk_descriptor reading(openat(opened->get(), ".", as_folder));
+    file_descriptor reading(openat(opened->get(), ".", as_folder));
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(reading ? fdopendir(reading.get()) : nullptr, closedir);
     if (!entries)
-        fail_on_disk("read folder", folder, errno);
+        throw_system_error("read folder", folder, errno);
     reading.release();
     while (const dirent* const entry = readdir(entries.get()))
         if (const std::string name = entry->d_name; name != "." && name != "..")
@@ -149,7 +150,7 @@ std::vector<std::string> disk_target::names(const std::string& folder) {
     return found;
 }
 
-std::optional<fs::Spec> disk_target::identity(const std::string& folder, const std::string& name) {
+std::optional<fs::Spec> directory_tree::identity(const std::string& folder, const std::string& name) {
     const auto parent = open(folder, missing::is_null);
     struct stat status = {};
     if (!parent || fstatat(parent->get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH) != 0)
@@ -160,16 +161,16 @@ std::optional<fs::Spec> disk_target::identity(const std::string& folder, const s
     return which;
 }
 
-disk_descriptor disk_target::open_file(const std::string& folder, const std::string& name) {
+file_descriptor directory_tree::open_file(const std::string& folder, const std::string& name) {
     const auto parent = open(folder, missing::is_null);
-    disk_descriptor file(parent ? openat(parent->get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC)
+    file_descriptor file(parent ? openat(parent->get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC)
                                 : -1);
     if (!file)
-        fail_on_disk("read", join(folder, name), parent ? errno : ENOENT);
+        throw_system_error("read", join(folder, name), parent ? errno : ENOENT);
     return file;
 }
 
-void disk_target::rename(const std::string& from, const std::string& to, bool replace) {
+void directory_tree::rename(const std::string& from, const std::string& to, bool replace) {
     const auto source = open(nio::stem(from, '/'), missing::is_null);
     const auto destination = make_folder(nio::stem(to, '/'));
     const auto old_name = nio::leaf(from, '/');
@@ -177,41 +178,41 @@ void disk_target::rename(const std::string& from, const std::string& to, bool re
     const unsigned flags = replace ? 0 : RENAME_NOREPLACE;
     if (!source ||
         renameat2(source->get(), old_name.c_str(), destination->get(), new_name.c_str(), flags) != 0)
-        fail_on_disk("rename", from, source ? errno : ENOENT);
+        throw_system_error("rename", from, source ? errno : ENOENT);
     forget(from);
 }
 
-void disk_target::remove_file(const std::string& folder, const std::string& name) {
+void directory_tree::remove_file(const std::string& folder, const std::string& name) {
     const auto parent = open(folder, missing::is_null);
     if (!parent || unlinkat(parent->get(), name.c_str(), 0) != 0)
-        fail_on_disk("remove", join(folder, name), parent ? errno : ENOENT);
+        throw_system_error("remove", join(folder, name), parent ? errno : ENOENT);
 }
 
-void disk_target::remove_folder(const std::string& folder) {
+void directory_tree::remove_folder(const std::string& folder) {
     const auto parent = open(nio::stem(folder, '/'), missing::is_null);
     if (!parent || unlinkat(parent->get(), nio::leaf(folder, '/').c_str(), AT_REMOVEDIR) != 0)
-        fail_on_disk("remove folder", folder, parent ? errno : ENOENT);
+        throw_system_error("remove folder", folder, parent ? errno : ENOENT);
     forget(folder);
 }
 
 /// Lets go of a folder, and of all below it, that bears its name no more.
-void disk_target::forget(const std::string& folder) {
+void directory_tree::forget(const std::string& folder) {
     std::erase_if(recent, [&](const open_folder& entry) {
         return *entry.path == folder || entry.path->starts_with(folder + '/');
     });
 }
 
-std::shared_ptr<const disk_descriptor> disk_target::make_folder(const std::string& folder) {
+std::shared_ptr<const file_descriptor> directory_tree::make_folder(const std::string& folder) {
     return open(folder, missing::is_made);
 }
 
-bool disk_target::recently_open(const std::string& folder) const {
+bool directory_tree::recently_open(const std::string& folder) const {
     return folder.empty() ? root != nullptr
                           : std::any_of(recent.begin(), recent.end(),
                                         [&](const open_folder& entry) { return *entry.path == folder; });
 }
 
-std::shared_ptr<const std::string> disk_target::intern(const std::string& folder) const {
+std::shared_ptr<const std::string> directory_tree::intern(const std::string& folder) const {
     for (const auto& entry : recent)
         if (*entry.path == folder)
             return entry.path;

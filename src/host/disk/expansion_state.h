@@ -1,7 +1,7 @@
 #pragma once
 
 #include "harbor6/model/format.h"
-#include "host/platform/disk_target.h"
+#include "host/platform/directory_tree.h"
 
 #include <cstdint>
 #include <optional>
@@ -35,12 +35,12 @@ public:
 class DiskFile;
 
 /// What the folders and files of one expansion share. It outlives them all.
-class disk_expansion {
+class expansion_state {
 public:
-    disk_expansion(disk_target& where, harbor6::Format& of_items, journal& told)
+    expansion_state(directory_tree& where, harbor6::Format& of_items, journal& told)
         : target(where), format(of_items), log(told) {}
 
-    disk_target& target;
+    directory_tree& target;
     harbor6::Format& format; ///< the format of items on disk
     journal& log;
     bool folders_on_demand = false; ///< a folder is made with the first file in it, not before

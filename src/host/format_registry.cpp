@@ -1,4 +1,4 @@
-#include "host/registry.h"
+#include "host/format_registry.h"
 
 #include "harbor6/groundwork/text.h"
 #include "harbor6/model/format.h"
@@ -24,7 +24,7 @@ std::string default_folder() {
 
 } // namespace
 
-void registry::load(const std::string& wanted, report& log) {
+void format_registry::load(const std::string& wanted, report& log) {
     const auto folder = wanted.empty() ? default_folder() : wanted;
     std::vector<std::filesystem::path> files;
     std::error_code error;
@@ -38,13 +38,13 @@ void registry::load(const std::string& wanted, report& log) {
             platform::library plug_in(file.string());
             auto* const load_formats = reinterpret_cast<loader*>(plug_in.symbol("loadFormats"));
             plug_ins.push_back(std::move(plug_in));
-            if (!load_formats(formats, &shell))
+            if (!load_formats(classifier, &shell))
                 log.trouble(nio::printable(file.string()) + ": its formats were not accepted");
         } catch (const un::exception& failure) {
             log.trouble(nio::printable(file.string()) + ": " + nio::printable(failure.message()));
         }
     }
-    if (formats.formats().empty())
+    if (classifier.formats().empty())
         log.trouble("no formats found in " + nio::printable(folder) +
                     (error ? ": " + error.message() : std::string()));
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "harbor6/stream/input.h"
-#include "host/platform/disk_descriptor.h"
+#include "host/platform/file_descriptor.h"
 
 #include <memory>
 
@@ -14,10 +14,10 @@ namespace host {
 ///
 /// A read or skip that comes short is no failure, since decoders look beyond the end and come back by `seek`.
 /// But bytes pushed back while the last read came short were never whole: that raises stream::cut_short.
-class disk_input : public stream::input {
+class file_input : public stream::input {
 public:
     /// Reads `source` from where it stands. `name` is for messages.
-    disk_input(disk_descriptor source, std::string name);
+    file_input(file_descriptor source, std::string name);
 
     using stream::input::read;
 
@@ -29,7 +29,7 @@ public:
     std::uint64_t size() const override;
 
     /// Another descriptor of the input if it is a plain file, none of a pipe.
-    disk_descriptor duplicate() const;
+    file_descriptor duplicate() const;
     /// Whether the last read wanted more than there was.
     bool came_short() const { return short_read; }
     /// What to raise where the bytes that such a read missed were needed.
@@ -47,7 +47,7 @@ private:
     std::uint64_t oldest() const;
     void restart_at(std::uint64_t value);
 
-    disk_descriptor source;
+    file_descriptor source;
     std::string name;
     std::unique_ptr<char[]> ring;
     bool regular = false;
@@ -59,8 +59,8 @@ private:
 };
 
 /// Opens the file `path` for reading. Raises fs::Exception with the cause; a folder is one.
-disk_descriptor open_input(const std::string& path);
+file_descriptor open_input(const std::string& path);
 /// A second descriptor of the standard input.
-disk_descriptor open_standard_input();
+file_descriptor open_standard_input();
 
 } // namespace host

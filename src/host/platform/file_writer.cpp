@@ -1,4 +1,4 @@
-#include "host/platform/disk_transfer.h"
+#include "host/platform/file_writer.h"
 
 #include <atomic>
 #include <cerrno>
@@ -30,7 +30,7 @@ void watch_signals() {
 
 } // namespace
 
-disk_unfinished::disk_unfinished(int folder, const char* name) : mine(name) {
+remove_on_signal::remove_on_signal(int folder, const char* name) : mine(name) {
     static const bool watching = (watch_signals(), true);
     static_cast<void>(watching);
     unfinished_name = nullptr; // never one file's name with another's folder
@@ -38,7 +38,7 @@ disk_unfinished::disk_unfinished(int folder, const char* name) : mine(name) {
     unfinished_name = name;
 }
 
-disk_unfinished::~disk_unfinished() {
+remove_on_signal::~remove_on_signal() {
     unfinished_name.compare_exchange_strong(mine, nullptr);
 }
 
@@ -53,27 +53,27 @@ std::string unused_name() {
 
 } // namespace
 
-disk_transfer::disk_transfer(disk_target& target, const std::string& folder_path,
-                             const std::string& file_name, bool replacing)
-    : path(disk_target::join(folder_path, file_name)), folder(target.make_folder(folder_path)),
+file_writer::file_writer(directory_tree& target, const std::string& folder_path, const std::string& file_name,
+                         bool replacing)
+    : path(directory_tree::join(folder_path, file_name)), folder(target.make_folder(folder_path)),
       name(file_name) {
     do {
         if (replacing)
             temporary = unused_name();
         const auto& created = replacing ? temporary : name;
-        file = disk_descriptor(openat(folder->get(), created.c_str(), as_new_file, 0666));
+        file = file_descriptor(openat(folder->get(), created.c_str(), as_new_file, 0666));
     } while (!file && replacing && errno == EEXIST);
     if (!file)
-        fail_on_disk("create", path, errno);
+        throw_system_error("create", path, errno);
     unfinished.emplace(folder->get(), temporary.empty() ? name.c_str() : temporary.c_str());
 }
 
-disk_transfer::~disk_transfer() {
+file_writer::~file_writer() {
     if (!temporary.empty())
         unlinkat(folder->get(), temporary.c_str(), 0);
 }
 
-void disk_transfer::write(const char* bytes, std::size_t length) {
+void file_writer::write(const char* bytes, std::size_t length) {
     while (length > 0) {
         const auto went = ::write(file.get(), bytes, length);
         if (went < 0 && errno == EINTR)
@@ -86,7 +86,7 @@ void disk_transfer::write(const char* bytes, std::size_t length) {
     }
 }
 
-void disk_transfer::write_at(std::uint64_t offset, const char* bytes, std::size_t length) {
+void file_writer::write_at(std::uint64_t offset, const char* bytes, std::size_t length) {
     while (length > 0) {
         const auto went = pwrite(file.get(), bytes, length, static_cast<off_t>(offset));
         if (went < 0 && errno == EINTR)
@@ -100,32 +100,32 @@ void disk_transfer::write_at(std::uint64_t offset, const char* bytes, std::size_
     }
 }
 
-void disk_transfer::resize(std::uint64_t size) {
+void file_writer::resize(std::uint64_t size) {
     if (ftruncate(file.get(), static_cast<off_t>(size)) != 0)
         fail(errno);
 }
 
-void disk_transfer::discard() {
+void file_writer::discard() {
     unlinkat(folder->get(), temporary.empty() ? name.c_str() : temporary.c_str(), 0);
     unfinished.reset();
     temporary.clear();
 }
 
-void disk_transfer::fail(int error) {
-    failure = disk_cause(error);
-    fail_on_disk("write", path, error);
+void file_writer::fail(int error) {
+    failure = error_text(error);
+    throw_system_error("write", path, error);
 }
 
-void disk_transfer::finish(const std::optional<std::time_t>& modified) {
+void file_writer::finish(const std::optional<std::time_t>& modified) {
     if (modified) {
         const timespec times[2] = {{0, UTIME_OMIT}, {*modified, 0}};
         if (futimens(file.get(), times) != 0)
-            fail_on_disk("set the time of", path, errno);
+            throw_system_error("set the time of", path, errno);
     }
     if (const int error = file.close())
-        fail_on_disk("write", path, error);
+        throw_system_error("write", path, error);
     if (!temporary.empty() && renameat(folder->get(), temporary.c_str(), folder->get(), name.c_str()) != 0)
-        fail_on_disk("replace", path, errno);
+        throw_system_error("replace", path, errno);
     unfinished.reset();
     temporary.clear();
 }
