@@ -11,20 +11,42 @@ namespace {
 
 constexpr char standard_input[] = "-";
 
-/// What the options are made from.
+/// The options, and the archives of `expand` as they are given.
 struct parsed {
     options chosen;
     std::string first;
     std::vector<std::string> more;
-    bool overwrite = false;
-    bool keep = false;
 };
 
+struct clash_option {
+    const char* flag;
+    const char* help;
+    clash_policy policy;
+};
+
+constexpr clash_option clash_options[] = {
+    {"--overwrite", "Replace existing files", clash_policy::overwrite},
+    {"--keep", "Keep existing files, without an error", clash_policy::keep},
+};
+
+/// At most one of the flags can be given.
+void add_clash_options(CLI::App& command, options& chosen) {
+    std::vector<CLI::Option*> added;
+    for (const auto& [flag, help, policy] : clash_options) {
+        auto* const option = command.add_flag_callback(
+            flag, [&chosen, policy = policy] { chosen.policy = policy; }, help);
+        for (auto* const other : added)
+            option->excludes(other);
+        added.push_back(option);
+    }
+}
+
 void add_common(CLI::App& command, options& chosen) {
-    command.add_option("--encoding", chosen.encoding, "Code page of the names, by its iconv name")
+    command
+        .add_option("--encoding", chosen.encoding, "Code page of the names in archives, by its iconv name")
         ->type_name("NAME");
     command.add_option("--formats", chosen.formats, "Folder of format plug-ins")->type_name("DIR");
-    command.add_flag("-v,--verbose", chosen.verbose, "Name each file that is done");
+    command.add_flag("-v,--verbose", chosen.verbose, "Print the name of each file");
 }
 
 void finish_expand(parsed& from) {
@@ -32,34 +54,30 @@ void finish_expand(parsed& from) {
     chosen.to_run = options::command::expand;
     chosen.archives = {from.first};
     chosen.archives.insert(chosen.archives.end(), from.more.begin(), from.more.end());
-    chosen.policy = from.overwrite ? clash_policy::overwrite
-                    : from.keep    ? clash_policy::keep
-                                   : clash_policy::refuse;
     const auto& names = chosen.archives;
     if (chosen.target.empty() && std::find(names.begin(), names.end(), standard_input) != names.end())
         throw CLI::ValidationError("the standard input has no name, so -C DIR is needed");
 }
 
 void add_expand(CLI::App& program, parsed& into) {
-    auto& command = *program.add_subcommand("expand", "Bring the files of archives to the disk");
+    auto& command = *program.add_subcommand("expand", "Write the files of archives to disk");
     command.add_option("archive", into.first, "The archive; - is the standard input")->required();
     command.add_option("names", into.chosen.patterns,
-                       "Files or folders in it that are wanted, with * ** ? as wildcards; all by default");
+                       "Files or folders in it to expand, with * ** ? as wildcards; all by default");
     command.add_option("--and", into.more, "Another archive; may be repeated")
         ->allow_extra_args(false)
         ->type_name("ARCHIVE");
     command
-        .add_option("-C,--directory", into.chosen.target,
-                    "Where the files go; by default a folder named after the archive, or beside it what is "
-                    "alone in it")
+        .add_option(
+            "-C,--directory", into.chosen.target,
+            "Target folder; by default one named after the archive, or none if the archive has a single "
+            "item at its top")
         ->type_name("DIR");
-    auto* const overwriting = command.add_flag("--overwrite", into.overwrite, "Replace files that exist");
-    command.add_flag("--keep", into.keep, "Leave files that exist as they are, silently")
-        ->excludes(overwriting);
+    add_clash_options(command, into.chosen);
     auto* const nesting =
         command.add_flag("--nested", into.chosen.nested, "Expand archives inside archives too")
             ->excludes(command.get_option("names"));
-    command.add_option("--depth", into.chosen.depth, "How far down --nested goes; 16 by default")
+    command.add_option("--depth", into.chosen.depth, "How many levels --nested expands; 16 by default")
         ->needs(nesting)
         ->check(CLI::Range(1, 1000))
         ->type_name("N");
@@ -82,16 +100,17 @@ void add_reading(CLI::App& program, options& chosen, const std::string& name, co
 std::variant<options, exit_status> parse_command_line(int count, char** arguments) {
     parsed all;
     auto& chosen = all.chosen;
-    CLI::App program("Opens archives of the formats that its plug-ins know.", "harbor");
+    CLI::App program("Expands, lists and tests archives. Plug-ins provide the formats.", "harbor");
     program.set_version_flag("--version", "harbor " HARBOR_VERSION);
     program.require_subcommand(1);
     program.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return "harbor: " + nio::printable(error.what()) + "\nharbor --help says more.\n";
+        return "harbor: " + nio::printable(error.what()) + "\nSee harbor --help.\n";
     });
     add_expand(program, all);
-    add_reading(program, chosen, "list", "Show what archives hold", options::command::list);
-    add_reading(program, chosen, "test", "Read archives whole, and keep nothing", options::command::test);
-    auto& formats = *program.add_subcommand("formats", "Show which formats are known");
+    add_reading(program, chosen, "list", "List the files of archives", options::command::list);
+    add_reading(program, chosen, "test", "Read archives completely, and write nothing",
+                options::command::test);
+    auto& formats = *program.add_subcommand("formats", "List the available formats");
     formats.add_option("--formats", chosen.formats, "Folder of format plug-ins")->type_name("DIR");
     formats.callback([&chosen] { chosen.to_run = options::command::formats; });
     try {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "host/client.h"
 #include "host/report.h"
 
 #include <string>
@@ -9,25 +8,31 @@
 
 namespace host {
 
+/// What happens where a file of that name exists. Client::mayTakeName carries it out.
+enum class clash_policy {
+    refuse,    ///< the existing file stays, which is an error
+    keep,      ///< the existing file stays
+    overwrite, ///< the new file replaces it once it is complete
+};
+
 /// What the command line asks for.
 struct options {
     enum class command { expand, list, test, formats };
 
     command to_run = command::formats;
     std::vector<std::string> archives; ///< "-" is the standard input
-    std::vector<std::string> patterns;
-    std::string target;   ///< empty: a folder named after each archive
-    std::string encoding; ///< of names; empty: the default
-    std::string formats;  ///< folder of plug-ins; empty: the one beside the program
-    bool nested = false;  ///< archives inside archives are expanded too
-    unsigned depth = 16;  ///< how far down
+    std::vector<std::string> patterns; ///< the files to expand; empty: all
+    std::string target;                ///< empty: a folder named after each archive
+    std::string encoding;              ///< of names; empty: the default
+    std::string formats;               ///< folder of plug-ins; empty: the one beside the program
+    bool nested = false;               ///< archives inside archives are expanded too
+    unsigned depth = 16;               ///< how many levels of them
     clash_policy policy = clash_policy::refuse;
     bool verbose = false;
     bool json = false;
 };
 
-/// The command line, or how to end at once where it asks for help or makes no sense; the text is printed by
-/// then.
+/// The options, or the exit status if the text was already printed: the help, or what is wrong.
 std::variant<options, exit_status> parse_command_line(int count, char** arguments);
 
 } // namespace host

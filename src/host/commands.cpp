@@ -2,13 +2,13 @@
 
 #include "harbor6/groundwork/text.h"
 #include "harbor6/model/format.h"
-#include "host/tally.h"
+#include "host/extraction.h"
 
 namespace host {
 
 namespace {
 
-/// The format of items that stand on disk or nowhere.
+/// The format of items outside any archive.
 class PlainFormat : public harbor6::Format {
 public:
     using harbor6::Format::Format;
@@ -19,8 +19,8 @@ public:
 } // namespace
 
 exit_status run(const options& chosen) {
-    console screen;
-    report log(screen, chosen.verbose);
+    console out;
+    report log(out, chosen.verbose);
     Client client(log);
     format_registry formats(client);
     PlainFormat plain_format(&formats.shell);
@@ -28,7 +28,7 @@ exit_status run(const options& chosen) {
     try {
         nio::set_code_page(chosen.encoding);
     } catch (const un::exception& failure) {
-        log.trouble(nio::printable(failure.message()));
+        log.error(nio::printable(failure.message()));
         return exit_status::usage;
     }
     try {
@@ -48,37 +48,42 @@ exit_status run(const options& chosen) {
             break;
         }
     } catch (...) {
-        log.trouble(*failure_text());
+        log.error(failure_text(std::current_exception()));
     }
-    if (const auto cause = screen.finish(); !cause.empty())
-        log.trouble("cannot write to the standard output: " + cause);
+    if (const auto cause = out.finish(); !cause.empty())
+        log.error("cannot write to the standard output: " + cause);
     return log.status();
 }
 
 void show_formats(command_context& context) {
     namespace key = harbor6::key;
-    auto& screen = context.log.screen;
+    auto& out = context.log.out;
     for (const auto& format : context.formats.classifier.formats()) {
-        screen.print(nio::printable(format->string(key::formatName)) + '\n');
+        out.print(nio::printable(format->string(key::formatName)) + '\n');
         for (const auto* const text : {key::longName, key::suffix, key::mimeType})
             if (const auto value = format->string(text); !value.empty())
-                screen.print("  " + std::string(text) + ": " + nio::printable(value) + '\n');
+                out.print("  " + std::string(text) + ": " + nio::printable(value) + '\n');
         for (const auto* const flag : {key::expandsArchives, key::createsArchives, key::recoversArchives,
                                        key::isFolder, key::isFile, key::isSegmented})
             if (format->hasBoolean(flag))
-                screen.print("  " + std::string(flag) + ": " + (format->boolean(flag) ? "yes" : "no") + '\n');
+                out.print("  " + std::string(flag) + ": " + (format->boolean(flag) ? "yes" : "no") + '\n');
     }
 }
 
 void test(command_context& context) {
     for (const auto& archive : context.chosen.archives) {
-        context.log.begin(archive);
-        tally counts{context.plain_format, context.log};
-        const pattern::AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
-        run_pass(context.formats, context.plain_format, context.log, archive, *top);
-        if (context.log.end())
-            context.log.screen.print(nio::printable(archive) + ": OK\n");
+        context.log.begin_archive(archive);
+        tally_archive(context, archive, {});
+        if (context.log.end_archive())
+            context.log.out.print(nio::printable(archive) + ": OK\n");
     }
+}
+
+tally tally_archive(command_context& context, const std::string& path, std::vector<std::string> keys) {
+    tally counts{context.plain_format, context.log, std::move(keys)};
+    const pattern::AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
+    extract_archive(context, path, *top);
+    return counts;
 }
 
 } // namespace host

@@ -1,26 +1,32 @@
 #pragma once
 
-#include "host/archive_pass.h"
 #include "host/client.h"
 #include "host/command_line.h"
+#include "host/format_registry.h"
+#include "host/report.h"
+#include "host/tally.h"
 
 namespace host {
 
-/// What every command has at hand.
+/// What every command works with.
 struct command_context {
     const options& chosen;
     format_registry& formats;
     Client& client;
-    harbor6::Format& plain_format; ///< the format of items that lie in no archive
+    harbor6::Format& plain_format; ///< the format of items outside any archive
     report& log;
 };
 
-/// Loads the formats and does what the command line asks for.
+/// Loads the formats and runs the command that `chosen` names.
 exit_status run(const options& chosen);
 
+// The commands. What fails is reported to the context's log.
 void expand(command_context& context);
 void list(command_context& context);
 void test(command_context& context);
 void show_formats(command_context& context);
+
+/// Reads the archive in the file `path` whole, counting its files and keeping the attributes `keys` of each.
+tally tally_archive(command_context& context, const std::string& path, std::vector<std::string> keys);
 
 } // namespace host

@@ -39,14 +39,14 @@ void format_registry::load(const std::string& wanted, report& log) {
             auto* const load_formats = reinterpret_cast<loader*>(plug_in.symbol("loadFormats"));
             plug_ins.push_back(std::move(plug_in));
             if (!load_formats(classifier, &shell))
-                log.trouble(nio::printable(file.string()) + ": its formats were not accepted");
+                log.error(nio::printable(file.string()) + ": its formats were not accepted");
         } catch (const un::exception& failure) {
-            log.trouble(nio::printable(file.string()) + ": " + nio::printable(failure.message()));
+            log.error(nio::printable(file.string()) + ": " + nio::printable(failure.message()));
         }
     }
     if (classifier.formats().empty())
-        log.trouble("no formats found in " + nio::printable(folder) +
-                    (error ? ": " + error.message() : std::string()));
+        log.error("no formats found in " + nio::printable(folder) +
+                  (error ? ": " + error.message() : std::string()));
 }
 
 } // namespace host

@@ -8,20 +8,20 @@ namespace host {
 
 class report;
 
-/// The formats that the program knows: what the plug-ins of a folder brought. It keeps the plug-ins loaded,
-/// so it has to outlive every item and exception that comes from one.
+/// The formats that the program can use: those of the plug-ins in a folder. It keeps the plug-ins loaded, so
+/// it must outlive every item and exception that comes from one. One thread.
 class format_registry {
 public:
     explicit format_registry(harbor6::ClientInterface& client) : shell(classifier, client) {}
     format_registry(const format_registry&) = delete;
     format_registry& operator=(const format_registry&) = delete;
 
-    /// Loads every plug-in in `folder`, or in the folder of formats beside the program if that is empty. A
-    /// plug-in that can't be loaded is reported, and so is a folder without any.
+    /// Loads every plug-in in `folder`, or, if that is empty, in the folder of formats beside the program.
+    /// Reports a plug-in that can't be loaded, and a folder without any formats.
     void load(const std::string& folder, report& log);
 
 private:
-    std::vector<platform::library> plug_ins; ///< the formats' code, which goes last
+    std::vector<platform::library> plug_ins; ///< declared first, so unloaded last
 
 public:
     harbor6::Classifier classifier;

@@ -1,6 +1,5 @@
 #include "harbor6/groundwork/text.h"
 #include "host/commands.h"
-#include "host/tally.h"
 
 #include <nlohmann/json.hpp>
 
@@ -8,54 +7,90 @@ namespace host {
 
 namespace {
 
-/// As "2004-02-29 13:37:42", with `between` day and hour.
-std::string written(const fs::time& time, char between) {
+/// A column between size and path, for an attribute of the archive's items.
+struct column {
+    const char* key;
+    const char* name; ///< in JSON, where a file without a value has no such member
+    std::size_t width;
+};
+
+constexpr column columns[] = {
+    {harbor6::key::modTime, "modified", 19},
+};
+
+/// As "2004-02-29 13:37:42", with `separator` between date and time.
+std::string written(const fs::time& time, char separator) {
     const auto two = [](std::uint32_t value) { return un::write(value, 10, 2); };
-    return un::write(time.year, 10, 4) + '-' + two(time.month) + '-' + two(time.day) + between +
+    return un::write(time.year, 10, 4) + '-' + two(time.month) + '-' + two(time.day) + separator +
            two(time.hour) + ':' + two(time.minute) + ':' + two(time.second);
 }
 
-void print(console& screen, const tally_entry& entry) {
+struct to_text {
+    std::string operator()(bool value) const { return value ? "yes" : "no"; }
+    std::string operator()(std::int64_t value) const { return std::to_string(value); }
+    std::string operator()(const std::string& value) const { return nio::printable(value); }
+    std::string operator()(const fs::time& value) const { return written(value, ' '); }
+};
+
+struct to_json {
+    nlohmann::ordered_json operator()(const fs::time& value) const { return written(value, 'T'); }
+    template<class T>
+    nlohmann::ordered_json operator()(const T& value) const {
+        return value;
+    }
+};
+
+std::string padding(const std::string& text, std::size_t width) {
+    return std::string(text.size() < width ? width - text.size() : 0, ' ');
+}
+
+void print(console& out, const tally_entry& entry) {
     const auto size = un::write(entry.size, 10, 1);
-    const std::string margin(size.size() < 12 ? 12 - size.size() : 0, ' ');
-    screen.print(margin + size + "  " +
-                 (entry.modified ? written(*entry.modified, ' ') : std::string(19, ' ')) + "  " +
-                 nio::printable(entry.path) + '\n');
+    auto line = padding(size, 12) + size + "  ";
+    for (const auto& column : columns) {
+        const auto value = entry.attributes.find(column.key);
+        const auto text =
+            value == entry.attributes.end() ? std::string() : std::visit(to_text(), value->second);
+        line += text + padding(text, column.width) + "  ";
+    }
+    out.print(line + nio::printable(entry.path) + '\n');
 }
 
 nlohmann::ordered_json as_json(const tally_entry& entry) {
     nlohmann::ordered_json object = {{"path", entry.path}, {"size", entry.size}};
-    if (entry.modified)
-        object["modified"] = written(*entry.modified, 'T');
+    for (const auto& column : columns)
+        if (const auto value = entry.attributes.find(column.key); value != entry.attributes.end())
+            object[column.name] = std::visit(to_json(), value->second);
     return object;
 }
 
 } // namespace
 
 void list(command_context& context) {
+    const auto& chosen = context.chosen;
+    auto& out = context.log.out;
+    std::vector<std::string> keys;
+    for (const auto& column : columns)
+        keys.emplace_back(column.key);
     auto all = nlohmann::ordered_json::array();
-    auto& screen = context.log.screen;
-    for (const auto& archive : context.chosen.archives) {
-        context.log.begin(archive);
-        std::vector<tally_entry> entries;
-        tally counts{context.plain_format, context.log, &entries};
-        const pattern::AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
-        run_pass(context.formats, context.plain_format, context.log, archive, *top);
+    for (const auto& archive : chosen.archives) {
+        context.log.begin_archive(archive);
+        const auto counts = tally_archive(context, archive, keys);
         auto files = nlohmann::ordered_json::array();
-        if (!context.chosen.json && context.chosen.archives.size() > 1)
-            screen.print(nio::printable(archive) + ":\n");
-        for (const auto& entry : entries) {
-            if (context.chosen.json)
+        if (!chosen.json && chosen.archives.size() > 1)
+            out.print(nio::printable(archive) + ":\n");
+        for (const auto& entry : counts.entries) {
+            if (chosen.json)
                 files.push_back(as_json(entry));
             else
-                print(screen, entry);
+                print(out, entry);
         }
-        const bool sound = context.log.end();
-        if (context.chosen.json)
+        const bool sound = context.log.end_archive();
+        if (chosen.json)
             all.push_back({{"archive", archive}, {"complete", sound}, {"files", std::move(files)}});
     }
-    if (context.chosen.json)
-        screen.print(all.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n');
+    if (chosen.json)
+        out.print(all.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n');
 }
 
 } // namespace host

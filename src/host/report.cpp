@@ -3,79 +3,76 @@
 #include "harbor6/groundwork/exception.h"
 #include "harbor6/groundwork/text.h"
 
-#include <exception>
 #include <new>
 
 namespace host {
 
-std::optional<std::string> failure_text() {
-    if (!std::current_exception())
-        return std::nullopt;
+std::string failure_text(const std::exception_ptr& failure) {
     std::string text;
     try {
-        throw;
+        std::rethrow_exception(failure);
     } catch (const basic::bad_alloc&) {
         text = "out of memory";
     } catch (const std::bad_alloc&) {
         text = "out of memory";
-    } catch (const std::exception& failure) {
-        text = failure.what();
+    } catch (const std::exception& known) {
+        text = known.what();
     } catch (...) {
     }
-    return text.empty() ? "failed without saying why" : nio::printable(text);
+    return text.empty() ? "unknown failure" : nio::printable(text);
 }
 
-void report::begin(const std::string& archive) {
-    subject = nio::printable(archive);
+void report::begin_archive(const std::string& name) {
+    archive = nio::printable(name);
     afterwards.clear();
     sound = true;
 }
 
-void report::failure(const std::string& text) {
-    trouble(subject + ": " + text);
+void report::archive_error(const std::string& text) {
+    error(archive + ": " + text);
 }
 
-bool report::end() {
+bool report::end_archive() {
     for (const auto& line : afterwards)
-        failure(line);
+        archive_error(line);
     afterwards.clear();
     return sound;
 }
 
-void report::trouble(const std::string& text) {
+void report::error(const std::string& text) {
     sound = false;
-    troubled = true;
-    screen.flush(); // so that both outputs on one terminal come in their order
-    complain("harbor: " + text);
+    failed = true;
+    out.flush(); // keeps the order where both outputs are one terminal
+    print_error_line("harbor: " + text);
 }
 
 void report::done(const std::string& path, std::uint64_t /*size*/) {
     if (verbose)
-        screen.print(nio::printable(path) + "\n");
+        out.print(nio::printable(path) + "\n");
 }
 
 void report::refused(const std::string& path, const std::string& reason) {
-    failure(nio::printable(path) + ": " + reason);
+    archive_error(nio::printable(path) + ": " + reason);
 }
 
 void report::unfinished(const std::string& path, std::uint64_t size, const std::string& reason) {
-    afterwards.push_back(nio::printable(path) + ": incomplete, only " + un::write(size, 10, 1) +
-                         " bytes came" + (reason.empty() ? "" : ": " + reason));
+    afterwards.push_back(nio::printable(path) + ": incomplete after " + un::write(size, 10, 1) + " bytes" +
+                         (reason.empty() ? "" : ": " + nio::printable(reason)));
 }
 
 void report::missing(const std::string& path) {
-    afterwards.push_back(nio::printable(path) + ": no data came for it");
+    afterwards.push_back(nio::printable(path) + ": no data arrived");
 }
 
 void report::moved(const std::string& from, const std::string& to) {
-    // Where it stood bears a name for the moment.
+    // The folder in `from` has a temporary name, which means nothing to the user.
     if (verbose)
-        screen.print(nio::printable(nio::leaf(from, '/')) + ": now at " + nio::printable(to) + "\n");
+        out.print(nio::printable(nio::leaf(from, '/')) + ": now at " + nio::printable(to) + "\n");
 }
 
 void report::skipped(const std::string& path, const std::string& reason) {
     if (verbose)
-        screen.print(nio::printable(path) + ": " + reason + "\n");
+        out.print(nio::printable(path) + ": " + reason + "\n");
 }
 
 } // namespace host

@@ -1,56 +1,60 @@
 #pragma once
 
-#include "host/disk/expansion_state.h"
+#include "host/disk/journal.h"
 #include "host/platform/console.h"
 
-#include <optional>
+#include <exception>
 #include <vector>
 
 namespace host {
 
-/// How the program ends.
+/// The program's exit statuses.
 enum class exit_status {
-    ok = 0,     ///< everything that was asked for was done
-    failed = 1, ///< something wasn't, and the standard error says what
-    usage = 2   ///< the command line makes no sense, and nothing was done
+    ok = 0,     ///< everything was done
+    failed = 1, ///< something failed, and the standard error says what
+    usage = 2   ///< the command line is invalid, and nothing was done
 };
 
-/// The text of the exception that is being handled, fit for a terminal; nothing if none is.
-std::optional<std::string> failure_text();
+/// The text of a failure, printable.
+std::string failure_text(const std::exception_ptr& failure);
 
-/// What the program says about its work, archive by archive: troubles on the standard error, one line each,
-/// beginning with "harbor: ARCHIVE: ". What became of single files comes after what ended the pass.
+/// What the program says about its work, archive by archive. Errors go to the standard error, one line each,
+/// "harbor: ARCHIVE: TEXT". Incomplete and missing files are reported by end_archive(), after the error that
+/// ended the archive. One thread.
 class report : public journal {
 public:
-    report(console& output, bool name_all) : screen(output), verbose(name_all) {}
+    /// With `verbose` each file that is done or skipped is named on `output`.
+    report(console& output, bool name_each_file) : out(output), verbose(name_each_file) {}
 
     /// Begins an archive, under the name that the user gave it.
-    void begin(const std::string& archive);
-    /// A trouble with the archive as a whole; `text` is printed as it is.
-    void failure(const std::string& text);
+    void begin_archive(const std::string& name);
+    /// An error of the archive as a whole; `text` must be printable.
+    void archive_error(const std::string& text);
+    /// Whether the archive has had no error up to now.
     bool is_sound() const { return sound && afterwards.empty(); }
-    /// Ends the archive and says whether there was no trouble with it.
-    bool end();
-    /// A trouble outside of any archive.
-    void trouble(const std::string& text);
-    exit_status status() const { return troubled ? exit_status::failed : exit_status::ok; }
+    /// Ends the archive, and returns whether it had no error.
+    bool end_archive();
+    /// An error outside any archive; `text` must be printable.
+    void error(const std::string& text);
+    /// `failed` after any error.
+    exit_status status() const { return failed ? exit_status::failed : exit_status::ok; }
 
     void done(const std::string& path, std::uint64_t size) override;
     void refused(const std::string& path, const std::string& reason) override;
     void unfinished(const std::string& path, std::uint64_t size, const std::string& reason) override;
     void missing(const std::string& path) override;
     void moved(const std::string& from, const std::string& to) override;
-    /// A file that isn't wanted after all, which is no trouble.
+    /// A file that is left out by the user's choice, which is no error.
     void skipped(const std::string& path, const std::string& reason);
 
-    console& screen;
+    console& out;
 
 private:
     const bool verbose;
-    std::string subject; ///< printable
+    std::string archive; ///< printable
     std::vector<std::string> afterwards;
     bool sound = true;
-    bool troubled = false;
+    bool failed = false;
 };
 
 } // namespace host

@@ -6,8 +6,8 @@
 
 namespace host {
 
-/// Which files of an archive are wanted: all, or those that a pattern names. In a pattern '*' stands for any
-/// characters but '/', '**' for any at all, '?' for one but '/'. A pattern without '/' is compared with a
+/// Which files of an archive are wanted: all, or those that a pattern names. In a pattern '*' matches any
+/// characters but '/', '**' any at all, '?' one but '/'. A pattern without '/' is compared with a
 /// file's own name, one with '/' with its whole path; either also takes all files in a folder that it names.
 class selection {
 public:
@@ -15,9 +15,9 @@ public:
     explicit selection(std::vector<std::string> patterns);
 
     bool everything() const { return patterns.empty(); }
-    /// Also remembers which patterns found something.
+    /// Whether `path` is wanted; also remembers which patterns matched.
     bool wants(std::string_view path);
-    /// The patterns that found nothing since the last call.
+    /// The patterns that matched nothing since the last call.
     std::vector<std::string> take_unused();
 
 private:

@@ -11,50 +11,67 @@ namespace {
 
 class tally_output : public stream::output, public stream::segment_listener {
 public:
-    explicit tally_output(std::shared_ptr<segment_watch> counter) : watch(std::move(counter)) {}
+    explicit tally_output(std::shared_ptr<arrival> counted) : data(std::move(counted)) {}
 
     using stream::output::write;
 
-    void write(const char* /*buffer*/, unsigned length) override { watch->add(length); }
-    void write(char /*byte*/) override { watch->add(1); }
-    std::uint64_t tell() const override { return watch->counted(); }
-    void segment_begins(std::uint64_t size) override { watch->expect(size); }
+    void write(const char* /*buffer*/, unsigned length) override {
+        data->set_received(data->received() + length);
+    }
+    void write(char byte) override { write(&byte, 1); }
+    std::uint64_t tell() const override { return data->received(); }
+    void segment_begins(std::uint64_t size) override { data->expect(size); }
 
 private:
-    std::shared_ptr<segment_watch> watch;
+    std::shared_ptr<arrival> data;
 };
+
+std::optional<attribute_value> value_of(const harbor6::Attributes& item, const std::string& key) {
+    bool flag = false;
+    std::int64_t number = 0;
+    std::string text;
+    any::time when;
+    if (item.getBoolean(key, flag))
+        return flag;
+    if (item.getInteger(key, number))
+        return number;
+    if (item.getString(key, text))
+        return text;
+    if (item.getTime(key, when))
+        return fs::time(when);
+    return std::nullopt;
+}
 
 } // namespace
 
 harbor6::data::CountedOutput TallyFork::output(bool /*expanding*/) {
-    watch = std::make_shared<segment_watch>();
-    return harbor6::data::CountedOutput(std::make_unique<tally_output>(watch));
+    data = std::make_shared<arrival>();
+    return harbor6::data::CountedOutput(new tally_output(data));
 }
 
 TallyFile::TallyFile(tally& counts, std::shared_ptr<const std::string> folder)
-    : PlainItem(counts.format), shared(counts), folder_path(std::move(folder)) {}
+    : OneForkFile(data), PlainItem(counts.plain_format), shared(counts), folder_path(std::move(folder)) {}
 
 TallyFile::~TallyFile() {
     if (!committed)
-        shared.log.missing(path());
-}
-
-std::string TallyFile::path() const {
-    return directory_tree::join(*folder_path, name);
+        shared.log.missing(join_path(*folder_path, name));
 }
 
 void TallyFile::commitItem() {
-    if (committed || !fork.watch)
+    if (committed || !data)
         return;
     committed = true;
-    const auto size = fork.watch->counted();
-    if (!fork.watch->whole()) {
-        shared.log.unfinished(path(), size, {});
-        return;
-    }
-    shared.log.done(path(), size);
-    if (shared.entries)
-        shared.entries->push_back({path(), size, modified});
+    auto path = join_path(*folder_path, name);
+    data->report(shared.log, path);
+    if (data->complete())
+        shared.entries.push_back({std::move(path), data->received(), std::move(attributes)});
+}
+
+void TallyFile::cloneAttributes(const harbor6::Attributes& source, bool withName) {
+    File::cloneAttributes(source, withName);
+    for (const auto& key : shared.keys)
+        if (auto value = value_of(source, key))
+            attributes.insert_or_assign(key, std::move(*value));
 }
 
 std::string TallyFile::itemName() const {
@@ -66,15 +83,10 @@ bool TallyFile::setItemName(const std::string& given) {
     return true;
 }
 
-bool TallyFile::setItemTime(const any::time& time) {
-    modified = fs::time(time);
-    return true;
-}
-
 TallyFolder::TallyFolder(tally& counts, std::shared_ptr<const std::string> path)
-    : PlainItem(counts.format), shared(counts), folder_path(std::move(path)) {}
+    : PlainItem(counts.plain_format), shared(counts), folder_path(std::move(path)) {}
 
-std::string TallyFolder::refusal(const std::string& /*name*/) {
+std::string TallyFolder::prepareFor(const std::string& /*name*/) {
     return too_deep ? "its path is too long" : std::string();
 }
 
@@ -103,7 +115,7 @@ std::string TallyFolder::itemName() const {
 bool TallyFolder::setItemName(const std::string& name) {
     too_deep = too_deep || path().size() + name.size() > longest_path;
     if (!name.empty() && !too_deep)
-        folder_path = std::make_shared<const std::string>(directory_tree::join(path(), name));
+        folder_path = std::make_shared<const std::string>(pathOf(name));
     return true;
 }
 

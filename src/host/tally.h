@@ -2,92 +2,92 @@
 
 #include "harbor6/groundwork/time.h"
 #include "harbor6/model/single_fork_file.h"
-#include "host/disk/disk_file.h"
-#include "host/disk/disk_folder.h"
-#include "host/disk/expansion_state.h"
-#include "host/platform/file_writer.h"
+#include "host/disk/plain_item.h"
+#include "host/disk/target.h"
 
-#include <memory>
-#include <optional>
+#include <map>
 #include <string>
+#include <variant>
 #include <vector>
-
-namespace harbor6 {
-class Format;
-} // namespace harbor6
 
 namespace host {
 
-/// One file as a pass over the archive showed it.
+/// The value of an attribute, in the first of these types in which an item has it.
+using attribute_value = std::variant<bool, std::int64_t, std::string, fs::time>;
+
+/// One file of an archive, as a pass over the archive delivered it.
 struct tally_entry {
     std::string path;
-    std::uint64_t size = 0; ///< bytes that came
-    std::optional<fs::time> modified;
+    std::uint64_t size = 0; ///< bytes that arrived
+    /// By key: those of tally::keys that the archive's item has.
+    std::map<std::string, attribute_value> attributes;
 };
 
-/// What the folders and files of one pass that keeps nothing share. It outlives them.
+/// What the folders and files of one pass that only counts share. It outlives them. One thread.
 struct tally {
-    harbor6::Format& format;
+    harbor6::Format& plain_format;
     journal& log;
-    /// Gets every whole file, in the order of their ends; may be null.
-    std::vector<tally_entry>* entries = nullptr;
+    std::vector<std::string> keys{};    ///< the attributes to keep of each file
+    std::vector<tally_entry> entries{}; ///< the complete files, in the order in which they ended
 };
 
-/// Counts the bytes that are written into it.
+/// Counts the bytes that are written to it.
 class TallyFork : public harbor6::Fork {
 public:
+    /// `data` is set when the output is taken.
+    explicit TallyFork(std::shared_ptr<arrival>& counted) : data(counted) {}
+
     harbor6::data::CountedOutput output(bool expanding) override;
 
-    std::shared_ptr<segment_watch> watch; ///< null until the output is taken
+private:
+    std::shared_ptr<arrival>& data;
 };
 
-/// A file of which only the name, the time and the size are kept.
-class TallyFile : public harbor6::OneForkFile<TallyFork>, public PlainItem<TallyFile> {
+/// A target file that drops its data and leaves an entry in the tally.
+class TallyFile : public TargetFile, public harbor6::OneForkFile<TallyFork>, public PlainItem<TallyFile> {
 public:
     TallyFile(tally& shared, std::shared_ptr<const std::string> folder);
     ~TallyFile() override;
 
     void commitItem() override;
+    /// Also keeps the attributes of `source` that the tally asks for.
+    void cloneAttributes(const harbor6::Attributes& source, bool withName) override;
 
 protected:
     std::string itemName() const override;
     bool setItemName(const std::string& name) override;
-    bool setItemTime(const any::time& time) override;
 
 private:
-    std::string path() const;
-
     tally& shared;
     std::shared_ptr<const std::string> folder_path;
     std::string name;
-    std::optional<fs::time> modified;
+    std::map<std::string, attribute_value> attributes;
     bool committed = false;
 };
 
-/// A folder that takes an archive's content, counts it, and keeps nothing else.
+/// A target folder that takes an archive's content, counts it, and keeps nothing: it always looks empty.
 class TallyFolder : public TargetFolder, public PlainItem<TallyFolder> {
 public:
     explicit TallyFolder(tally& shared,
                          std::shared_ptr<const std::string> path = std::make_shared<const std::string>());
 
     const std::string& path() const override { return *folder_path; }
-    std::string refusal(const std::string& name) override;
+    std::string prepareFor(const std::string& name) override;
 
     bool isCreated() override;
-    /// Nothing stands here, however much was brought in.
     harbor6::Item* acquireItemFromName(const std::string& name) override;
     harbor6::File* _newFile() override;
     harbor6::Folder* _newFolder() override;
 
 protected:
     std::string itemName() const override;
-    /// Makes this folder the one of that name in it; the empty name leaves it as it is.
+    /// Makes this the sub-folder of that name; an empty name leaves it as it is.
     bool setItemName(const std::string& name) override;
 
 private:
     tally& shared;
     std::shared_ptr<const std::string> folder_path;
-    bool too_deep = false; ///< the path goes on, but nobody will have it
+    bool too_deep = false; ///< the path is longer than longest_path, and no longer extended
 };
 
 } // namespace host

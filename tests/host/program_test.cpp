@@ -56,7 +56,7 @@ TEST_F(Program, ExpandsEachCorpusCabinetToItsDigests) {
     EXPECT_EQ(checked.status, 0) << checked;
 }
 
-TEST_F(Program, AsksBeforeItReplaces) {
+TEST_F(Program, ReplacesOnlyOnRequest) {
     save(cabinet().file("a", "one").file("d\\b", "two"));
     EXPECT_EQ(run("expand x.cab -v"), fine("a\nd/b\n"));
     EXPECT_EQ(tree(place / "x"), "a d/ d/b ");
@@ -74,12 +74,12 @@ TEST_F(Program, AsksBeforeItReplaces) {
     damaged.folder(support::stored).file({.name = "d\\b", .size = 5});
     save(damaged.block({.payload = "ha"}).block({.payload = "lf!", .checksum = 1}));
     EXPECT_EQ(run("expand x.cab --overwrite"), failed("harbor: x.cab: CRC mismatch, data is invalid\n"
-                                                      "harbor: x.cab: d/b: incomplete, only 2 bytes came\n"));
+                                                      "harbor: x.cab: d/b: incomplete after 2 bytes\n"));
     EXPECT_EQ(read_file(place / "x/d/b"), "four") << "the old file stays as it was";
     EXPECT_EQ(tree(place / "x"), "a d/ d/b d/c ");
 }
 
-TEST_F(Program, SaysWhichFilesAreNotWhole) {
+TEST_F(Program, NamesIncompleteFiles) {
     const auto short_of_blocks = [&](std::uint16_t blocks) {
         cabinet made;
         made.file("a", "12345").file("b", "67890").file("c", "abcde");
@@ -89,18 +89,18 @@ TEST_F(Program, SaysWhichFilesAreNotWhole) {
         return run("test x.cab");
     };
     EXPECT_EQ(short_of_blocks(4), fine("x.cab: OK\n"));
-    EXPECT_EQ(short_of_blocks(3), failed("harbor: x.cab: c: incomplete, only 2 bytes came\n"));
-    EXPECT_EQ(short_of_blocks(1), failed("harbor: x.cab: a: incomplete, only 4 bytes came\n"
-                                         "harbor: x.cab: b: no data came for it\n"
-                                         "harbor: x.cab: c: no data came for it\n"));
-    EXPECT_EQ(short_of_blocks(0), failed("harbor: x.cab: a: incomplete, only 0 bytes came\n"
-                                         "harbor: x.cab: b: no data came for it\n"
-                                         "harbor: x.cab: c: no data came for it\n"));
+    EXPECT_EQ(short_of_blocks(3), failed("harbor: x.cab: c: incomplete after 2 bytes\n"));
+    EXPECT_EQ(short_of_blocks(1), failed("harbor: x.cab: a: incomplete after 4 bytes\n"
+                                         "harbor: x.cab: b: no data arrived\n"
+                                         "harbor: x.cab: c: no data arrived\n"));
+    EXPECT_EQ(short_of_blocks(0), failed("harbor: x.cab: a: incomplete after 0 bytes\n"
+                                         "harbor: x.cab: b: no data arrived\n"
+                                         "harbor: x.cab: c: no data arrived\n"));
     save(cabinet().file("empty", ""));
     EXPECT_EQ(run("test x.cab"), fine("x.cab: OK\n"));
 }
 
-TEST_F(Program, NoticesACutAtEveryByte) {
+TEST_F(Program, DetectsACutAtEveryByte) {
     cabinet made;
     made.file("a", "12345").file("d\\b", std::string(600, 'b'));
     made.folders.back().block_size = 300;
@@ -132,17 +132,17 @@ TEST_F(Program, StaysInsideItsFolder) {
              .file("a\\b", "7")
              .file("d\\", "8"));
     EXPECT_EQ(run("expand x.cab -C t"),
-              failed("harbor: x.cab: d/..: no file can have this name\n"
+              failed("harbor: x.cab: d/..: its name is reserved\n"
                      "harbor: x.cab: a: exists already (--overwrite replaces, --keep keeps such files)\n"
                      "harbor: x.cab: a/b: cannot use folder a: it is not a folder\n"
-                     "harbor: x.cab: d/: it has no name\n"));
+                     "harbor: x.cab: d/: its name is empty\n"));
     EXPECT_EQ(tree(place.path), "t/ t/a t/a\x1b[2J t/d/ t/rooted t/up x.cab ");
     EXPECT_EQ(read_file(place / "t/a"), "5");
     EXPECT_EQ(run("expand x.cab -C u --overwrite").status, 1);
     EXPECT_EQ(read_file(place / "u/a"), "6");
 }
 
-TEST_F(Program, RefusesAPathWithoutEndAndGoesOn) {
+TEST_F(Program, RefusesAnOverlongPathAndContinues) {
     std::string path;
     for (int i = 0; i < 100000; ++i)
         path += "a\\";
@@ -155,20 +155,20 @@ TEST_F(Program, RefusesAPathWithoutEndAndGoesOn) {
     EXPECT_EQ(std::count(tested.err.begin(), tested.err.end(), '\n'), 1);
 }
 
-TEST_F(Program, TakesOnlyWhatIsNamed) {
+TEST_F(Program, ExpandsOnlySelectedFiles) {
     save(cabinet().file("a.txt", "1").file("d\\b.txt", "2").file("e\\c.dat", "3"));
     EXPECT_EQ(run("expand x.cab 'b.*'"), fine());
     EXPECT_EQ(tree(place / "x"), "d/ d/b.txt ");
-    EXPECT_EQ(run("expand x.cab e none -C t"), failed("harbor: x.cab: none: no such file in it\n"));
+    EXPECT_EQ(run("expand x.cab e none -C t"), failed("harbor: x.cab: none: not found in the archive\n"));
     EXPECT_EQ(tree(place / "t"), "e/ e/c.dat ");
 }
 
-TEST_F(Program, LetsAnOnlyItemTakeThePlaceOfItsFolder) {
+TEST_F(Program, MovesASingleItemOutOfItsFolder) {
     save(cabinet().file("x", "1"));
     EXPECT_EQ(run("expand x.cab"), fine());
     EXPECT_EQ(tree(place.path), "x x.cab ");
-    EXPECT_EQ(run("expand x.cab"), failed("harbor: x.cab: x: exists already, the new one stays in the folder "
-                                          "that was made for it\n"));
+    EXPECT_EQ(run("expand x.cab"), failed("harbor: x.cab: x: exists already; the new one stays in the folder "
+                                          "made for it\n"));
     EXPECT_EQ(tree(place.path), "x x.cab x.contents/ x.contents/x ");
     std::filesystem::remove_all(place / "x.contents");
     save(cabinet().file("x", "2"));
@@ -194,27 +194,24 @@ TEST_F(Program, ExpandsArchivesInsideArchives) {
              .file("none.cab", cabinet().bytes())
              .file("plain", "text"));
     EXPECT_EQ(run("expand --nested x.cab"),
-              failed("harbor: x.cab: cut.cab: kept as it is: cut short: the input ends at byte 120\n"));
+              failed("harbor: x.cab: cut.cab: kept as a file: cut short: the input ends at byte 120\n"));
     EXPECT_EQ(tree(place / "x"), "cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c deep none/ one plain ");
     EXPECT_EQ(read_file(place / "x/deep") + read_file(place / "x/one") + read_file(place / "x/d/two/b/c"),
               "downalone2");
     EXPECT_EQ(read_file(place / "x/cut.cab"), cut);
-    EXPECT_EQ(
-        run("expand --nested --depth 2 - -C t <x.cab").err,
-        "harbor: -: 1/2/3: kept as it is: archives lie inside archives here, more than 2 deep (--depth)\n"
-        "harbor: -: cut.cab: kept as it is: cut short: the input ends at byte 120\n");
+    EXPECT_EQ(run("expand --nested --depth 2 - -C t <x.cab").err,
+              "harbor: -: 1/2/3: kept as a file: archives are nested more than 2 deep (--depth)\n"
+              "harbor: -: cut.cab: kept as a file: cut short: the input ends at byte 120\n");
     EXPECT_EQ(tree(place / "t"), "3.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
 
-    // Neither the content nor the archive itself has a place.
+    // Existing files block both the content of an archive and the archive itself.
     std::filesystem::create_directory(place / "u");
     write_file(place / "u/1", "");
     write_file(place / "u/1.cab", "");
-    EXPECT_EQ(
-        run("expand --nested x.cab -C u").err,
-        "harbor: x.cab: 1: stands where the content of an archive of that name was to go, which is kept "
-        "as it is\n"
-        "harbor: x.cab: 1.cab: exists already (--overwrite replaces, --keep keeps such files)\n"
-        "harbor: x.cab: cut.cab: kept as it is: cut short: the input ends at byte 120\n");
+    EXPECT_EQ(run("expand --nested x.cab -C u").err,
+              "harbor: x.cab: 1: a file of that name exists, so the archive is kept as a file\n"
+              "harbor: x.cab: 1.cab: exists already (--overwrite replaces, --keep keeps such files)\n"
+              "harbor: x.cab: cut.cab: kept as a file: cut short: the input ends at byte 120\n");
     EXPECT_EQ(tree(place / "u"), "1 1.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
 }
 
@@ -233,7 +230,7 @@ TEST_F(Program, ListsAndDescribes) {
                                    "  isFolder: yes\n  isFile: no\n  isSegmented: no\n"));
 }
 
-TEST_F(Program, RefusesInWords) {
+TEST_F(Program, ExplainsEachRefusal) {
     const std::string data = HARBOR_TEST_DATA "/";
     write_file(place / "empty", "");
     write_file(place / "text", "hello");
@@ -248,8 +245,8 @@ TEST_F(Program, RefusesInWords) {
         {"test .", ".: Is a directory"},
         {"test empty", "empty: the file is empty"},
         {"test text", "text: not an archive of a known format"},
-        {"expand x.cab",
-         "x.cab: begins as CAB does, but its head is damaged or says that it continues another archive"},
+        {"expand x.cab", "x.cab: begins as CAB archives do, but its header is damaged or says that it "
+                         "continues another archive"},
         {"test " + data + "refuse-next.cab",
          data + "refuse-next.cab: expansion of segmented CAB archives not supported"},
         {"test " + data + "refuse-version.cab", data + "refuse-version.cab: unsupported cabinet version"},
@@ -264,12 +261,12 @@ TEST_F(Program, RefusesInWords) {
         EXPECT_EQ(run(usage).status, 2) << usage;
 }
 
-TEST_F(Program, SaysWhatADiskRefuses) {
+TEST_F(Program, ReportsDiskErrors) {
     save(cabinet().file("a", "fits").file("b", std::string(100000, 'b')).file("c", "more"));
     const auto limited = run("expand x.cab", "ulimit -f 60;");
     EXPECT_EQ(limited.status, 1);
     EXPECT_EQ(limited.err.find("harbor: x.cab: cannot write b: File too large\n"
-                               "harbor: x.cab: b: incomplete, only "),
+                               "harbor: x.cab: b: incomplete after "),
               0u);
     EXPECT_EQ(read_file(place / "x/a"), "fits");
     EXPECT_EQ(run("expand x.cab -C x.cab"), failed("harbor: x.cab: cannot use folder x.cab: it is a file\n"));

@@ -2,65 +2,16 @@
 
 #include "harbor6/stream/output.h"
 #include "host/disk/disk_folder.h"
+#include "host/disk/file_output.h"
 #include "host/platform/file_input.h"
 #include "host/platform/random_file.h"
-
-#include <cstring>
-#include <utility>
+#include "host/platform/system_error.h"
 
 namespace host {
 
 namespace {
 
-constexpr unsigned buffer_size = 65536;
-constexpr unsigned large = 16384; ///< from here on copying costs more than the call
-
-} // namespace
-
-file_output::file_output(std::shared_ptr<file_writer> file) : transfer(std::move(file)) {}
-
-file_output::~file_output() {
-    try {
-        flush();
-    } catch (const un::exception&) {
-        // The transfer is marked as failed, and its owner reports it.
-    }
-}
-
-void file_output::write(const char* buffer, unsigned length) {
-    if (length >= large || length > buffer_size - pending) {
-        flush();
-        if (length >= large) {
-            transfer->write(buffer, length);
-            return;
-        }
-    }
-    if (!gathered)
-        gathered = std::make_unique_for_overwrite<char[]>(buffer_size);
-    std::memcpy(gathered.get() + pending, buffer, length);
-    pending += length;
-}
-
-void file_output::write(char byte) {
-    write(&byte, 1);
-}
-
-std::uint64_t file_output::tell() const {
-    return transfer->watch.counted() + pending;
-}
-
-void file_output::flush() {
-    if (pending > 0)
-        transfer->write(gathered.get(), std::exchange(pending, 0));
-}
-
-void file_output::segment_begins(std::uint64_t size) {
-    transfer->watch.expect(size);
-}
-
-namespace {
-
-/// The moment that a calendar time means where this program runs.
+/// Interprets `time` in the local time zone.
 std::optional<std::time_t> local_moment(const fs::time& time) {
     std::tm parts = {};
     parts.tm_year = static_cast<int>(time.year) - 1900;
@@ -69,7 +20,7 @@ std::optional<std::time_t> local_moment(const fs::time& time) {
     parts.tm_hour = static_cast<int>(time.hour);
     parts.tm_min = static_cast<int>(time.minute);
     parts.tm_sec = static_cast<int>(time.second);
-    parts.tm_isdst = -1; // whatever was in force on that day
+    parts.tm_isdst = -1; // as summer time was on that day
     const auto moment = std::mktime(&parts);
     return moment == -1 ? std::nullopt : std::optional(moment);
 }
@@ -77,31 +28,25 @@ std::optional<std::time_t> local_moment(const fs::time& time) {
 } // namespace
 
 harbor6::data::CountedInput DiskFork::input(bool /*expanding*/) const {
-    if (!owner->stands())
-        return {};
-    auto file = owner->expansion.target.open_file(owner->folder(), owner->name());
-    return harbor6::data::CountedInput(std::make_unique<file_input>(std::move(file), owner->path()));
+    return owner->onDisk() ? harbor6::data::CountedInput(new file_input(owner->open(), owner->path()))
+                           : harbor6::data::CountedInput();
 }
 
 harbor6::data::random::CountedInput DiskFork::randomInput(bool /*expanding*/, bool /*shared*/) const {
-    if (!owner->stands())
-        return {};
-    auto file = owner->expansion.target.open_file(owner->folder(), owner->name());
-    return harbor6::data::random::CountedInput(
-        std::make_unique<random_file_input>(std::move(file), owner->path()));
+    return owner->onDisk()
+               ? harbor6::data::random::CountedInput(new random_file_input(owner->open(), owner->path()))
+               : harbor6::data::random::CountedInput();
 }
 
 harbor6::data::CountedOutput DiskFork::output(bool /*expanding*/) {
-    // The bytes of a file that can't be had still have to go somewhere.
     if (!owner->begin())
-        return harbor6::data::CountedOutput(std::make_unique<stream::infinite_output>());
-    return harbor6::data::CountedOutput(std::make_unique<file_output>(owner->transfer));
+        return harbor6::data::CountedOutput(new stream::infinite_output);
+    return harbor6::data::CountedOutput(new file_output(owner->writer, owner->data));
 }
 
 harbor6::data::random::CountedOutput DiskFork::randomOutput(bool /*expanding*/) {
-    if (!owner->begin())
-        return {};
-    return harbor6::data::random::CountedOutput(std::make_unique<random_file_output>(owner->transfer));
+    return owner->begin() ? harbor6::data::random::CountedOutput(new random_file_output(owner->writer))
+                          : harbor6::data::random::CountedOutput();
 }
 
 DiskFile::DiskFile(expansion_state& shared, std::shared_ptr<const std::string> folder)
@@ -118,8 +63,15 @@ DiskFile::~DiskFile() {
         expansion.forget(*this);
     if (state == wanted)
         expansion.log.missing(path());
-    else if (state == writing)
-        expansion.log.unfinished(path(), transfer->watch.counted(), transfer->failed_write());
+    if (state == writing) {
+        data->fail(writer->failure());
+        data->set_received(writer->size());
+        data->report(expansion.log, path());
+    }
+}
+
+file_descriptor DiskFile::open() const {
+    return expansion.target.open_file(folder(), name());
 }
 
 bool DiskFile::isCreated() {
@@ -132,8 +84,8 @@ harbor6::Folder* DiskFile::acquireParent() {
 
 void DiskFile::erase() {
     if (state == writing) {
-        transfer->discard();
-        transfer.reset();
+        writer->discard();
+        writer.reset();
         state = settled;
     } else if (state != settled || made) {
         expansion.target.remove_file(folder(), name());
@@ -141,21 +93,17 @@ void DiskFile::erase() {
     }
 }
 
-void DiskFile::adoptForks(const harbor6::File& source) {
-    File::adoptForks(source);
-    commitItem();
-}
-
-/// Whether there is a transfer to write into.
+/// Creates the file. Reports and returns false if that is impossible.
 bool DiskFile::begin() {
     if (state != wanted)
         return false;
     try {
-        transfer = std::make_shared<file_writer>(expansion.target, folder(), name(), replacing);
+        writer = std::make_shared<file_writer>(expansion.target, folder(), name(), replacing);
+        data = std::make_shared<arrival>();
         state = writing;
-    } catch (const path_error& obstacle) {
+    } catch (const path_error& failure) {
         state = settled;
-        expansion.log.refused(path(), obstacle.message());
+        expansion.log.refused(path(), failure.message());
     }
     return state == writing;
 }
@@ -164,19 +112,19 @@ void DiskFile::commitItem() {
     if (state != writing)
         return;
     state = settled;
-    const auto written = transfer->watch.counted();
-    if (transfer->whole()) {
+    if (!writer->failure().empty())
+        data->fail(writer->failure());
+    data->set_received(writer->size());
+    if (data->complete()) {
         try {
-            transfer->finish(modified);
+            writer->finish(modified);
             made = true;
-            expansion.log.done(path(), written);
         } catch (const un::exception& failure) {
-            expansion.log.unfinished(path(), written, failure.message());
+            data->fail(failure.message());
         }
-    } else {
-        expansion.log.unfinished(path(), written, transfer->failed_write());
     }
-    transfer.reset();
+    data->report(expansion.log, path());
+    writer.reset();
 }
 
 std::string DiskFile::itemName() const {
@@ -184,11 +132,11 @@ std::string DiskFile::itemName() const {
 }
 
 bool DiskFile::setItemName(const std::string& value) {
-    if (!directory_tree::name_fault(value).empty())
+    if (!name_fault(value).empty())
         return false;
-    if (stands()) {
+    if (onDisk()) {
         if (value != name())
-            expansion.target.rename(path(), directory_tree::join(folder(), value), false);
+            expansion.target.rename(path(), join_path(folder(), value), false);
         if (promised)
             expansion.forget(*this);
         promised = false;

@@ -2,12 +2,18 @@
 
 #include "harbor6/groundwork/text.h"
 #include "host/disk/disk_file.h"
+#include "host/platform/system_error.h"
 
 namespace host {
 
 namespace {
 
-/// A walk over items that it holds.
+/// Why the folder `path` can't be used.
+std::string unusable(const std::string& path, const std::string& reason) {
+    return "cannot use folder " + nio::printable(path) + ": " + reason;
+}
+
+/// Iterates over items that it owns.
 template<class T>
 class HeldItems : public pattern::Iterator<T> {
 public:
@@ -35,25 +41,30 @@ DiskFolder::DiskFolder(expansion_state& shared_expansion, std::shared_ptr<const 
       obstacle(std::move(reason)) {}
 
 void DiskFolder::make() {
-    if (!obstacle.empty() || expansion.target.recently_open(path()))
+    if (!obstacle.empty() || expansion.target.is_open(path()))
         return;
     try {
         expansion.target.make_folder(path());
-    } catch (const path_error& reason) {
-        obstacle = reason.message();
+    } catch (const path_error& failure) {
+        obstacle = failure.message();
     }
 }
 
-std::string DiskFolder::refusal(const std::string& name) {
-    auto reason = directory_tree::name_fault(name);
-    if (!reason.empty())
-        return reason;
+std::string DiskFolder::prepareFor(const std::string& name) {
+    if (auto fault = name_fault(name); !fault.empty())
+        return fault;
     make();
     return obstacle;
 }
 
+pattern::AcquiredPtr<harbor6::Folder> DiskFolder::acquireUnusable(const std::string& name,
+                                                                  const std::string& reason) const {
+    return pattern::AcquiredPtr<harbor6::Folder>(
+        new DiskFolder(expansion, folder_path, unusable(pathOf(name), reason)));
+}
+
 bool DiskFolder::isCreated() {
-    return !obstacle.empty() || expansion.target.recently_open(path());
+    return !obstacle.empty() || expansion.target.is_open(path());
 }
 
 void DiskFolder::create() {
@@ -100,39 +111,38 @@ harbor6::Item* DiskFolder::_adoptItem(harbor6::Item& item) {
         return Folder::_adoptItem(item);
     const auto from = file ? file->path() : folder->path();
     const auto name = nio::leaf(from, '/');
-    const auto to = directory_tree::join(path(), name);
+    const auto to = pathOf(name);
     expansion.target.rename(from, to, expansion.take_replaceable(path(), name));
     expansion.log.moved(from, to);
     return acquireItemFromName(name);
 }
 
-entry_kind DiskFolder::look(const std::string& name) const {
-    if (!obstacle.empty() || !directory_tree::name_fault(name).empty() ||
-        expansion.is_replaceable(path(), name))
+entry_kind DiskFolder::lookUp(const std::string& name) const {
+    if (!obstacle.empty() || !name_fault(name).empty() || expansion.is_replaceable(path(), name))
         return entry_kind::none;
     if (expansion.is_promised(path(), name))
         return entry_kind::file;
     try {
-        return expansion.target.look(path(), name);
+        return expansion.target.look_up(path(), name);
     } catch (const path_error&) {
-        // It can't be looked at, so it can't be made either, and whoever tries hears why.
+        // Creating it fails too, and that failure is reported.
         return entry_kind::none;
     }
 }
 
 harbor6::Item* DiskFolder::acquireItemFromName(const std::string& name) {
-    switch (const auto entry = look(name)) {
+    switch (const auto entry = lookUp(name)) {
     case entry_kind::none:
         return nullptr;
     case entry_kind::folder:
-        return new DiskFolder(expansion, expansion.target.intern(directory_tree::join(path(), name)), {});
+        return new DiskFolder(expansion, expansion.target.intern(pathOf(name)), {});
     default:
         return new DiskFile(expansion, folder_path, name, entry == entry_kind::file);
     }
 }
 
 bool DiskFolder::hasItemNamed(const std::string& name) const {
-    return look(name) != entry_kind::none;
+    return lookUp(name) != entry_kind::none;
 }
 
 harbor6::File* DiskFolder::_newFile() {
@@ -151,9 +161,9 @@ std::string DiskFolder::itemName() const {
 
 bool DiskFolder::setItemName(const std::string& value) {
     if (named) {
-        if (path().empty() || !obstacle.empty() || !directory_tree::name_fault(value).empty())
+        if (path().empty() || !obstacle.empty() || !name_fault(value).empty())
             return false;
-        const auto moved = directory_tree::join(nio::stem(path(), '/'), value);
+        const auto moved = join_path(nio::stem(path(), '/'), value);
         expansion.target.rename(path(), moved, false);
         folder_path = expansion.target.intern(moved);
         return true;
@@ -166,9 +176,9 @@ bool DiskFolder::setItemName(const std::string& value) {
             obstacle = "its path is too long";
         return true;
     }
-    if (const auto reason = directory_tree::name_fault(value); !reason.empty() && obstacle.empty())
-        obstacle = "cannot use folder " + nio::printable(value) + ": " + reason;
-    folder_path = expansion.target.intern(directory_tree::join(path(), value));
+    if (const auto reason = name_fault(value); !reason.empty() && obstacle.empty())
+        obstacle = unusable(value, reason);
+    folder_path = expansion.target.intern(pathOf(value));
     return true;
 }
 

@@ -4,10 +4,6 @@
 
 namespace host {
 
-journal::~journal() = default;
-
-void journal::moved(const std::string& /*from*/, const std::string& /*to*/) {}
-
 expansion_state::place expansion_state::by_place::of(const DiskFile* file) {
     return {file->folder(), file->name()};
 }

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "harbor6/model/format.h"
+#include "host/disk/journal.h"
 #include "host/platform/directory_tree.h"
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -11,49 +11,29 @@
 
 namespace host {
 
-/// Hears from target files how they fared. Paths are relative to the target; whoever prints one makes it
-/// printable.
-class journal {
-public:
-    journal() = default;
-    journal(const journal&) = delete;
-    journal& operator=(const journal&) = delete;
-    virtual ~journal();
-
-    /// The file stands whole, with `size` bytes.
-    virtual void done(const std::string& path, std::uint64_t size) = 0;
-    /// The file can't be had; the others can.
-    virtual void refused(const std::string& path, const std::string& reason) = 0;
-    /// The file was begun, and ended with `size` bytes that aren't all of it. `reason` may be empty.
-    virtual void unfinished(const std::string& path, std::uint64_t size, const std::string& reason) = 0;
-    /// The file was asked for, and nothing came for it.
-    virtual void missing(const std::string& path) = 0;
-    /// An item that was told of under the path `from`, itself or what is in it, stands as `to` now.
-    virtual void moved(const std::string& from, const std::string& to);
-};
-
 class DiskFile;
 
-/// What the folders and files of one expansion share. It outlives them all.
+/// What the folders and files on disk of one expansion share. It outlives them all. One thread.
 class expansion_state {
 public:
-    expansion_state(directory_tree& where, harbor6::Format& of_items, journal& told)
-        : target(where), format(of_items), log(told) {}
+    expansion_state(directory_tree& target_tree, harbor6::Format& plain_format, journal& reports)
+        : target(target_tree), format(plain_format), log(reports) {}
 
     directory_tree& target;
-    harbor6::Format& format; ///< the format of items on disk
+    harbor6::Format& format; ///< of items outside any archive
     journal& log;
-    bool folders_on_demand = false; ///< a folder is made with the first file in it, not before
+    bool folders_on_demand = false; ///< a folder is created with the first file in it, not before
 
-    /// Lets the next file of that name take the place of what bears it.
+    /// Lets the next file replace the existing entry `name` of `folder`. Only the last call counts.
     void replace_next(const std::string& folder, const std::string& name) {
         replaceable.emplace(folder, name);
     }
     bool is_replaceable(const std::string& folder, const std::string& name) const;
-    /// Whether the file may replace; says so once.
+    /// Whether the file may replace an existing entry; ends the permission, whatever the answer.
     bool take_replaceable(const std::string& folder, const std::string& name);
 
-    /// Names that were given to files which don't stand on disk yet. The second of two equal ones isn't kept.
+    /// Reserves the path of a file that doesn't exist on disk yet, until forget(). Returns false if another
+    /// file has reserved that path. The file keeps its path and stays alive meanwhile.
     bool promise(const DiskFile& file);
     void forget(const DiskFile& file);
     bool is_promised(const std::string& folder, const std::string& name) const;

@@ -1,33 +1,33 @@
 #pragma once
 
 #include "harbor6/model/single_fork_file.h"
-#include "host/disk/disk_file.h"
+#include "host/disk/plain_item.h"
 #include "host/platform/file_input.h"
 
 namespace host {
 
-/// The bytes of the archive's file.
+/// The bytes of an archive's file.
 class SourceFork : public harbor6::Fork {
 public:
     explicit SourceFork(std::unique_ptr<file_input> bytes);
 
     file_input& storage() const { return *bytes; }
 
+    /// The one stream, set back to its beginning. Raises stream::exception if that is impossible.
     harbor6::data::CountedInput input(bool expanding) const override;
     /// Empty on a pipe.
     harbor6::data::random::CountedInput randomInput(bool expanding, bool shared) const override;
 
 private:
-    file_input* bytes; ///< held by `lent`
-    harbor6::data::CountedInput lent;
+    file_input* bytes; ///< owned by `stream`
+    harbor6::data::CountedInput stream;
 };
 
-/// The archive's file as the item model sees it: a name, and one stream of bytes, which everybody shares.
-/// Each request for the stream sets it back to its beginning; on a pipe that works as long as the stream
-/// still holds it.
+/// The file of an archive as an item: a name, and one stream of bytes, which all users share. Each request
+/// for the stream sets it back to its beginning; on a pipe that works while the stream still holds it.
 class SourceFile : public harbor6::OneForkFile<SourceFork>, public PlainItem<SourceFile> {
 public:
-    SourceFile(harbor6::Format& format, std::string name, std::unique_ptr<file_input> bytes);
+    SourceFile(harbor6::Format& plain_format, std::string name, std::unique_ptr<file_input> bytes);
 
     file_input& storage() const { return fork.storage(); }
 

@@ -1,6 +1,7 @@
 #include "host/platform/console.h"
 
 #include "host/platform/file_descriptor.h"
+#include "host/platform/system_error.h"
 
 #include <cerrno>
 #include <csignal>
@@ -10,24 +11,11 @@ namespace host {
 
 namespace {
 
-constexpr std::size_t enough = 32768;
-
-/// Returns the error number, 0 if all went out.
-int write_all(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const auto went = write(descriptor, text.data(), text.size());
-        if (went >= 0)
-            text.remove_prefix(static_cast<std::size_t>(went));
-        else if (errno != EINTR)
-            return errno;
-    }
-    return 0;
-}
+constexpr std::size_t flush_size = 32768;
 
 } // namespace
 
 console::console() {
-    // Neither a reader that leaves nor a limit on file sizes may end an expansion halfway without a word.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 }
@@ -38,13 +26,13 @@ console::~console() {
 
 void console::print(std::string_view text) {
     pending += text;
-    if (pending.size() >= enough)
+    if (pending.size() >= flush_size)
         flush();
 }
 
 void console::flush() {
     if (error == 0)
-        error = write_all(STDOUT_FILENO, pending);
+        error = write_all(STDOUT_FILENO, pending).error;
     pending.clear();
 }
 
@@ -53,7 +41,7 @@ std::string console::finish() {
     return error == 0 || error == EPIPE ? std::string() : error_text(error);
 }
 
-void complain(std::string line) {
+void print_error_line(std::string line) {
     line += '\n';
     write_all(STDERR_FILENO, line);
 }

@@ -5,8 +5,9 @@
 
 namespace host {
 
-/// The standard output, gathered and written in large pieces. When nobody reads it any more, what follows is
-/// dropped without a word; any other failure is kept for `finish`.
+/// The standard output, buffered. Once its reader has closed the pipe, further output is dropped silently;
+/// any other failure is kept for `finish`. Making one lets the process ignore SIGPIPE and SIGXFSZ, so that
+/// such writes fail instead of ending it. One thread.
 class console {
 public:
     console();
@@ -16,7 +17,7 @@ public:
 
     void print(std::string_view text);
     void flush();
-    /// Flushes, and gives the cause of the first failure, empty if there was none.
+    /// Flushes, and returns the cause of the first failure, empty if there was none.
     std::string finish();
 
 private:
@@ -24,7 +25,7 @@ private:
     int error = 0;
 };
 
-/// Writes one line to the standard error, whole.
-void complain(std::string line);
+/// Writes one line to the standard error, in one piece.
+void print_error_line(std::string line);
 
 } // namespace host

@@ -1,6 +1,7 @@
 #include "host/platform/directory_tree.h"
 
 #include "harbor6/groundwork/text.h"
+#include "host/platform/system_error.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -15,11 +16,11 @@ namespace host {
 
 namespace {
 
-constexpr std::size_t most_open = 16;
+constexpr std::size_t most_open_folders = 16;
 constexpr std::size_t longest_name = 255;
-constexpr int as_folder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+constexpr int folder_flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
-/// Says what stands in the way where a folder should be.
+/// Raises `error`, and says so if a file or a link exists where a folder is needed.
 [[noreturn]] void fail_on_folder(int parent, const char* leaf, const std::string& folder, int error) {
     struct stat status = {};
     if ((error == ENOTDIR || error == ELOOP) && fstatat(parent, leaf, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
@@ -35,38 +36,38 @@ constexpr int as_folder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 directory_tree::directory_tree(std::string path, bool follow)
     : root_path(std::move(path)), follow_root(follow) {}
 
-std::string directory_tree::join(const std::string& folder, const std::string& name) {
+std::string join_path(const std::string& folder, const std::string& name) {
     return folder.empty() ? name : folder + '/' + name;
 }
 
-std::string directory_tree::name_fault(const std::string& name) {
+std::string name_fault(const std::string& name) {
     if (name.empty())
-        return "it has no name";
+        return "its name is empty";
     if (name == "." || name == "..")
-        return "no file can have this name";
+        return "its name is reserved";
     if (name.find('\0') != name.npos || name.find('/') != name.npos)
-        return "its name holds a character that no file name can hold";
+        return "its name contains a character that is not allowed in file names";
     if (name.size() > longest_name)
         return "its name is too long";
     return {};
 }
 
-directory_tree::handle directory_tree::open_root(missing policy) {
+directory_tree::handle directory_tree::open_root(if_missing policy) {
     if (root)
         return root;
-    const int flags = as_folder | (follow_root ? 0 : O_NOFOLLOW);
+    const int flags = folder_flags | (follow_root ? 0 : O_NOFOLLOW);
     file_descriptor opened(::open(root_path.c_str(), flags));
     if (!opened && errno == ENOENT) {
-        if (policy == missing::is_null)
+        if (policy == if_missing::return_null)
             return nullptr;
         std::error_code error;
         std::filesystem::create_directories(root_path, error);
         if (error)
-            throw_system_error("make folder", root_path, error.value());
+            throw_system_error("create folder", root_path, error.value());
         opened = file_descriptor(::open(root_path.c_str(), flags));
     }
     if (!opened) {
-        // Without its root nothing of the archive can be written.
+        // Without the top nothing can be written: this is no path_error.
         try {
             fail_on_folder(AT_FDCWD, root_path.c_str(), root_path, errno);
         } catch (const path_error& obstacle) {
@@ -78,25 +79,25 @@ directory_tree::handle directory_tree::open_root(missing policy) {
 }
 
 directory_tree::handle directory_tree::open_child(const file_descriptor& parent, const std::string& folder,
-                                                  missing policy) {
+                                                  if_missing policy) {
     const auto leaf = nio::leaf(folder, '/');
     if (const auto reason = name_fault(leaf); !reason.empty())
         throw path_error("cannot use folder " + nio::printable(folder) + ": " + reason,
                          "host::directory_tree");
-    file_descriptor opened(openat(parent.get(), leaf.c_str(), as_folder | O_NOFOLLOW));
+    file_descriptor opened(openat(parent.get(), leaf.c_str(), folder_flags | O_NOFOLLOW));
     if (!opened && errno == ENOENT) {
-        if (policy == missing::is_null)
+        if (policy == if_missing::return_null)
             return nullptr;
         if (mkdirat(parent.get(), leaf.c_str(), 0777) != 0 && errno != EEXIST)
-            throw_system_error("make folder", folder, errno);
-        opened = file_descriptor(openat(parent.get(), leaf.c_str(), as_folder | O_NOFOLLOW));
+            throw_system_error("create folder", folder, errno);
+        opened = file_descriptor(openat(parent.get(), leaf.c_str(), folder_flags | O_NOFOLLOW));
     }
     if (!opened)
         fail_on_folder(parent.get(), leaf.c_str(), folder, errno);
     return std::make_shared<const file_descriptor>(std::move(opened));
 }
 
-directory_tree::handle directory_tree::open(const std::string& folder, missing policy) {
+directory_tree::handle directory_tree::open(const std::string& folder, if_missing policy) {
     if (folder.empty())
         return open_root(policy);
     const auto found = std::find_if(recent.begin(), recent.end(),
@@ -111,21 +112,21 @@ directory_tree::handle directory_tree::open(const std::string& folder, missing p
     auto opened = open_child(*parent, folder, policy);
     if (!opened)
         return nullptr;
-    if (recent.size() == most_open)
+    if (recent.size() == most_open_folders)
         recent.pop_back();
     recent.insert(recent.begin(), {std::make_shared<const std::string>(folder), opened});
     return opened;
 }
 
-entry_kind directory_tree::look(const std::string& folder, const std::string& name) {
-    const auto parent = open(folder, missing::is_null);
+entry_kind directory_tree::look_up(const std::string& folder, const std::string& name) {
+    const auto parent = open(folder, if_missing::return_null);
     struct stat status = {};
     if (!parent)
         return entry_kind::none;
     if (fstatat(parent->get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno == ENOENT)
             return entry_kind::none;
-        throw_system_error("look at", join(folder, name), errno);
+        throw_system_error("look at", join_path(folder, name), errno);
     }
     return S_ISREG(status.st_mode)   ? entry_kind::file
            : S_ISDIR(status.st_mode) ? entry_kind::folder
@@ -134,11 +135,11 @@ entry_kind directory_tree::look(const std::string& folder, const std::string& na
 
 std::vector<std::string> directory_tree::names(const std::string& folder) {
     std::vector<std::string> found;
-    const auto opened = open(folder, missing::is_null);
+    const auto opened = open(folder, if_missing::return_null);
     if (!opened)
         return found;
-    // A descriptor of its own: reading a folder moves the one that it is read by.
-    file_descriptor reading(openat(opened->get(), ".", as_folder));
+    // readdir moves the position of its descriptor, so it gets one of its own.
+    file_descriptor reading(openat(opened->get(), ".", folder_flags));
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(reading ? fdopendir(reading.get()) : nullptr, closedir);
     if (!entries)
         throw_system_error("read folder", folder, errno);
@@ -151,7 +152,7 @@ std::vector<std::string> directory_tree::names(const std::string& folder) {
 }
 
 std::optional<fs::Spec> directory_tree::identity(const std::string& folder, const std::string& name) {
-    const auto parent = open(folder, missing::is_null);
+    const auto parent = open(folder, if_missing::return_null);
     struct stat status = {};
     if (!parent || fstatat(parent->get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH) != 0)
         return std::nullopt;
@@ -162,16 +163,16 @@ std::optional<fs::Spec> directory_tree::identity(const std::string& folder, cons
 }
 
 file_descriptor directory_tree::open_file(const std::string& folder, const std::string& name) {
-    const auto parent = open(folder, missing::is_null);
+    const auto parent = open(folder, if_missing::return_null);
     file_descriptor file(parent ? openat(parent->get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC)
                                 : -1);
     if (!file)
-        throw_system_error("read", join(folder, name), parent ? errno : ENOENT);
+        throw_system_error("read", join_path(folder, name), parent ? errno : ENOENT);
     return file;
 }
 
 void directory_tree::rename(const std::string& from, const std::string& to, bool replace) {
-    const auto source = open(nio::stem(from, '/'), missing::is_null);
+    const auto source = open(nio::stem(from, '/'), if_missing::return_null);
     const auto destination = make_folder(nio::stem(to, '/'));
     const auto old_name = nio::leaf(from, '/');
     const auto new_name = nio::leaf(to, '/');
@@ -183,19 +184,19 @@ void directory_tree::rename(const std::string& from, const std::string& to, bool
 }
 
 void directory_tree::remove_file(const std::string& folder, const std::string& name) {
-    const auto parent = open(folder, missing::is_null);
+    const auto parent = open(folder, if_missing::return_null);
     if (!parent || unlinkat(parent->get(), name.c_str(), 0) != 0)
-        throw_system_error("remove", join(folder, name), parent ? errno : ENOENT);
+        throw_system_error("remove", join_path(folder, name), parent ? errno : ENOENT);
 }
 
 void directory_tree::remove_folder(const std::string& folder) {
-    const auto parent = open(nio::stem(folder, '/'), missing::is_null);
+    const auto parent = open(nio::stem(folder, '/'), if_missing::return_null);
     if (!parent || unlinkat(parent->get(), nio::leaf(folder, '/').c_str(), AT_REMOVEDIR) != 0)
         throw_system_error("remove folder", folder, parent ? errno : ENOENT);
     forget(folder);
 }
 
-/// Lets go of a folder, and of all below it, that bears its name no more.
+/// Closes a folder that was renamed or removed, and all folders below it.
 void directory_tree::forget(const std::string& folder) {
     std::erase_if(recent, [&](const open_folder& entry) {
         return *entry.path == folder || entry.path->starts_with(folder + '/');
@@ -203,10 +204,10 @@ void directory_tree::forget(const std::string& folder) {
 }
 
 std::shared_ptr<const file_descriptor> directory_tree::make_folder(const std::string& folder) {
-    return open(folder, missing::is_made);
+    return open(folder, if_missing::create);
 }
 
-bool directory_tree::recently_open(const std::string& folder) const {
+bool directory_tree::is_open(const std::string& folder) const {
     return folder.empty() ? root != nullptr
                           : std::any_of(recent.begin(), recent.end(),
                                         [&](const open_folder& entry) { return *entry.path == folder; });

@@ -10,46 +10,47 @@
 
 namespace host {
 
-/// What stands under a name. A link is a link, wherever it leads.
+/// The path of `name` in `folder`, where "" is the top.
+std::string join_path(const std::string& folder, const std::string& name);
+/// Why `name` can't be the name of a file or folder; empty if it can.
+std::string name_fault(const std::string& name);
+
+/// What exists under a name. A symbolic link is `other`, wherever it leads.
 enum class entry_kind { none, file, folder, other };
 
-/// The folder on disk into which an archive is expanded, and the only road to anything in it. Folders below
-/// it are named by their path from it ("" is the folder itself, "a/b" one below), and every path is walked
-/// one component at a time from the target's own descriptor, never through a symbolic link. A handful of
-/// folders is kept open, whatever their number and depth. The target itself is opened when first needed, and
-/// made when something is first written.
+/// A folder on disk and everything below it. Folders below it are named by their path from it ("" is the
+/// folder itself, "a/b" one below). Each path is resolved one component at a time from the top's own
+/// descriptor, never through a symbolic link, so nothing outside can be reached. A handful of folders stays
+/// open, whatever their number and depth. The top itself is opened on first use, and created by the first
+/// write.
 ///
-/// Every operation raises path_error for what concerns one name alone, fs::Exception for the rest. One
-/// thread.
+/// Every operation raises path_error for a failure that concerns one path alone, fs::Exception for others.
+/// One thread.
 class directory_tree {
 public:
-    /// With `follow` false not even the target itself may be a symbolic link.
+    /// With `follow` false not even the top itself may be a symbolic link.
     directory_tree(std::string path, bool follow);
 
-    /// What stands under `name` in `folder`: one system call when the folder is open.
-    entry_kind look(const std::string& folder, const std::string& name);
-    /// The names in `folder`, sorted; none if it isn't there.
+    /// What exists under `name` in `folder`: one system call if the folder is open.
+    entry_kind look_up(const std::string& folder, const std::string& name);
+    /// The names in `folder`, sorted; none if it doesn't exist.
     std::vector<std::string> names(const std::string& folder);
-    /// Which object of the file system stands under `name`; nothing if none does. An empty name is `folder`.
+    /// Which object of the file system exists under `name`, if any. An empty name means `folder`.
     std::optional<fs::Spec> identity(const std::string& folder, const std::string& name);
-    /// Opens a file for reading; not through a symbolic link.
+    /// Opens a file for reading; fails on a symbolic link.
     file_descriptor open_file(const std::string& folder, const std::string& name);
-    /// Gives what stands under `from` a new place; what stands there already is in the way unless `replace`.
+    /// Moves `from` to the path `to`. An existing entry there is a failure unless `replace`.
     void rename(const std::string& from, const std::string& to, bool replace);
     void remove_file(const std::string& folder, const std::string& name);
     /// Removes an empty folder.
     void remove_folder(const std::string& folder);
-    /// Opens `folder`, and makes it and what is missing above it; one that stands already is fine.
+    /// Opens `folder`, creating it and missing folders above it.
     std::shared_ptr<const file_descriptor> make_folder(const std::string& folder);
-    /// Whether the folder was opened a short while ago, and so exists.
-    bool recently_open(const std::string& folder) const;
-    /// The text of `folder`, shared with others that name the same folder where that is easily found out.
+    /// Whether the folder is open, and so exists.
+    bool is_open(const std::string& folder) const;
+    /// The text of `folder`, shared with the open folder of that path if there is one: saves memory where
+    /// many files keep the path of their folder.
     std::shared_ptr<const std::string> intern(const std::string& folder) const;
-
-    /// `name` in `folder` as one path from the target.
-    static std::string join(const std::string& folder, const std::string& name);
-    /// Why no file or folder can bear `name`; empty if one can.
-    static std::string name_fault(const std::string& name);
 
 private:
     using handle = std::shared_ptr<const file_descriptor>;
@@ -57,17 +58,17 @@ private:
         std::shared_ptr<const std::string> path;
         handle descriptor;
     };
-    enum class missing { is_null, is_made };
+    enum class if_missing { return_null, create };
 
-    handle open(const std::string& folder, missing policy);
-    handle open_root(missing policy);
+    handle open(const std::string& folder, if_missing policy);
+    handle open_root(if_missing policy);
+    handle open_child(const file_descriptor& parent, const std::string& folder, if_missing policy);
     void forget(const std::string& folder);
-    handle open_child(const file_descriptor& parent, const std::string& folder, missing policy);
 
     std::string root_path;
     bool follow_root;
     handle root;
-    std::vector<open_folder> recent; ///< the one used last in front
+    std::vector<open_folder> recent; ///< most recently used first
 };
 
 } // namespace host

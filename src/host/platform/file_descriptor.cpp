@@ -1,11 +1,7 @@
 #include "host/platform/file_descriptor.h"
 
-#include "harbor6/groundwork/text.h"
-
 #include <cerrno>
-#include <system_error>
 #include <unistd.h>
-#include <utility>
 
 namespace host {
 
@@ -29,27 +25,43 @@ int file_descriptor::close() {
     return closing < 0 || ::close(closing) == 0 ? 0 : errno;
 }
 
-void throw_system_error(const std::string& action, const std::string& name, int error) {
-    const auto text = "cannot " + action + " " + nio::printable(name) + ": " + error_text(error);
-    switch (error) {
-    case EEXIST:
-    case EILSEQ:
-    case EINVAL:
-    case EISDIR:
-    case ELOOP:
-    case ENAMETOOLONG:
-    case ENOENT:
-    case ENOTDIR:
-    case ENOTEMPTY:
-    case ENXIO:
-        throw path_error(text, "host::throw_system_error");
-    default:
-        throw fs::Exception(text, "host::throw_system_error");
-    }
+namespace {
+
+template<class Call>
+ssize_t repeat_if_interrupted(Call call) {
+    ssize_t result;
+    do
+        result = call();
+    while (result < 0 && errno == EINTR);
+    return result;
 }
 
-std::string error_text(int error) {
-    return std::generic_category().message(error);
+} // namespace
+
+std::ptrdiff_t read_some(int descriptor, char* buffer, std::size_t length,
+                         std::optional<std::uint64_t> offset) {
+    return repeat_if_interrupted([&] {
+        return offset ? pread(descriptor, buffer, length, static_cast<off_t>(*offset))
+                      : read(descriptor, buffer, length);
+    });
+}
+
+write_result write_all(int descriptor, std::string_view bytes, std::optional<std::uint64_t> offset) {
+    write_result result;
+    while (result.written < bytes.size()) {
+        const auto rest = bytes.substr(result.written);
+        const auto count = repeat_if_interrupted([&] {
+            return offset ? pwrite(descriptor, rest.data(), rest.size(),
+                                   static_cast<off_t>(*offset + result.written))
+                          : write(descriptor, rest.data(), rest.size());
+        });
+        if (count <= 0) {
+            result.error = count < 0 ? errno : ENOSPC;
+            break;
+        }
+        result.written += static_cast<std::size_t>(count);
+    }
+    return result;
 }
 
 } // namespace host

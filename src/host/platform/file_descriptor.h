@@ -1,8 +1,9 @@
 #pragma once
 
-#include "harbor6/groundwork/exception.h"
-
-#include <string>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
 #include <utility>
 
 namespace host {
@@ -18,27 +19,27 @@ public:
 
     int get() const { return number; }
     explicit operator bool() const { return number >= 0; }
-    /// Gives the descriptor away.
+    /// Returns the descriptor, which then belongs to the caller.
     int release() { return std::exchange(number, -1); }
-    /// Closes now and returns the error number, 0 if all went well or nothing was open.
+    /// Closes now and returns the error number, 0 on success or if nothing was open.
     int close();
 
 private:
     int number = -1;
 };
 
-/// A failure that concerns one name alone: something else stands there, or no disk can bear it. What else
-/// there is to write can still be written.
-class path_error : public fs::Exception {
-public:
-    using fs::Exception::Exception;
+// Reading and writing that goes on after a signal interrupted it. With `offset` the bytes are those at that
+// place of a plain file, and the descriptor's own position stays; without, those at its position.
+
+/// Reads up to `length` bytes. Returns their number, 0 at the end of the data, or -1 and leaves the error
+/// number in errno.
+std::ptrdiff_t read_some(int descriptor, char* buffer, std::size_t length,
+                         std::optional<std::uint64_t> offset = {});
+/// What a write_all achieved. `error` is 0 if all was written.
+struct write_result {
+    std::size_t written = 0;
+    int error = 0;
 };
-
-/// Raises `error` for `name` (relative to the target, or as the user gave it), as a path_error if it
-/// concerns that name alone, else as a plain fs::Exception. The text is "cannot ACTION NAME: CAUSE".
-[[noreturn]] void throw_system_error(const std::string& action, const std::string& name, int error);
-
-/// The platform's words for an error number.
-std::string error_text(int error);
+write_result write_all(int descriptor, std::string_view bytes, std::optional<std::uint64_t> offset = {});
 
 } // namespace host

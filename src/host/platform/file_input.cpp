@@ -1,5 +1,7 @@
 #include "host/platform/file_input.h"
 
+#include "host/platform/system_error.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -35,17 +37,12 @@ std::uint64_t file_input::oldest() const {
 bool file_input::refill() {
     const auto at = filled & (ring_size - 1);
     const auto room = static_cast<std::size_t>(std::min(chunk, ring_size - at));
-    for (;;) {
-        const auto came =
-            regular ? pread(source.get(), ring.get() + at, room, static_cast<off_t>(origin + filled))
-                    : ::read(source.get(), ring.get() + at, room);
-        if (came >= 0) {
-            filled += static_cast<std::uint64_t>(came);
-            return came > 0;
-        }
-        if (errno != EINTR)
-            throw_system_error("read", name, errno);
-    }
+    const auto came = read_some(source.get(), ring.get() + at, room,
+                                regular ? std::optional(origin + filled) : std::nullopt);
+    if (came < 0)
+        throw_system_error("read", name, errno);
+    filled += static_cast<std::uint64_t>(came);
+    return came > 0;
 }
 
 unsigned file_input::_read(char* buffer, unsigned length) {
@@ -73,10 +70,10 @@ int file_input::_read() {
 std::uint64_t file_input::_skip(std::uint64_t count) {
     const auto start = place;
     if (regular && count > filled - place + chunk) {
-        // What lies between is never looked at; the last of it is left to the loop, which finds the end.
-        const auto known = size();
-        if (known > place + chunk)
-            restart_at(std::min(place + count, known) - chunk);
+        // Jump over all but the last chunk, which the loop below reads to find the end.
+        const auto end = size();
+        if (end > place + chunk)
+            restart_at(std::min(place + count, end) - chunk);
     }
     while (place - start < count) {
         if (place == filled && !refill()) {
@@ -136,7 +133,7 @@ file_descriptor file_input::duplicate() const {
 }
 
 file_descriptor open_input(const std::string& path) {
-    // Without O_NONBLOCK a named pipe that nobody writes to waits for a writer, as any reader of one does.
+    // Without O_NONBLOCK opening a named pipe waits for its writer.
     file_descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!file)
         throw fs::Exception(error_text(errno), "host::open_input");

@@ -1,5 +1,8 @@
 #include "host/platform/file_writer.h"
 
+#include "host/platform/system_error.h"
+
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -22,7 +25,7 @@ extern "C" void remove_and_end(int signal) {
     std::raise(signal);
 }
 
-void watch_signals() {
+void install_handlers() {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         if (std::signal(signal, remove_and_end) == SIG_IGN)
             std::signal(signal, SIG_IGN);
@@ -31,9 +34,8 @@ void watch_signals() {
 } // namespace
 
 remove_on_signal::remove_on_signal(int folder, const char* name) : mine(name) {
-    static const bool watching = (watch_signals(), true);
-    static_cast<void>(watching);
-    unfinished_name = nullptr; // never one file's name with another's folder
+    [[maybe_unused]] static const bool installed = (install_handlers(), true);
+    unfinished_name = nullptr; // so that the handler never joins one file's name with another's folder
     unfinished_folder = folder;
     unfinished_name = name;
 }
@@ -44,7 +46,7 @@ remove_on_signal::~remove_on_signal() {
 
 namespace {
 
-constexpr int as_new_file = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+constexpr int create_flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
 
 std::string unused_name() {
     static unsigned number = 0;
@@ -55,13 +57,12 @@ std::string unused_name() {
 
 file_writer::file_writer(directory_tree& target, const std::string& folder_path, const std::string& file_name,
                          bool replacing)
-    : path(directory_tree::join(folder_path, file_name)), folder(target.make_folder(folder_path)),
-      name(file_name) {
+    : path(join_path(folder_path, file_name)), folder(target.make_folder(folder_path)), name(file_name) {
     do {
         if (replacing)
             temporary = unused_name();
         const auto& created = replacing ? temporary : name;
-        file = file_descriptor(openat(folder->get(), created.c_str(), as_new_file, 0666));
+        file = file_descriptor(openat(folder->get(), created.c_str(), create_flags, 0666));
     } while (!file && replacing && errno == EEXIST);
     if (!file)
         throw_system_error("create", path, errno);
@@ -73,36 +74,22 @@ file_writer::~file_writer() {
         unlinkat(folder->get(), temporary.c_str(), 0);
 }
 
-void file_writer::write(const char* bytes, std::size_t length) {
-    while (length > 0) {
-        const auto went = ::write(file.get(), bytes, length);
-        if (went < 0 && errno == EINTR)
-            continue;
-        if (went <= 0)
-            fail(went < 0 ? errno : ENOSPC);
-        bytes += went;
-        length -= static_cast<std::size_t>(went);
-        watch.add(static_cast<std::uint64_t>(went));
-    }
+void file_writer::write(std::string_view bytes) {
+    write_at(end, bytes);
+    end += bytes.size();
 }
 
-void file_writer::write_at(std::uint64_t offset, const char* bytes, std::size_t length) {
-    while (length > 0) {
-        const auto went = pwrite(file.get(), bytes, length, static_cast<off_t>(offset));
-        if (went < 0 && errno == EINTR)
-            continue;
-        if (went <= 0)
-            fail(went < 0 ? errno : ENOSPC);
-        bytes += went;
-        offset += static_cast<std::uint64_t>(went);
-        length -= static_cast<std::size_t>(went);
-        watch.add(offset > watch.counted() ? offset - watch.counted() : 0);
-    }
+void file_writer::write_at(std::uint64_t offset, std::string_view bytes) {
+    const auto result = write_all(file.get(), bytes, offset);
+    extent = std::max(extent, offset + result.written);
+    if (result.error != 0)
+        fail(result.error);
 }
 
 void file_writer::resize(std::uint64_t size) {
     if (ftruncate(file.get(), static_cast<off_t>(size)) != 0)
         fail(errno);
+    extent = size;
 }
 
 void file_writer::discard() {
@@ -112,7 +99,7 @@ void file_writer::discard() {
 }
 
 void file_writer::fail(int error) {
-    failure = error_text(error);
+    cause = error_text(error);
     throw_system_error("write", path, error);
 }
 

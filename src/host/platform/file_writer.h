@@ -4,31 +4,14 @@
 
 #include <cstdint>
 #include <ctime>
-#include <exception>
 #include <optional>
+#include <string_view>
 
 namespace host {
 
-/// Counts the bytes of one file and knows whether they are all. Where nobody said how many there will be,
-/// they are all unless a failure is on its way through the stack that wasn't there when the count began.
-class segment_watch {
-public:
-    void expect(std::uint64_t size) { expected = size; }
-    void add(std::uint64_t bytes) { count += bytes; }
-    std::uint64_t counted() const { return count; }
-    bool whole() const {
-        return expected ? count == *expected : std::uncaught_exceptions() <= failures_around;
-    }
-
-private:
-    std::optional<std::uint64_t> expected;
-    std::uint64_t count = 0;
-    int failures_around = std::uncaught_exceptions();
-};
-
-/// As long as one lives, a signal that ends the program (SIGINT, SIGTERM or SIGHUP, where it isn't ignored)
-/// removes the file `name` of the open folder `folder` first: a half file is not taken for a whole one, and
-/// no temporary one stays. Of several the one made last counts. `name` has to stay.
+/// While one lives, a signal that ends the process (SIGINT, SIGTERM or SIGHUP, unless ignored) first removes
+/// the file `name` of the open folder `folder`, so that no partial or temporary file is left. If several
+/// live, the one made last counts. `name` must stay valid.
 class remove_on_signal {
 public:
     remove_on_signal(int folder, const char* name);
@@ -40,33 +23,33 @@ private:
     const char* mine;
 };
 
-/// One file on its way to the disk, from its creation to its end. A new file is created exclusively and keeps
-/// what it got if it isn't finished. With `replacing` the bytes go into a temporary file beside the old one,
-/// which takes the old one's place in finish() and not before; unfinished it is removed. A signal that ends
-/// the program removes either. At most one file is open at a time as long as transfers aren't kept.
+/// Writes one file of a directory_tree. A new file is created exclusively and keeps what was written even
+/// without finish(). With `replacing` the bytes go into a temporary file in the same folder, which replaces
+/// the old file in finish() and not before; without finish() it is removed. A signal that ends the process
+/// removes either. One thread.
 class file_writer {
 public:
-    /// Creates the file, folders above it included. Fails as directory_tree does.
+    /// Creates the file and the folders above it. Fails as directory_tree does.
     file_writer(directory_tree& target, const std::string& folder, const std::string& name, bool replacing);
     file_writer(const file_writer&) = delete;
     file_writer& operator=(const file_writer&) = delete;
     ~file_writer();
 
-    /// Takes all bytes, or raises and counts as failed from then on.
-    void write(const char* bytes, std::size_t length);
-    /// The same at a place of its own, and the file's size. These count as all that the file is to get.
-    void write_at(std::uint64_t offset, const char* bytes, std::size_t length);
+    /// Writes all bytes behind those of the last write, or raises fs::Exception; failure() then has the
+    /// cause.
+    void write(std::string_view bytes);
+    /// The same at the place `offset` of the file.
+    void write_at(std::uint64_t offset, std::string_view bytes);
     void resize(std::uint64_t size);
+    /// Bytes from the start of the file to the last one written.
+    std::uint64_t size() const { return extent; }
+    /// The cause of the write that failed, empty if none did.
+    const std::string& failure() const { return cause; }
+
     /// Removes what was written.
     void discard();
-    /// Whether the file got all that it was to get, and no write failed.
-    bool whole() const { return failure.empty() && watch.whole(); }
-    /// The text of the write that failed, empty if none did.
-    const std::string& failed_write() const { return failure; }
-
-    segment_watch watch;
-
-    /// Sets the time, closes the file, and lets it take its place. After a failure it counts as unfinished.
+    /// Sets the time, closes the file and puts it under its name. Raises fs::Exception; the file then counts
+    /// as unfinished.
     void finish(const std::optional<std::time_t>& modified);
 
 private:
@@ -78,7 +61,9 @@ private:
     std::string temporary; ///< empty for a new file
     file_descriptor file;
     std::optional<remove_on_signal> unfinished;
-    std::string failure;
+    std::uint64_t end = 0; ///< of the last write()
+    std::uint64_t extent = 0;
+    std::string cause;
 };
 
 } // namespace host

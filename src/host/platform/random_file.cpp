@@ -1,9 +1,10 @@
 #include "host/platform/random_file.h"
 
+#include "host/platform/system_error.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace host {
 
@@ -27,9 +28,7 @@ std::uint64_t random_file_input::size() const {
 unsigned random_file_input::_read(char* buffer, unsigned length) {
     unsigned done = 0;
     while (done < length) {
-        const auto came = pread(source.get(), buffer + done, length - done, static_cast<off_t>(place));
-        if (came < 0 && errno == EINTR)
-            continue;
+        const auto came = read_some(source.get(), buffer + done, length - done, place);
         if (came < 0)
             throw_system_error("read", name, errno);
         if (came == 0)
@@ -45,10 +44,10 @@ int random_file_input::_read() {
     return _read(&byte, 1) == 1 ? static_cast<unsigned char>(byte) : -1;
 }
 
-random_file_output::random_file_output(std::shared_ptr<file_writer> file) : transfer(std::move(file)) {}
+random_file_output::random_file_output(std::shared_ptr<file_writer> writer) : file(std::move(writer)) {}
 
 void random_file_output::write(const char* buffer, unsigned length) {
-    transfer->write_at(place, buffer, length);
+    file->write_at(place, {buffer, length});
     place += length;
     extent = std::max(extent, place);
 }
@@ -65,7 +64,7 @@ bool random_file_output::seek(std::uint64_t value) {
 }
 
 void random_file_output::resize(std::uint64_t size) {
-    transfer->resize(size);
+    file->resize(size);
     extent = size;
     place = std::min(place, extent);
 }

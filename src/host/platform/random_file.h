@@ -7,7 +7,7 @@
 
 namespace host {
 
-/// Reads any part of a plain file, in the order that its user likes.
+/// Reads a plain file in any order. One thread at a time. A failed read raises fs::Exception.
 class random_file_input : public stream::random::input {
 public:
     /// `name` is for messages.
@@ -30,10 +30,10 @@ private:
     std::uint64_t place = 0;
 };
 
-/// Writes a file on its way to the disk in any order.
+/// Writes a file of the target in any order. Fails as file_writer does.
 class random_file_output : public stream::random::output {
 public:
-    explicit random_file_output(std::shared_ptr<file_writer> transfer);
+    explicit random_file_output(std::shared_ptr<file_writer> file);
 
     using stream::random::output::write;
 
@@ -46,7 +46,7 @@ public:
     void resize(std::uint64_t size) override;
 
 private:
-    std::shared_ptr<file_writer> transfer;
+    std::shared_ptr<file_writer> file;
     std::uint64_t place = 0;
     std::uint64_t extent = 0;
 };

@@ -1,5 +1,6 @@
 #include "host/disk/disk_file.h"
 #include "host/disk/disk_folder.h"
+#include "support/memory_streams.h"
 #include "support/refusal.h"
 #include "support/temporary_folder.h"
 
@@ -13,21 +14,21 @@ using support::read_file;
 using support::tree;
 using support::write_file;
 
-/// Keeps what it is told, a line each.
+/// Keeps each report as a line.
 struct recorder : host::journal {
     void done(const std::string& path, std::uint64_t size) override {
-        heard += path + " " + std::to_string(size) + "\n";
+        lines += path + " " + std::to_string(size) + "\n";
     }
     void refused(const std::string& path, const std::string& reason) override {
-        heard += path + ": " + reason + "\n";
+        lines += path + ": " + reason + "\n";
     }
     void unfinished(const std::string& path, std::uint64_t size, const std::string&) override {
-        heard += path + " only " + std::to_string(size) + "\n";
+        lines += path + " only " + std::to_string(size) + "\n";
     }
-    void missing(const std::string& path) override { heard += path + " missing\n"; }
-    std::string take() { return std::exchange(heard, {}); }
+    void missing(const std::string& path) override { lines += path + " missing\n"; }
+    std::string take() { return std::exchange(lines, {}); }
 
-    std::string heard;
+    std::string lines;
 };
 
 struct DiskFolder : testing::Test {
@@ -47,12 +48,12 @@ struct DiskFolder : testing::Test {
         made->setTime(harbor6::key::modTime, when);
         return made;
     }
-    void give(harbor6::File& to, const std::string& bytes) {
+    void write(harbor6::File& to, const std::string& bytes) {
         to.getMainFork()->output(true)->write(bytes);
         to.commitItem();
     }
     void put(const std::string& path, const std::string& name, const std::string& bytes) {
-        give(*file(path, name), bytes);
+        write(*file(path, name), bytes);
     }
 
     support::temporary_folder place;
@@ -62,13 +63,13 @@ struct DiskFolder : testing::Test {
     host::expansion_state expansion{target, format, log};
 };
 
-TEST_F(DiskFolder, HoldsWhatWasCommittedAndNothingBefore) {
+TEST_F(DiskFolder, ContainsFilesOnceTheyAreCommitted) {
     {
         const auto top = folder("");
         EXPECT_FALSE(top->hasItemNamed("x"));
         const auto waiting = file("", "x");
-        EXPECT_TRUE(top->hasItemNamed("x")) << "a name that was given away is taken";
-        EXPECT_EQ(tree(place.path), "") << "the target is made with the first thing in it";
+        EXPECT_TRUE(top->hasItemNamed("x")) << "a reserved name counts as existing";
+        EXPECT_EQ(tree(place.path), "") << "the target is created with the first file in it";
     }
     EXPECT_EQ(log.take(), "x missing\n");
     put("a/b", "x", std::string(100000, 'x') + "tail");
@@ -102,28 +103,28 @@ TEST_F(DiskFolder, NeverFollowsALink) {
     const auto promised = file("real", "late");
     const auto deeper = file("real/deep", "x");
     std::filesystem::create_symlink(outside / "new", place / "out/real/late");
-    give(*promised, "4");
+    write(*promised, "4");
     for (int i = 0; i < 20; ++i) // the folder is closed meanwhile
         folder(std::to_string(i));
     std::filesystem::remove(place / "out/real/deep");
     std::filesystem::create_directory_symlink(outside, place / "out/real/deep");
-    give(*deeper, "5");
+    write(*deeper, "5");
     EXPECT_EQ(log.take(), "real/late: cannot create real/late: File exists\n"
                           "real/deep/x: cannot use folder real/deep: it is a symbolic link\n");
     EXPECT_EQ(tree(outside), "sub/ ");
 }
 
-TEST_F(DiskFolder, TakesNoNameThatLeadsElsewhere) {
+TEST_F(DiskFolder, RejectsNamesThatLeadElsewhere) {
     for (const std::string& name : {std::string(), std::string("."), std::string(".."), std::string("a/b"),
                                     std::string("/x"), std::string("a\0b", 3), std::string(256, 'a')})
-        EXPECT_NE(host::directory_tree::name_fault(name), "") << name;
-    EXPECT_EQ(host::directory_tree::name_fault("..."), "");
+        EXPECT_NE(host::name_fault(name), "") << name;
+    EXPECT_EQ(host::name_fault("..."), "");
     for (const std::string name : {".", "..", "a/b"})
         put("", name, "x");
     const auto top = folder("");
     for (const std::string name : {"..", "../up", "/up"}) {
         const AcquiredPtr<harbor6::Folder> bad(top->acquireCreatedFolder(name));
-        EXPECT_NE(dynamic_cast<host::DiskFolder&>(*bad).refusal("x"), "") << name;
+        EXPECT_NE(dynamic_cast<host::DiskFolder&>(*bad).prepareFor("x"), "") << name;
     }
     EXPECT_EQ(tree(place.path), "");
 }
@@ -145,19 +146,19 @@ TEST_F(DiskFolder, KeepsFewDescriptorsOpen) {
     };
     EXPECT_LT(open_now(), 40);
     for (const auto& each : waiting)
-        give(*each, "x");
+        write(*each, "x");
     EXPECT_LT(open_now(), 40);
     EXPECT_EQ(read_file(place.path / "out" / deep / "x"), "x");
 }
 
-TEST_F(DiskFolder, FilesGiveTheirForksToOneAnother) {
+TEST_F(DiskFolder, CopiesRenamesAndErasesFiles) {
     put("", "a", "bytes");
     const AcquiredPtr<harbor6::Item> from(folder("")->acquireItemFromName("a"));
     const auto to = file("d", "b");
     from->asFile()->copyTo(*to);
     EXPECT_EQ(log.take(), "a 5\nd/b 5\n");
     EXPECT_EQ(read_file(place / "out/d/b"), "bytes");
-    // Moving is renaming, and what isn't wanted any more goes.
+    // A move within the target is a rename.
     const auto top = folder("");
     const AcquiredPtr<harbor6::Item> moved(top->acquireAdoptedItem(*to));
     moved->setString("name", "c");
@@ -168,7 +169,31 @@ TEST_F(DiskFolder, FilesGiveTheirForksToOneAnother) {
     EXPECT_EQ(tree(place / "out"), "a ");
 }
 
-TEST(DirectoryTree, CanRefuseToBeALinkItself) {
+/// Turns out damaged behind its last byte.
+struct damaged_fork : harbor6::Fork {
+    struct damaged_input : support::seekable_input {
+        using seekable_input::seekable_input;
+        std::uint64_t _copy_to(stream::output& to) override {
+            seekable_input::_copy_to(to);
+            throw format::crc_exception("damaged", "damaged_input");
+        }
+    };
+    harbor6::data::CountedInput input(bool) const override {
+        return harbor6::data::CountedInput(new damaged_input("new"));
+    }
+};
+
+TEST_F(DiskFolder, DamagedDataIsNeverACompleteFile) {
+    put("", "old", "old");
+    expansion.replace_next("", "old");
+    const auto target_file = file("", "old");
+    EXPECT_THROW(target_file->commitFork(damaged_fork()), format::crc_exception);
+    target_file->commitItem();
+    EXPECT_EQ(log.take(), "old 3\nold only 3\n");
+    EXPECT_EQ(read_file(place / "out/old"), "old");
+}
+
+TEST(DirectoryTree, CanRefuseALinkAsItsTop) {
     support::temporary_folder place;
     std::filesystem::create_directory(place / "real");
     std::filesystem::create_directory_symlink(place / "real", place / "link");

@@ -38,7 +38,7 @@ protected:
     std::thread feeder;
 };
 
-TEST_P(FileInput, DeliversTheSameBytesHoweverOneStepsBackWithin256KiB) {
+TEST_P(FileInput, StepsBackAnywhereInTheLast256KiB) {
     constexpr unsigned kept = 256 * 1024;
     const auto bytes = zlib_streams::noise(3'000'001);
     const auto input = open(bytes);
@@ -75,14 +75,14 @@ TEST_P(FileInput, DeliversTheSameBytesHoweverOneStepsBackWithin256KiB) {
             place -= back;
         }
     }
-    ASSERT_TRUE(input->seek(bytes.size() - kept)) << "the last 256 KiB are always there";
+    ASSERT_TRUE(input->seek(bytes.size() - kept)) << "the last 256 KiB stay available";
     EXPECT_EQ(input->read(piece.data(), kept), kept);
     EXPECT_EQ(piece, bytes.substr(bytes.size() - kept));
     EXPECT_EQ(input->seek(0), !GetParam()) << "only a file can be read again from its beginning";
     EXPECT_EQ(input->size(), GetParam() ? ~std::uint64_t{0} : bytes.size());
 }
 
-TEST_P(FileInput, KnowsBytesThatWereNeverWhole) {
+TEST_P(FileInput, RefusesToTakeBackMissingBytes) {
     const auto input = open("abcdef");
     char piece[8] = {};
     EXPECT_EQ(input->read(piece, 8), 6u);
@@ -92,7 +92,7 @@ TEST_P(FileInput, KnowsBytesThatWereNeverWhole) {
     EXPECT_TRUE(support::refusal_of([&] {
                     input->unread(piece, 8);
                 }).ends_with(": cut short: the input ends at byte 6"));
-    ASSERT_TRUE(input->seek(2)) << "who looks beyond the end may come back";
+    ASSERT_TRUE(input->seek(2)) << "reading beyond the end is no failure";
     EXPECT_EQ(input->read(piece, 4), 4u);
     input->unread('f');
     EXPECT_EQ(input->read(), 'f');
@@ -106,7 +106,7 @@ TEST_P(FileInput, KnowsBytesThatWereNeverWhole) {
 INSTANTIATE_TEST_SUITE_P(FileAndPipe, FileInput, testing::Bool(),
                          [](const auto& run) { return run.param ? "Pipe" : "File"; });
 
-TEST(RegularFileInput, SkipsWhatLiesFarAwayWithoutReadingIt) {
+TEST(RegularFileInput, SkipsWithoutReading) {
     support::temporary_folder folder;
     support::write_file(folder / "x", "head");
     std::filesystem::resize_file(folder / "x", std::uint64_t{1} << 40);
@@ -120,16 +120,16 @@ TEST(RegularFileInput, SkipsWhatLiesFarAwayWithoutReadingIt) {
 TEST(RandomFile, WritesAndReadsInAnyOrder) {
     const support::temporary_folder place;
     host::directory_tree target(place.path.string(), true);
-    const auto transfer = std::make_shared<host::file_writer>(target, "d", "f", false);
+    const auto writer = std::make_shared<host::file_writer>(target, "d", "f", false);
     {
-        host::random_file_output out(transfer);
+        host::random_file_output out(writer);
         out.write("0123456789", 10);
         EXPECT_TRUE(!out.seek(11) && out.seek(3)) << "no holes";
         out.write("abcd");
         EXPECT_EQ(out.tell() * 100 + out.size(), 710u);
         out.resize(9);
     }
-    transfer->finish({});
+    writer->finish({});
     EXPECT_EQ(support::read_file(place / "d/f"), "012abcd78");
 
     host::random_file_input in(host::open_input((place / "d/f").string()), "f");

@@ -5,7 +5,7 @@
 #include <csignal>
 #include <gtest/gtest.h>
 
-TEST(FileWriterDeathTest, LeavesNoHalfFileWhenTheProgramIsEnded) {
+TEST(FileWriterDeathTest, ASignalRemovesThePartialFile) {
     const support::temporary_folder folder;
     support::write_file(folder / "old", "old");
     for (const bool replacing : {false, true}) {
@@ -13,10 +13,10 @@ TEST(FileWriterDeathTest, LeavesNoHalfFileWhenTheProgramIsEnded) {
             {
                 host::directory_tree target(folder.path.string(), true);
                 host::file_writer done(target, "", replacing ? "more" : "done", false);
-                done.write("all", 3);
+                done.write("all");
                 done.finish({});
                 host::file_writer half(target, "", replacing ? "old" : "new", replacing);
-                half.write("half", 4);
+                half.write("half");
                 std::raise(SIGTERM);
             },
             testing::KilledBySignal(SIGTERM), "");

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "harbor6/stream/multi_output.h"
+#include "harbor6/stream/output.h"
+#include "host/disk/target.h"
+#include "host/platform/file_writer.h"
+
+namespace host {
+
+/// The stream into a file on disk. Small writes are buffered, large ones are passed straight through.
+/// Destroying the stream writes its buffer out; a failure of that is kept by the file_writer.
+class file_output : public stream::output, public stream::segment_listener {
+public:
+    file_output(std::shared_ptr<file_writer> file, std::shared_ptr<arrival> data);
+    ~file_output() override;
+
+    using stream::output::write;
+
+    void write(const char* buffer, unsigned length) override;
+    void write(char byte) override;
+    std::uint64_t tell() const override;
+    void flush() override;
+    void segment_begins(std::uint64_t size) override;
+
+private:
+    std::shared_ptr<file_writer> file;
+    std::shared_ptr<arrival> data;
+    std::unique_ptr<char[]> buffered; ///< allocated by the first small write
+    unsigned pending = 0;
+};
+
+} // namespace host

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "harbor6/groundwork/exception.h"
+
+#include <string>
+
+namespace host {
+
+/// A failure that concerns one path alone: something else exists there, or the file system can't store such a
+/// name. Everything else can still be written.
+class path_error : public fs::Exception {
+public:
+    using fs::Exception::Exception;
+};
+
+/// Raises the error number `error` for `path` (relative to the target, or as the user gave it): a path_error
+/// if it concerns that path alone, else a plain fs::Exception. The text is "cannot ACTION PATH: CAUSE".
+[[noreturn]] void throw_system_error(const std::string& action, const std::string& path, int error);
+
+/// The platform's text for an error number.
+std::string error_text(int error);
+
+} // namespace host
