@@ -129,7 +129,7 @@ bool Client::targetNameConflict(std::string& name, harbor6::Item& existing, bool
     if (moving || !source || !source->asFolder())
         return mayTakeName(name, existing, *folder, moving);
     if (!existing.asFolder())
-        *target = folder->acquireUnusable(name, "it is not a folder");
+        *target = folder->makeUnusable(name, "it is not a folder");
     return true;
 }
 

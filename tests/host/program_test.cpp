@@ -269,7 +269,11 @@ TEST_F(Program, ReportsDiskErrors) {
                                "harbor: x.cab: b: incomplete after "),
               0u);
     EXPECT_EQ(read_file(place / "x/a"), "fits");
+    std::filesystem::remove_all(place / "x");
     EXPECT_EQ(run("expand x.cab -C x.cab"), failed("harbor: x.cab: cannot use folder x.cab: it is a file\n"));
+    std::filesystem::create_directory_symlink(logs.path, place / "x");
+    EXPECT_EQ(run("expand x.cab"), failed("harbor: x.cab: cannot use folder x: it is a symbolic link\n"));
+    EXPECT_EQ(run("expand x.cab -C x"), fine()) << "the user named this link";
     EXPECT_EQ(run("list x.cab >/dev/full"),
               failed("harbor: cannot write to the standard output: No space left on device\n"));
     EXPECT_EQ(run("list x.cab | true; exit 0").err, "");

@@ -13,20 +13,18 @@ std::string unusable(const std::string& path, const std::string& reason) {
     return "cannot use folder " + nio::printable(path) + ": " + reason;
 }
 
+using Items = std::vector<pattern::AcquiredPtr<harbor6::Item>>;
+
+struct OwnedItems {
+    Items items;
+};
+
 /// Iterates over items that it owns.
 template<class T>
-class HeldItems : public pattern::Iterator<T> {
+class OwningIterator : private OwnedItems, public harbor6::STLContainerIterator<Items, T, Items::iterator> {
 public:
-    explicit HeldItems(std::vector<pattern::AcquiredPtr<harbor6::Item>> taken) : items(std::move(taken)) {}
-
-    void first() override { at = 0; }
-    void next() override { at += isDone() ? 0 : 1; }
-    bool isDone() const override { return at == items.size(); }
-    T current() override { return isDone() ? nullptr : items[at].acquire(); }
-
-private:
-    std::vector<pattern::AcquiredPtr<harbor6::Item>> items;
-    std::size_t at = 0;
+    explicit OwningIterator(Items taken)
+        : OwnedItems{std::move(taken)}, harbor6::STLContainerIterator<Items, T, Items::iterator>(items) {}
 };
 
 } // namespace
@@ -57,8 +55,8 @@ std::string DiskFolder::prepareFor(const std::string& name) {
     return obstacle;
 }
 
-pattern::AcquiredPtr<harbor6::Folder> DiskFolder::acquireUnusable(const std::string& name,
-                                                                  const std::string& reason) const {
+pattern::AcquiredPtr<harbor6::Folder> DiskFolder::makeUnusable(const std::string& name,
+                                                               const std::string& reason) const {
     return pattern::AcquiredPtr<harbor6::Folder>(
         new DiskFolder(expansion, folder_path, unusable(pathOf(name), reason)));
 }
@@ -97,11 +95,11 @@ std::vector<pattern::AcquiredPtr<harbor6::Item>> DiskFolder::content() const {
 }
 
 std::unique_ptr<pattern::Iterator<harbor6::Item*>> DiskFolder::createIterator() {
-    return std::make_unique<HeldItems<harbor6::Item*>>(content());
+    return std::make_unique<OwningIterator<harbor6::Item*>>(content());
 }
 
 std::unique_ptr<pattern::Iterator<const harbor6::Item*>> DiskFolder::createIterator() const {
-    return std::make_unique<HeldItems<const harbor6::Item*>>(content());
+    return std::make_unique<OwningIterator<const harbor6::Item*>>(content());
 }
 
 harbor6::Item* DiskFolder::_adoptItem(harbor6::Item& item) {

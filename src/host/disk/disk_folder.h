@@ -22,8 +22,8 @@ public:
     /// Lets the next file of that name replace the existing one.
     void replaceNext(const std::string& name) { expansion.replace_next(path(), name); }
     /// Stands in for the sub-folder `name`, which can't be created for the reason `obstacle`.
-    pattern::AcquiredPtr<harbor6::Folder> acquireUnusable(const std::string& name,
-                                                          const std::string& obstacle) const;
+    pattern::AcquiredPtr<harbor6::Folder> makeUnusable(const std::string& name,
+                                                       const std::string& obstacle) const;
 
     /// True also for a folder that can't be used: there is nothing to create.
     bool isCreated() override;

@@ -19,7 +19,7 @@ file_output::~file_output() {
     try {
         flush();
     } catch (const un::exception&) {
-        // Whoever ends the file reads it from the writer.
+        // The writer keeps the failure, and the file reports it when it ends.
     }
 }
 

@@ -1,7 +1,6 @@
 #include "host/disk/disk_file.h"
 #include "host/disk/disk_folder.h"
 #include "support/memory_streams.h"
-#include "support/refusal.h"
 #include "support/temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -191,18 +190,6 @@ TEST_F(DiskFolder, DamagedDataIsNeverACompleteFile) {
     target_file->commitItem();
     EXPECT_EQ(log.take(), "old 3\nold only 3\n");
     EXPECT_EQ(read_file(place / "out/old"), "old");
-}
-
-TEST(DirectoryTree, CanRefuseALinkAsItsTop) {
-    support::temporary_folder place;
-    std::filesystem::create_directory(place / "real");
-    std::filesystem::create_directory_symlink(place / "real", place / "link");
-    for (const bool follow : {true, false})
-        EXPECT_EQ(support::refusal_of([&] {
-                      host::directory_tree((place / "link").string(), follow).make_folder(follow ? "a" : "b");
-                  }).empty(),
-                  follow);
-    EXPECT_EQ(tree(place / "real"), "a/ ");
 }
 
 } // namespace
