@@ -35,9 +35,6 @@ public:
     std::uint32_t read24() override;
     std::uint32_t read32() override;
     std::uint64_t read64() override;
-
-private:
-    std::uint64_t read_bytes(unsigned count);
 };
 
 } // namespace stream
