@@ -12,18 +12,18 @@ buffered_input::buffered_input(input& source, unsigned size)
 
 buffered_input::~buffered_input() = default;
 
-void buffered_input::forget() {
+void buffered_input::drop() {
     fill = read_index = 0;
 }
 
 void buffered_input::start() {
-    forget();
+    drop();
     base = attached()->tell();
 }
 
 void buffered_input::attach(input* source) {
     direct_input::attach(source);
-    forget();
+    drop();
     base = source ? source->tell() : 0;
 }
 
@@ -34,12 +34,12 @@ void buffered_input::finish() {
     if (!attached()->seek(attached()->tell() - unconsumed))
         throw exception("buffered_input failed to yield unused data");
     base += read_index;
-    forget();
+    drop();
 }
 
 void buffered_input::refill() {
     base += read_index;
-    forget();
+    drop();
     fill = attached()->read(reinterpret_cast<char*>(buffer.get()), capacity);
 }
 
@@ -69,10 +69,10 @@ unsigned buffered_input::read(char* target, unsigned length) {
         return delivered;
     if (rest >= capacity >> 1) {
         base += read_index;
-        forget();
-        const unsigned came = attached()->read(target + delivered, rest);
-        base += came;
-        return delivered + came;
+        drop();
+        const unsigned got = attached()->read(target + delivered, rest);
+        base += got;
+        return delivered + got;
     }
     refill();
     return delivered + deliver(target + delivered, rest);
@@ -87,7 +87,7 @@ bool buffered_input::seek(std::uint64_t value) {
     if (value == tell())
         return true;
     const bool moved = attached()->seek(value);
-    forget();
+    drop();
     base = moved ? value : attached()->tell();
     return moved;
 }

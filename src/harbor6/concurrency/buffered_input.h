@@ -7,42 +7,46 @@
 
 namespace nio {
 
-/// Reads ahead of its consumer, so that single bytes cost no call of the source. The source must be seekable
-/// if the unconsumed bytes are to be given back (finish, or seek to an earlier place). One call reads the
-/// source at most once; a short read means only that the source gave less, and bytes that the source
-/// delivers after all are picked up by the next call.
+/// Reads ahead of its consumer, so that single bytes need no call of the source. It doesn't own the source,
+/// which must be able to seek if finish() is to return unconsumed bytes to it. One call reads the source at
+/// most once, so a short result doesn't imply the end; the end isn't remembered either: the next call reads
+/// the source again. What the source raises passes through. One thread at a time.
 class HARBOR6_API buffered_input final : public direct_input {
 public:
-    /// Reads `capacity` bytes ahead, at least 1; begins where `source` stands.
+    /// A buffer of `capacity` bytes, at least 1; begins at the position of `source`.
     buffered_input(input& source, unsigned capacity);
     ~buffered_input() override;
 
-    /// Forgets what is buffered, without giving it back, and begins where the source stands now.
+    /// Drops what is buffered, without returning it to the source, and begins at the source's present
+    /// position.
     void start() override;
-    /// Gives the unconsumed bytes back by seeking the source. Raises nio::exception if the source refuses;
-    /// can't fail when nothing is buffered.
+    /// Returns the unconsumed bytes to the source by seeking it back to tell(). Raises nio::exception
+    /// "buffered_input failed to yield unused data" if the source refuses, and then keeps them. Doesn't touch
+    /// the source if nothing is buffered.
     void finish() override;
-    /// A request for half of the capacity or more goes past the buffer, straight into the target.
+    /// Bytes beyond those buffered are read straight into `target` if they are half of the capacity or more.
     unsigned read(char* target, unsigned length) override;
-    /// Inline, because a bit reader lives on it.
+    /// Inline, because bit readers call it for every byte.
     int get() override { return read_index < fill ? buffer[read_index++] : get_refilled(); }
-    /// Renumbers the positions, the source's too.
+    /// Also sets the source's position, so that both agree.
     void set_tell(std::uint64_t value) override;
-    /// The place of the next byte to be delivered.
+    /// The position of the next byte to be delivered.
     std::uint64_t tell() const override { return base + read_index; }
-    /// Keeps the buffer only where nothing moves.
+    /// Seeks the source. Drops the buffer, also when the source refuses and its position then becomes this
+    /// one's; but seeking to the present position does nothing and returns true.
     bool seek(std::uint64_t value) override;
+    /// Drops what is buffered, without returning it to the old source.
     void attach(input* source) override;
 
-    /// The bytes that are buffered and not yet delivered; valid until the next call that isn't const.
+    /// The bytes that are buffered and not yet delivered; valid until the next call of a non-const operation.
     std::span<const unsigned char> ahead() const { return {buffer.get() + read_index, fill - read_index}; }
-    /// Delivers `count` of them; at most ahead().size().
+    /// Marks the first `count` of them as delivered; at most ahead().size().
     void pass(std::size_t count) { read_index += static_cast<unsigned>(count); }
 
 private:
     int get_refilled();
     void refill();
-    void forget();
+    void drop();
     unsigned deliver(char* target, unsigned length);
 
     std::unique_ptr<unsigned char[]> buffer;

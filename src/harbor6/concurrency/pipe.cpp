@@ -22,17 +22,13 @@ std::uint64_t channel::size() const {
     return ~std::uint64_t{0};
 }
 
-} // namespace nio
-
-// Why no wake-up is lost. An index read may be stale, so both sides may believe that they have to sleep: the
-// writer saw a full ring, the reader an empty one. Each signals the other's event before it waits on its own,
-// and a signal stays until a wait takes it. Say both slept for good. Then the writer's last signal was taken
-// by a wait of the reader, who looked at the ring again after that, with the acquire of the wait against the
-// release of the signal, and so saw the writer's final index; it slept only after a later signal of its own.
-// That one was taken by the writer in turn, who looked again and signalled after that. So the writer's last
-// signal came after itself.
-
-namespace nio {
+// Why no wake-up is lost. An index that was read may be stale, so both sides may decide to sleep: the writer
+// saw a full ring, the reader an empty one. Each signals the other's event before it waits on its own, and a
+// signal stays until a wait takes it. Suppose both sleep for ever. Then a wait of the reader took the
+// writer's last signal, and the reader tested the ring again after that: by the acquire of the wait and the
+// release of the signal it saw the writer's final index, and it slept only after a later signal of its own.
+// The writer took that one in turn, tested again and signalled after that. So a later signal followed the
+// writer's last one, a contradiction.
 
 namespace {
 
@@ -45,12 +41,12 @@ constexpr auto release = std::memory_order_release;
 pipe::pipe(unsigned size) : capacity(size), buffer(new char[size]), data_event(true), space_event(true) {
     if (!std::has_single_bit(capacity))
         throw basic::exception("pipe size must be a power of 2");
-    open();
+    reset_events();
 }
 
 pipe::~pipe() = default;
 
-void pipe::open() {
+void pipe::reset_events() {
     data_event.reset();
     space_event.signal();
 }
@@ -62,18 +58,18 @@ void pipe::reset() {
     read_closed.store(false, relaxed);
     read_index.store(0, relaxed);
     write_index.store(0, relaxed);
-    open();
+    reset_events();
 }
 
-// Requires: the reader; `from` is read_index. Guarantees: that many bytes from there on are the reader's.
-// Order: acquire, against the release of the writer, who filled them before.
+// Requires: the reader; `from` is read_index. Guarantees: the reader may read that many bytes from there on.
+// Order: acquire, against the release by the writer, which filled them before.
 unsigned pipe::filled_run(unsigned from) const {
     const unsigned end = write_index.load(acquire);
     return from > end ? capacity - from : end - from;
 }
 
-// Requires: the writer; `from` is write_index. Guarantees: that many bytes from there on are the writer's.
-// Order: acquire, against the release of the reader, who was done with them before.
+// Requires: the writer; `from` is write_index. Guarantees: the writer may fill that many bytes from there on.
+// Order: acquire, against the release by the reader, which copied them before.
 unsigned pipe::free_run(unsigned from) const {
     const unsigned end = read_index.load(acquire);
     if (end <= from)
@@ -81,8 +77,9 @@ unsigned pipe::free_run(unsigned from) const {
     return end - from - 1;
 }
 
-// Requires: one writer. Guarantees: bytes are seen by the reader in order and whole.
-// Order: write_index is released when the bytes stand; read_closed is relaxed, as nothing comes with it.
+// Requires: one writer. Guarantees: the reader sees the bytes complete and in order.
+// Order: write_index is released after the bytes are stored; read_closed is relaxed, as it hands over no
+// data.
 void pipe::write(const char* bytes, unsigned length) {
     unsigned to = write_index.load(relaxed);
     while (length > 0) {
@@ -115,9 +112,9 @@ void pipe::put(char byte) {
 }
 
 // Requires: one reader. Guarantees: a short count means that every byte written before finish() was
-// delivered. Order: write_closed is looked at (acquire) before write_index, so an empty ring with the flag
-// set is empty for good; the other way round the writer could fill and finish in between. read_index is
-// released when the bytes have been taken.
+// delivered. Order: write_closed is loaded (acquire) before write_index, so an empty ring with the flag set
+// stays empty; in the other order the writer could write and finish in between. read_index is released after
+// the bytes have been copied.
 unsigned pipe::read(char* bytes, unsigned length) {
     unsigned from = read_index.load(relaxed);
     unsigned got = 0;
@@ -144,15 +141,15 @@ int pipe::get() {
     return pipe::read(&byte, 1) == 1 ? static_cast<unsigned char>(byte) : -1;
 }
 
-// Requires: the writer, after its last byte. Guarantees: the reader wakes and finds the end behind the data.
+// Requires: the writer, after its last byte. Guarantees: the reader wakes and finds the end after the data.
 // Order: release, against the acquire in read().
 void pipe::finish() {
     write_closed.store(true, release);
     data_event.signal();
 }
 
-// Requires: the reader. Guarantees: the writer wakes and stops waiting. Order: relaxed; the signal carries
-// it.
+// Requires: the reader. Guarantees: the writer wakes and stops waiting. Order: relaxed; the signal
+// publishes it.
 void pipe::abort() {
     read_closed.store(true, relaxed);
     space_event.signal();

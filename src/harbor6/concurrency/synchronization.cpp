@@ -28,3 +28,19 @@ void event::wait() {
 }
 
 } // namespace basic
+
+namespace qpthr {
+
+QpMutex::QpMutex(const char* /*name*/) {}
+
+QpMutex::~QpMutex() = default;
+
+void QpMutex::lock() {
+    section.enter();
+}
+
+void QpMutex::unlock() {
+    section.leave();
+}
+
+} // namespace qpthr

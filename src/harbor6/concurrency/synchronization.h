@@ -1,9 +1,16 @@
 #pragma once
 
+// Locks and events. No object of this header may be copied or moved, and none may be destroyed while a thread
+// holds it or waits for it.
+
 #include "harbor6/groundwork/export.h"
 
 #include <memory>
 #include <mutex>
+
+namespace platform {
+class event;
+}
 
 namespace basic {
 
@@ -14,7 +21,9 @@ public:
     critical_section(const critical_section&) = delete;
     critical_section& operator=(const critical_section&) = delete;
 
+    /// Waits until no other thread holds the lock, however long it takes.
     void enter() { mutex.lock(); }
+    /// Called by the holder only.
     void leave() { mutex.unlock(); }
 
 private:
@@ -33,30 +42,22 @@ private:
     critical_section& section;
 };
 
-} // namespace basic
-
-namespace platform {
-class event;
-}
-
-namespace basic {
-
-/// A signal that one thread gives and another waits for, not given at first. It is remembered: a signal that
-/// comes before the wait isn't lost, and several before one wait count as one. Any thread may call any
-/// operation; what was written before a signal is seen after the wait that it ends. Every failure is a
+/// A signal that one thread sets and another waits for; not set at first. It is remembered: a signal set
+/// before the wait isn't lost, and several before one wait count as one. Any thread may call any operation;
+/// what was written before a signal is visible after the wait that it ends. Every failure is a
 /// basic::exception.
 class HARBOR6_API event {
 public:
-    /// With `auto_reset` the event releases one waiter and clears itself; without, it stays until reset() and
-    /// releases all. Raises "cannot create an event".
+    /// With `auto_reset` a signal releases one waiter and is then cleared; without, it stays until reset()
+    /// and releases all. Raises "cannot create an event".
     explicit event(bool auto_reset);
     event(const event&) = delete;
     event& operator=(const event&) = delete;
     ~event();
 
-    /// Raises "cannot signal an event".
+    /// Sets the signal. Raises "cannot signal an event".
     void signal();
-    /// Takes back a signal that nobody has waited for. Raises "cannot reset an event".
+    /// Clears a signal that no wait has taken. Raises "cannot reset an event".
     void reset();
     /// Waits for a signal, however long it takes. Raises "wait for an event failed".
     void wait();
@@ -66,3 +67,26 @@ private:
 };
 
 } // namespace basic
+
+namespace qpthr {
+
+/// A lock that one thread at a time holds, as basic::critical_section, for callers that know it by its
+/// virtual table only.
+class HARBOR6_API QpMutex {
+public:
+    /// `name` is null: the lock belongs to this process alone, and a name has no effect.
+    explicit QpMutex(const char* name);
+    QpMutex(const QpMutex&) = delete;
+    QpMutex& operator=(const QpMutex&) = delete;
+    virtual ~QpMutex();
+
+    /// Waits until no other thread holds the lock. The holder may lock again, and unlocks as often.
+    virtual void lock();
+    /// Called by the holder only.
+    virtual void unlock();
+
+private:
+    basic::critical_section section;
+};
+
+} // namespace qpthr

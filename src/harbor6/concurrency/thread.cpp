@@ -18,8 +18,8 @@ critical_section& raising() {
     return section;
 }
 
-/// A forked child starts with a lock that nobody holds, whoever held it in the parent.
-[[maybe_unused]] const bool sane_after_fork = [] {
+/// Makes the lock free in a forked child, even if a thread of the parent held it.
+[[maybe_unused]] const bool renewed_in_children = [] {
     platform::call_in_forked_child([] { new (&raising()) critical_section; });
     return true;
 }();

@@ -6,57 +6,54 @@
 #include <cstdint>
 #include <memory>
 
-namespace basic {
-
-/// Something to run on a thread. Nobody owns or destroys one through this interface.
-class HARBOR6_API runnable {
-public:
-    virtual void run() = 0;
-
-protected:
-    ~runnable() = default;
-};
-
-} // namespace basic
-
 namespace platform {
 struct worker;
 }
 
 namespace basic {
 
-class runnable;
+/// Something to run on a thread. Never owned or destroyed through this interface.
+class HARBOR6_API runnable {
+public:
+    /// What it throws reaches the thread that joins the run, see thread::raise().
+    virtual void run() = 0;
 
-/// Runs a runnable once on a thread of its own and carries what it throws to the thread that joins it. A
-/// plain member of its owner, who alone calls it, in this order: start, join, raise, release; then it can
-/// start again.
+protected:
+    ~runnable() = default;
+};
+
+/// Runs a runnable once on another thread and carries what it throws to the thread that joins it. It is a
+/// plain member of its owner; one thread at a time, the owner's, calls it, in this order: start, join, raise,
+/// release; then it can start again.
 ///
 /// empty --start--> running --the run ends--> ended --release--> empty
 ///
-/// Neither the runnable nor this object may go while the run is on: join comes first. Starting and joining
-/// costs a few microseconds, as the platform keeps ended threads for the next start. Every failure is a
-/// basic::exception.
+/// The runnable and this object must live until the run has ended: join before destroying either. Starting
+/// and joining costs a few microseconds, as the platform keeps ended threads for the next start. Every
+/// failure is a basic::exception.
 class HARBOR6_API thread {
 public:
     thread();
     thread(const thread&) = delete;
     thread& operator=(const thread&) = delete;
-    /// As release(). Doesn't wait.
+    /// As release(); doesn't wait.
     ~thread();
 
-    /// Begins to run `work`, which stays the caller's. Raises "the thread is already running" if a run has
-    /// not been released, "cannot create a thread", and, with the run already on, "cannot set thread
-    /// priority".
+    /// Begins to run `work`, which the caller keeps owning. Raises "the thread is already running" if a run
+    /// has not been released, "cannot create a thread", or "cannot set thread priority"; in the last case the
+    /// run has begun and must be joined.
     void start(basic::runnable* work);
-    /// Waits for the end of the run, if there is one, however long it takes. Raises "cannot join a thread".
+    /// Waits until the run has ended, however long it takes; returns at once if there is none. What the run
+    /// wrote is then visible. Raises "cannot join a thread".
     void join();
-    /// Raises a copy of what the run left behind, if anything, and keeps it. One thread in the process raises
-    /// at a time. Call it after join().
+    /// After join(): raises a copy of the exception that ended the run, if any, and keeps the original. An
+    /// exception outside the tree became basic::thread_exception, lack of memory basic::bad_alloc;
+    /// basic::cancel_exception counts as a normal end. One thread in the process raises at a time.
     void raise();
-    /// Forgets what the run left behind and gives the thread back.
+    /// Drops the exception of the run and gives the thread back. Doesn't wait.
     void release();
 
-    /// Above the platform's normal priority, or below it; 0 leaves it alone. Looked at by start().
+    /// The difference to the platform's normal priority, for the next start(); 0 leaves it normal.
     std::int32_t priority = 0;
 
 private:
@@ -68,7 +65,7 @@ private:
     platform::worker* handle = nullptr;
     /// Written by the worker at most once, before it ends, and read by the owner after join(): no lock.
     std::unique_ptr<cloneable_exception> exception;
-    /// Stands in for a failure that there is no memory to copy.
+    /// Replaces an exception that can't be copied for lack of memory.
     std::unique_ptr<cloneable_exception> reserve;
 };
 

@@ -6,15 +6,15 @@
 
 namespace nio {
 
-/// Work that turns one stream into another, for a worker thread to run. It owns neither stream; while a run
-/// goes on both belong to the thread that runs it.
+/// Work for a worker thread: reads one stream and writes another. It owns neither; during a run only the
+/// thread that runs it may use them.
 class HARBOR6_API transform : public basic::runnable {
 public:
     transform(nio::input& input, nio::output& output);
     transform(const transform&) = delete;
     transform& operator=(const transform&) = delete;
 
-    /// Copies all of the input.
+    /// Copies all of the input to the output. What the streams raise passes through.
     void run() override;
 
 protected:
@@ -24,25 +24,26 @@ protected:
     nio::output* const output;
 };
 
-/// An input whose bytes a worker computes: it owns a pipe, a transform that writes into it, and the thread
-/// that runs the transform. The source isn't owned and must outlive the object; between start and finish it
-/// belongs to the worker. All calls come from one thread, the owner's.
+/// An input whose bytes a worker thread computes. It owns a pipe, a transform that writes to it, and the
+/// thread that runs the transform. The source isn't owned and must outlive the object; between start and
+/// finish only the worker may use it. All operations are called from one thread at a time.
 ///
-/// constructed --start--> running --finish--> wound up --start--> running ...
+/// constructed --start--> running --finish--> finished --start--> running ...
 ///
-/// The transform must call finish() on its output however its run ends, or readers wait for ever.
+/// `Transform` is constructed from an nio::input& and an nio::output&. However its run ends, it must call
+/// finish() on its output, or readers wait for ever.
 template<class Transform>
 class transform_input : public filter_input {
 public:
-    /// `pipe_size` is a power of two.
+    /// `pipe_size` in bytes, as for nio::pipe, with its exception.
     transform_input(input& source, unsigned pipe_size)
         : filter_input(&source), pipe(pipe_size), decompressor(source, pipe) {
         position = 0;
         pipe.finish();
     }
 
-    /// Winds a run up. A failure that the worker left behind is dropped: where another exception is on its
-    /// way that one is kept, and otherwise the owner has chosen not to call finish.
+    /// Ends the run as finish() does, but drops the worker's exception: an owner that wants it calls
+    /// finish().
     ~transform_input() override {
         if (stopped)
             return;
@@ -52,7 +53,8 @@ public:
         }
     }
 
-    /// Starts a worker on the source as it stands; nothing while a run is on.
+    /// Starts a worker that reads the source from its present position. Does nothing during a run. Raises
+    /// what basic::thread::start raises, and then no run is active.
     void start() override {
         if (started)
             return;
@@ -68,8 +70,8 @@ public:
         }
     }
 
-    /// Winds the run up, whether it has been read to its end or not, and waits for the worker. Raises what
-    /// the worker left behind. Nothing if that has been done already.
+    /// Ends the run, even if it hasn't been read to its end, and waits for the worker. Raises the exception
+    /// that ended the worker. Does nothing if the run has been finished already.
     void finish() override {
         if (stopped)
             return;
@@ -86,14 +88,15 @@ public:
         thread.release();
     }
 
-    /// Waits for `length` bytes; fewer come only at the end of the run, none ahead of the first.
+    /// Waits for `length` bytes and returns how many were read; fewer only at the end of the run, 0 before
+    /// the first start().
     unsigned read(char* buffer, unsigned length) override {
-        const unsigned came = pipe.read(buffer, length);
-        position += came;
-        return came;
+        const unsigned got = pipe.read(buffer, length);
+        position += got;
+        return got;
     }
 
-    /// Counts one byte at the end too.
+    /// The next byte as 0 to 255, -1 at the end. The position advances by 1 even at the end.
     int get() override {
         ++position;
         return pipe.get();
@@ -106,9 +109,9 @@ protected:
     Transform decompressor;
 
 private:
-    basic::thread thread; ///< goes first, the worker's other belongings after it
-    bool started = false; ///< a run is on
-    bool stopped = false; ///< the last run has been wound up
+    basic::thread thread; ///< destroyed first: the worker uses the members above
+    bool started = false; ///< between start() and finish()
+    bool stopped = false; ///< the last run has been finished, and no new one started
 };
 
 } // namespace nio

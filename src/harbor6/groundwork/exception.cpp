@@ -2,6 +2,8 @@
 
 #include "harbor6/groundwork/text.h"
 
+// The destructors are defined here, and with them each class's table and type information.
+
 namespace qpthr {
 
 QpException::~QpException() = default;
@@ -30,16 +32,12 @@ const char* QpUserException::what() const noexcept {
 
 } // namespace qpthr
 
-namespace basic {
-
-cloneable_exception::~cloneable_exception() = default;
-
-} // namespace basic
-
 namespace un {
 
 exception::exception(const std::string& message, const std::string& reporting_class)
-    : QpUserException(0, message.c_str()), reporter(reporting_class) {}
+    : Cloneable(0, message.c_str()), reporter(reporting_class) {}
+
+exception::~exception() = default;
 
 std::string exception::message() const {
     return what();
@@ -49,27 +47,38 @@ const std::string& exception::reporting_class() const {
     return reporter;
 }
 
-implemented::implemented(const std::string& operation) : exception(operation, "un::implemented") {}
+implemented::implemented(const std::string& operation) : Cloneable(operation, "un::implemented") {}
+
+implemented::~implemented() = default;
 
 } // namespace un
 
-namespace harbor6 {
+namespace stream {
 
-counted_ptr_null::counted_ptr_null() : exception("stream holder is empty", "harbor6::counted_ptr_null") {}
+exception::~exception() = default;
 
-} // namespace harbor6
+cut_short::cut_short(std::uint64_t end, const std::string& reporting_class)
+    : Cloneable("cut short: the input ends at byte " + un::write(end, 10, 1), reporting_class) {}
 
-namespace basic {
+cut_short::~cut_short() = default;
 
-exception::exception(const std::string& message) : text(message) {}
+} // namespace stream
 
-const char* exception::what() const noexcept {
-    return text.c_str();
-}
+namespace algorithm {
 
-} // namespace basic
+exception::~exception() = default;
+
+} // namespace algorithm
+
+namespace fs {
+
+Exception::~Exception() = default;
+
+} // namespace fs
 
 namespace format {
+
+exception::~exception() = default;
 
 crc_exception::~crc_exception() = default;
 
@@ -86,189 +95,40 @@ void adapt_exception() {
 
 } // namespace format
 
-// Every class that travels copies and raises itself in the same way.
-
-namespace un {
-
-exception::~exception() = default;
-
-std::unique_ptr<basic::cloneable_exception> exception::Clone() const {
-    return std::make_unique<exception>(*this);
-}
-
-void exception::Raise() const {
-    throw exception(*this);
-}
-
-implemented::~implemented() = default;
-
-std::unique_ptr<basic::cloneable_exception> implemented::Clone() const {
-    return std::make_unique<implemented>(*this);
-}
-
-void implemented::Raise() const {
-    throw implemented(*this);
-}
-
-} // namespace un
-
-namespace stream {
-
-exception::~exception() = default;
-
-std::unique_ptr<basic::cloneable_exception> exception::Clone() const {
-    return std::make_unique<exception>(*this);
-}
-
-void exception::Raise() const {
-    throw exception(*this);
-}
-
-cut_short::cut_short(std::uint64_t end, const std::string& reporting_class)
-    : exception("cut short: the input ends at byte " + un::write(end, 10, 1), reporting_class) {}
-
-cut_short::~cut_short() = default;
-
-std::unique_ptr<basic::cloneable_exception> cut_short::Clone() const {
-    return std::make_unique<cut_short>(*this);
-}
-
-void cut_short::Raise() const {
-    throw cut_short(*this);
-}
-
-} // namespace stream
-
-namespace algorithm {
-
-exception::~exception() = default;
-
-std::unique_ptr<basic::cloneable_exception> exception::Clone() const {
-    return std::make_unique<exception>(*this);
-}
-
-void exception::Raise() const {
-    throw exception(*this);
-}
-
-} // namespace algorithm
-
-namespace fs {
-
-Exception::~Exception() = default;
-
-std::unique_ptr<basic::cloneable_exception> Exception::Clone() const {
-    return std::make_unique<Exception>(*this);
-}
-
-void Exception::Raise() const {
-    throw Exception(*this);
-}
-
-} // namespace fs
-
-namespace format {
-
-exception::~exception() = default;
-
-std::unique_ptr<basic::cloneable_exception> exception::Clone() const {
-    return std::make_unique<exception>(*this);
-}
-
-void exception::Raise() const {
-    throw exception(*this);
-}
-
-} // namespace format
-
 namespace harbor6 {
 
+counted_ptr_null::counted_ptr_null() : Cloneable("stream holder is empty", "harbor6::counted_ptr_null") {}
+
 counted_ptr_null::~counted_ptr_null() = default;
-
-std::unique_ptr<basic::cloneable_exception> counted_ptr_null::Clone() const {
-    return std::make_unique<counted_ptr_null>(*this);
-}
-
-void counted_ptr_null::Raise() const {
-    throw counted_ptr_null(*this);
-}
 
 } // namespace harbor6
 
 namespace basic {
 
+cloneable_exception::~cloneable_exception() = default;
+
+exception::exception(const std::string& message) : text(message) {}
+
 exception::~exception() = default;
 
-std::unique_ptr<cloneable_exception> exception::clone() const {
-    return std::make_unique<exception>(*this);
-}
-
-void exception::raise() const {
-    throw exception(*this);
+const char* exception::what() const noexcept {
+    return text.c_str();
 }
 
 bad_alloc::~bad_alloc() = default;
 
-std::unique_ptr<cloneable_exception> bad_alloc::clone() const {
-    return std::make_unique<bad_alloc>(*this);
-}
-
-void bad_alloc::raise() const {
-    throw bad_alloc(*this);
-}
-
 thread_exception::~thread_exception() = default;
-
-std::unique_ptr<cloneable_exception> thread_exception::clone() const {
-    return std::make_unique<thread_exception>(*this);
-}
-
-void thread_exception::raise() const {
-    throw thread_exception(*this);
-}
 
 algorithm_exception::~algorithm_exception() = default;
 
-std::unique_ptr<cloneable_exception> algorithm_exception::clone() const {
-    return std::make_unique<algorithm_exception>(*this);
-}
-
-void algorithm_exception::raise() const {
-    throw algorithm_exception(*this);
-}
-
 cancel_exception::~cancel_exception() = default;
 
-std::unique_ptr<cloneable_exception> cancel_exception::clone() const {
-    return std::make_unique<cancel_exception>(*this);
-}
-
-void cancel_exception::raise() const {
-    throw cancel_exception(*this);
-}
-
 digest_exception::~digest_exception() = default;
-
-std::unique_ptr<cloneable_exception> digest_exception::clone() const {
-    return std::make_unique<digest_exception>(*this);
-}
-
-void digest_exception::raise() const {
-    throw digest_exception(*this);
-}
 
 } // namespace basic
 
 namespace nio {
 
 exception::~exception() = default;
-
-std::unique_ptr<basic::cloneable_exception> exception::clone() const {
-    return std::make_unique<exception>(*this);
-}
-
-void exception::raise() const {
-    throw exception(*this);
-}
 
 } // namespace nio

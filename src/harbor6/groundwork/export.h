@@ -1,5 +1,5 @@
 #pragma once
 
-// Marks what libharbor6 gives to hosts and formats. Everything is hidden unless it bears the mark, and every
-// class whose objects or exceptions cross a library border must bear it.
+// Marks what libharbor6 exports to hosts and formats; everything without the mark is hidden. A class needs it
+// if its objects or exceptions cross a library border.
 #define HARBOR6_API __attribute__((visibility("default")))

@@ -16,13 +16,13 @@ namespace platform {
 
 namespace {
 
-constexpr std::uint32_t most_in_vain = 8; // at worst one wait in 256 spins
+constexpr std::uint32_t most_failures = 8; // then one wait in 256 spins
 
 constexpr std::uint32_t signalled = 1;
 constexpr std::uint32_t sleeper = 2;
 
 static_assert(sizeof(std::atomic<std::uint32_t>) == 4 && std::atomic<std::uint32_t>::is_always_lock_free,
-              "the kernel looks at the word itself");
+              "the kernel reads the word itself");
 
 long futex(const std::atomic<std::uint32_t>& word, int operation, std::uint32_t value) noexcept {
     return syscall(SYS_futex, &word, operation | FUTEX_PRIVATE_FLAG, value, nullptr, nullptr, 0);
@@ -58,18 +58,18 @@ void relax() noexcept {
 #endif
 }
 
-bool patience::willing() noexcept {
-    const auto left = pause.load(std::memory_order_relaxed);
+bool spin_policy::should_spin() noexcept {
+    const auto left = spinless_waits.load(std::memory_order_relaxed);
     if (left > 0)
-        pause.store(left - 1, std::memory_order_relaxed);
+        spinless_waits.store(left - 1, std::memory_order_relaxed);
     return left == 0 && several_processors;
 }
 
-void patience::learn(bool paid) noexcept {
-    const auto before = in_vain.load(std::memory_order_relaxed);
-    const auto after = paid ? before - std::min(before, 1u) : std::min(before + 2, most_in_vain);
-    in_vain.store(after, std::memory_order_relaxed);
-    pause.store((1u << after) - 1, std::memory_order_relaxed);
+void spin_policy::record(bool succeeded) noexcept {
+    const auto before = failures.load(std::memory_order_relaxed);
+    const auto after = succeeded ? before - std::min(before, 1u) : std::min(before + 2, most_failures);
+    failures.store(after, std::memory_order_relaxed);
+    spinless_waits.store((1u << after) - 1, std::memory_order_relaxed);
 }
 
 std::unique_ptr<event> event::create(bool auto_reset) noexcept {
@@ -78,18 +78,18 @@ std::unique_ptr<event> event::create(bool auto_reset) noexcept {
 
 event::event(bool clears) noexcept : auto_reset(clears) {}
 
-// Requires: nothing. Guarantees: a wait that begins now or has begun ends, and sees what this thread wrote.
-// Order: release; always a read-modify-write, also on a word that is signalled already, so that the wait that
-// takes the signal reads from this one too or from a later link of its release sequence.
+// Requires: nothing. Guarantees: a wait that is active or begins next returns, and sees what this thread
+// wrote. Order: release. It is a read-modify-write even if the word is already signalled, so that the wait
+// that takes the signal reads this value or a later one of its release sequence.
 bool event::signal() noexcept {
-    const int heard_by = auto_reset ? 1 : INT_MAX;
+    const int waiters_to_wake = auto_reset ? 1 : INT_MAX;
     const auto before = word.fetch_or(signalled, std::memory_order_release);
     const bool asleep = (before & signalled) == 0 && before >= sleeper;
-    return !asleep || wake(word, heard_by);
+    return !asleep || wake(word, waiters_to_wake);
 }
 
 // Requires: no wait that must not miss an earlier signal. Guarantees: the next wait needs a new signal.
-// Order: relaxed, as nothing is handed over; a read-modify-write keeps the count of sleepers.
+// Order: relaxed, as no data is handed over; a read-modify-write keeps the count of sleepers.
 bool event::reset() noexcept {
     word.fetch_and(~signalled, std::memory_order_relaxed);
     return true;
@@ -105,11 +105,11 @@ bool event::take() noexcept {
     return false;
 }
 
-// Requires: nothing. Guarantees: comes back once there is a signal that no other wait has taken.
+// Requires: nothing. Guarantees: returns once there is a signal that no other wait has taken.
 // Order: a sleeper is counted in the word that the signal is set in, so the signaller's read-modify-write
-// either comes first and keeps this thread from sleeping, or finds the count and wakes; acquire as in take().
+// either precedes the count and keeps this thread from sleeping, or finds it and wakes; acquire as in take().
 bool event::wait() noexcept {
-    if (waiting.spin([this] { return take(); }))
+    if (spinning.spin([this] { return take(); }))
         return true;
     word.fetch_add(sleeper, std::memory_order_relaxed);
     bool taken = take();

@@ -1,9 +1,9 @@
 #pragma once
 
-// What the system asks of the platform beyond the standard library: events, worker threads, loadable
-// libraries. Nothing here raises an exception but `library` and `executable_path`; the wrappers in
-// concurrency/ turn a refusal into one. The bodies stand in platform*.cpp, and no other file below the host
-// knows the platform.
+// What the system needs from the platform beyond the standard library: events, worker threads, loadable
+// libraries, code pages. `library`, `executable_path` and `code_page` raise exceptions; events and workers
+// report failures by their results, which the wrappers in concurrency/ turn into exceptions. The bodies are
+// in platform*.cpp; no other file below the host contains platform code.
 
 #include "harbor6/groundwork/export.h"
 
@@ -11,42 +11,44 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace platform {
 
-/// Whether a wait spins before it sleeps. Where the other side is busy on another processor a spin of some
-/// microseconds saves two switches that cost ten times as much; where the two share a processor it only keeps
-/// the other side from its work. Nobody can tell beforehand, so those who wait in one place share what they
-/// saw: after spins in vain many waits sleep at once, after spins that paid none does.
-class patience {
+/// Decides whether a wait spins before it sleeps. If the other side is busy on another processor, a spin of
+/// some microseconds saves two context switches that cost ten times as much; if both share a processor, it
+/// only delays the other side. Which case holds isn't known beforehand, so all waits on one object share what
+/// they learned: after spins that failed the next waits sleep at once, after spins that succeeded they spin.
+/// Any thread may call it.
+class spin_policy {
 public:
-    /// Asks `ready` until it says yes or patience is out; what it said last.
+    /// Calls `ready` until it returns true or the time for spinning is over. Returns its last result.
     template<class Ready>
     bool spin(Ready ready) noexcept;
 
 private:
-    bool willing() noexcept;
-    void learn(bool paid) noexcept;
+    bool should_spin() noexcept;
+    void record(bool succeeded) noexcept;
 
-    // Hints without anything behind them: all accesses are relaxed.
-    std::atomic<std::uint32_t> in_vain{0}; ///< spins in vain count two, spins that paid take one off
-    std::atomic<std::uint32_t> pause{0};   ///< how many waits are still to sleep at once
+    // Statistics that no other data depends on: all accesses are relaxed.
+    std::atomic<std::uint32_t> failures{0};       ///< a failed spin adds two, a successful one takes one off
+    std::atomic<std::uint32_t> spinless_waits{0}; ///< how many of the next waits sleep at once
 };
 
-/// A signal that one thread gives and another waits for. It is remembered: one that nobody waits for yet ends
-/// the next wait at once. Signals that meet an event still signalled count as one. Any thread may call
-/// anything. What was written before a signal is seen after the wait that takes it.
+/// A signal that one thread sets and another waits for. It is remembered: a signal set before the wait ends
+/// that wait at once. Signals set while the event is signalled count as one. Any thread may call any
+/// operation. What was written before a signal is visible after the wait that takes it.
 class event {
 public:
-    /// Not signalled at first. With `auto_reset` the wait that takes a signal clears it; without, it stays.
-    /// Null if there is no memory.
+    /// A new event, not signalled. With `auto_reset` the wait that takes a signal clears it; without, it
+    /// stays until reset(). Null if there is no memory.
     static std::unique_ptr<event> create(bool auto_reset) noexcept;
     explicit event(bool auto_reset) noexcept;
     event(const event&) = delete;
     event& operator=(const event&) = delete;
 
-    /// Each says whether the platform did it. `signal` touches nothing of the event once a waiter can see it,
-    /// so the waiter may destroy the event at once.
+    /// These return false if the platform refuses. `signal` doesn't access the event once a waiter can see
+    /// the signal, so the waiter may destroy the event at once. `wait` has no time limit.
     bool signal() noexcept;
     bool reset() noexcept;
     bool wait() noexcept;
@@ -56,51 +58,66 @@ private:
 
     const bool auto_reset;
     std::atomic<std::uint32_t> word{0}; ///< bit 0: signalled; above it the number of sleepers
-    patience waiting;
+    spin_policy spinning;
 };
 
-/// One run of a function on a thread of its own. Threads whose run has ended are parked, a handful of them,
-/// and handed out again. They take no signals of the process, end when the process or this library does, and
-/// after a fork the child begins without any. A run that lasts beyond the end of the library is the caller's
-/// fault.
+/// One run of a function on a thread of its own, held by the caller that started it until close_worker. A few
+/// threads are kept after their run and used for later runs. They block all signals and end when the process
+/// or this library ends; a forked child has none of them. A run must not outlast the library.
 struct worker;
 
-/// Runs `entry(argument)` on another thread; `entry` lets no exception out. Null if there is no thread to be
-/// had.
+/// Runs `entry(argument)` on another thread; `entry` must not throw. Null if no thread is available.
 worker* start_worker(void (*entry)(void*), void* argument) noexcept;
-/// Waits until the run has ended; all that it did is seen by the caller then. False if there is nothing to
-/// wait for, as in a forked child.
+/// Waits until the run has ended; everything it wrote is then visible to the caller. False if there is no
+/// such thread, as in a forked child.
 bool join_worker(worker& handle) noexcept;
-/// Raises the thread's priority above the platform's normal by `priority`, or lowers it. False if it can't.
+/// Sets the thread's priority to the platform's normal one plus `priority`. False if the platform refuses.
 bool set_worker_priority(worker& handle, std::int32_t priority) noexcept;
-/// Gives the handle back. A run that goes on goes on.
+/// Gives up the handle, which is not null. A run that is still active continues.
 void close_worker(worker* handle) noexcept;
 
-/// Has `renew` called in every child that this process forks.
+/// Registers `renew` to be called in every child that this process forks.
 void call_in_forked_child(void (*renew)()) noexcept;
 
-/// A shared library that stays loaded as long as this object holds it.
+/// A shared library that stays loaded as long as this object holds it. Movable; the moved-from object may
+/// hold a library that the target held before. One thread at a time.
 class HARBOR6_API library {
 public:
     library() = default;
-    /// Loads the library in the file `path`. Raises un::exception with the platform's words.
+    /// Loads the library in the file `path`. Raises un::exception with the platform's message.
     explicit library(const std::string& path);
     library(library&& other) noexcept;
     library& operator=(library&& other) noexcept;
+    /// Unloads the library.
     ~library();
 
-    /// Loads a library in place of the one held, which goes first. Fails as the constructor does.
+    /// Unloads the library held, then loads another one. Fails as the constructor does, and then holds none.
     void open(const std::string& path);
-    /// Where the library has its function or variable `name`, never null. Raises un::exception with the
-    /// platform's words if it has none, or if nothing is loaded.
+    /// The address of the library's function or variable `name`, never null; valid while the library is
+    /// loaded. Raises un::exception with the platform's message if there is none, or if no library is loaded.
     void* symbol(const std::string& name) const;
+    /// Unloads the library, if one is loaded.
     void close() noexcept;
 
 private:
     void* handle = nullptr;
 };
 
-/// The file that this process runs. Raises un::exception if the platform doesn't say.
+/// The path of the program file of this process. Raises un::exception if the platform doesn't tell.
 HARBOR6_API std::string executable_path();
+
+/// An 8-bit or multi-byte encoding that the platform knows by name. Several threads may use one at once.
+class code_page {
+public:
+    /// Raises un::exception "unknown code page NAME" if the platform doesn't know it.
+    explicit code_page(const std::string& name);
+
+    /// Unicode of `text`; a byte that is invalid in the encoding becomes U+FFFD. Raises un::exception as the
+    /// constructor does if the platform can't open the conversion any more.
+    std::wstring decode(std::string_view text) const;
+
+private:
+    std::string name;
+};
 
 } // namespace platform

@@ -1,6 +1,5 @@
-#include "harbor6/groundwork/platform_code_page.h"
-
 #include "harbor6/groundwork/exception.h"
+#include "harbor6/groundwork/platform.h"
 
 #include <cerrno>
 #include <iconv.h>
@@ -54,7 +53,7 @@ std::wstring code_page::decode(std::string_view text) const {
         std::char_traits<char>::copy(out, reinterpret_cast<const char*>(&replacement), sizeof replacement);
         out += sizeof replacement;
         out_left -= sizeof replacement;
-        // Some encodings take what they can't read, others leave it where it is.
+        // Some converters consume the invalid byte, others leave it.
         if (in_left > 0) {
             ++in;
             --in_left;

@@ -9,9 +9,9 @@ namespace platform {
 
 namespace {
 
-[[noreturn]] void fail(const std::string& otherwise) {
-    const char* words = dlerror();
-    throw un::exception(words != nullptr ? words : otherwise, "platform::library");
+[[noreturn]] void fail(const std::string& fallback) {
+    const char* message = dlerror();
+    throw un::exception(message != nullptr ? message : fallback, "platform::library");
 }
 
 } // namespace
@@ -41,10 +41,10 @@ void library::open(const std::string& path) {
 void* library::symbol(const std::string& name) const {
     if (handle == nullptr)
         throw un::exception("no library is loaded", "platform::library");
-    void* const place = dlsym(handle, name.c_str());
-    if (place == nullptr)
+    void* const address = dlsym(handle, name.c_str());
+    if (address == nullptr)
         fail("no symbol " + name);
-    return place;
+    return address;
 }
 
 void library::close() noexcept {

@@ -17,11 +17,11 @@ namespace platform {
 
 namespace {
 
-constexpr unsigned parking_places = 8;
+constexpr unsigned most_parked = 8; // threads kept for later runs
 
-// What a worker's state word says. The thread makes `ended` of any; the holder of the handle makes `awaited`
-// of `running` before it sleeps, and `detached` of any when it gives the handle back. Whoever comes second of
-// `ended` and `detached` gives the thread to the pool.
+// The states of a worker. The thread changes any state to `ended`. The holder of the handle changes `running`
+// to `awaited` before it sleeps, and any state to `detached` when it closes the handle. Of `ended` and
+// `detached`, the side that sets the second one returns the thread to the pool.
 constexpr std::uint32_t running = 0;
 constexpr std::uint32_t awaited = 1;
 constexpr std::uint32_t ended = 2;
@@ -33,54 +33,53 @@ struct worker {
     void (*entry)(void*) = nullptr;
     void* argument = nullptr;
     std::atomic<std::uint32_t> state{running};
-    patience joining;
+    spin_policy joining;
     event next_run{true};           ///< the parked thread sleeps on this
-    bool dismissed = false;         ///< read after next_run: there is no next run
+    bool told_to_exit = false;      ///< read after next_run: there is no next run
     bool changed = false;           ///< its priority is no longer normal
     unsigned generation = 0;        ///< of the process that made the thread
-    worker* next = nullptr;         ///< the pool's: the thread to collect, or the one parked below
-    std::atomic<pid_t> identity{0}; ///< what the kernel calls the thread; 0 until it runs
+    worker* next = nullptr;         ///< in the pool: the thread to join, or the one parked below
+    std::atomic<pid_t> identity{0}; ///< the kernel's number of the thread; 0 until it runs
     pthread_t thread{};
 };
 
 namespace {
 
-/// The threads between two runs. A thread that is told to end is put at the head of a chain first, and
-/// collects the one behind it as its last act: so all that are on their way out are collected with the head.
+/// The threads between two runs. A thread that is told to exit first becomes the head of the chain `exiting`,
+/// and joins the thread behind it before it exits; so joining the head joins all of them.
 class pool {
 public:
     worker* take() noexcept;
     void put(worker& idle) noexcept;
-    worker* behind(worker& leaver) noexcept;
+    worker* take_next(worker& exiting_thread) noexcept;
     void close() noexcept;
 
     void before_fork() noexcept { lock.lock(); }
     void after_fork() noexcept { lock.unlock(); }
-    void begin_again() noexcept;
+    void forget_all() noexcept;
 
-    unsigned generation = 0; ///< how many forks lie between this process and the one that loaded the library
+    unsigned generation = 0; ///< number of forks between the process that loaded the library and this one
 
 private:
     std::mutex lock;
     worker* parked = nullptr;
-    worker* leaving = nullptr;
+    worker* exiting = nullptr;
     unsigned count = 0;
     bool closed = false;
 };
 
 constinit pool workers;
-static_assert(std::is_trivially_destructible_v<pool>,
-              "a run that outlasts the library's end may still use it");
+static_assert(std::is_trivially_destructible_v<pool>, "a run that outlasts the library may still use it");
 
-void collect(worker* gone) noexcept {
-    if (gone == nullptr)
+void join_and_delete(worker* exited) noexcept {
+    if (exited == nullptr)
         return;
-    pthread_join(gone->thread, nullptr);
-    delete gone;
+    pthread_join(exited->thread, nullptr);
+    delete exited;
 }
 
-void dismiss(worker& idle) noexcept {
-    idle.dismissed = true;
+void tell_to_exit(worker& idle) noexcept {
+    idle.told_to_exit = true;
     idle.next_run.signal();
 }
 
@@ -98,60 +97,60 @@ worker* pool::take() noexcept {
 void pool::put(worker& idle) noexcept {
     {
         const std::lock_guard guard(lock);
-        if (count < parking_places && !idle.changed && !closed) {
+        if (count < most_parked && !idle.changed && !closed) {
             idle.next = parked;
             parked = &idle;
             ++count;
             return;
         }
-        idle.next = leaving;
-        leaving = &idle;
+        idle.next = exiting;
+        exiting = &idle;
     }
-    dismiss(idle);
+    tell_to_exit(idle);
 }
 
-worker* pool::behind(worker& leaver) noexcept {
+worker* pool::take_next(worker& exiting_thread) noexcept {
     const std::lock_guard guard(lock);
-    return std::exchange(leaver.next, nullptr);
+    return std::exchange(exiting_thread.next, nullptr);
 }
 
-/// Ends the parked threads and waits until they and those on their way out are gone.
+/// Tells the parked threads to exit and waits until these and the exiting ones have exited.
 void pool::close() noexcept {
     worker* chains[2];
     {
         const std::lock_guard guard(lock);
         chains[0] = std::exchange(parked, nullptr);
-        chains[1] = std::exchange(leaving, nullptr);
+        chains[1] = std::exchange(exiting, nullptr);
         count = 0;
         closed = true;
     }
     for (worker* idle = chains[0]; idle != nullptr;) {
         worker* const below = idle->next;
-        dismiss(*idle);
+        tell_to_exit(*idle);
         idle = below;
     }
     for (worker* head : chains)
-        collect(head);
+        join_and_delete(head);
 }
 
-/// In a forked child, which has none of the threads: forgets them.
-void pool::begin_again() noexcept {
-    for (worker* head : {parked, leaving}) {
+/// In a forked child, where none of the threads exists: frees their records.
+void pool::forget_all() noexcept {
+    for (worker* head : {parked, exiting}) {
         while (head != nullptr)
             delete std::exchange(head, head->next);
     }
-    parked = leaving = nullptr;
+    parked = exiting = nullptr;
     count = 0;
     ++generation;
     lock.unlock();
 }
 
 void end_run(worker& self) noexcept {
-    // Order: release, so that the joiner sees what the run wrote; acquire for what a closer did to the
-    // handle.
+    // Order: release, so that the joiner sees what the run wrote; acquire for changes made by the thread
+    // that closed the handle.
     switch (self.state.exchange(ended, std::memory_order_acq_rel)) {
     case awaited:
-        wake(self.state, 1); // to no effect if another run has begun by now: its joiner looks again
+        wake(self.state, 1); // if another run has begun by now, its joiner only tests again
         break;
     case detached:
         workers.put(self);
@@ -169,12 +168,12 @@ void* thread_main(void* parameter) {
         end_run(self);
         while (!self.next_run.wait())
             sched_yield();
-    } while (!self.dismissed);
-    collect(workers.behind(self));
+    } while (!self.told_to_exit);
+    join_and_delete(workers.take_next(self));
     return nullptr;
 }
 
-/// Makes the thread, with all signals blocked: they are for the host's threads.
+/// Creates the thread, with all signals blocked: they are for the host's threads.
 bool create(worker& fresh) noexcept {
     sigset_t all;
     sigset_t before;
@@ -185,11 +184,11 @@ bool create(worker& fresh) noexcept {
     return failure == 0;
 }
 
-/// Ties the pool to the life of the library.
+/// Registers the fork handlers at load and closes the pool at unload.
 struct lifetime {
     lifetime() noexcept {
         pthread_atfork([] { workers.before_fork(); }, [] { workers.after_fork(); },
-                       [] { workers.begin_again(); });
+                       [] { workers.forget_all(); });
     }
     lifetime(const lifetime&) = delete;
     lifetime& operator=(const lifetime&) = delete;
@@ -199,7 +198,7 @@ struct lifetime {
 } // namespace
 
 // Requires: nothing. Guarantees: the run sees what the caller wrote.
-// Order: the signal of next_run, or the making of the thread, publishes entry, argument and state.
+// Order: the signal of next_run, or the creation of the thread, publishes entry, argument and state.
 worker* start_worker(void (*entry)(void*), void* argument) noexcept {
     worker* chosen = workers.take();
     if (chosen != nullptr) {
@@ -222,7 +221,7 @@ worker* start_worker(void (*entry)(void*), void* argument) noexcept {
     return chosen;
 }
 
-// Requires: the handle's only holder. Guarantees: the run has ended and what it wrote is seen.
+// Requires: the handle's only holder. Guarantees: the run has ended and what it wrote is visible.
 // Order: acquire, against the release in end_run.
 bool join_worker(worker& handle) noexcept {
     if (handle.generation != workers.generation)
@@ -250,8 +249,8 @@ bool set_worker_priority(worker& handle, std::int32_t priority) noexcept {
     return handle.changed;
 }
 
-// Requires: the handle's only holder. Guarantees: the thread goes back to the pool when its run has ended.
-// Order: acquire and release, as the pool hands the thread to somebody else.
+// Requires: the handle's only holder. Guarantees: the thread returns to the pool when its run has ended.
+// Order: acquire and release, as the pool hands the thread to another caller.
 void close_worker(worker* handle) noexcept {
     if (handle->generation != workers.generation)
         delete handle;

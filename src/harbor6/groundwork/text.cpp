@@ -1,7 +1,7 @@
 #include "harbor6/groundwork/text.h"
 
 #include "harbor6/groundwork/exception.h"
-#include "harbor6/groundwork/platform_code_page.h"
+#include "harbor6/groundwork/platform.h"
 
 #include <algorithm>
 #include <memory>
@@ -14,7 +14,7 @@ static_assert(sizeof(wchar_t) == 4, "wide strings hold one code point per unit")
 
 constexpr char32_t replacement = 0xFFFD;
 
-// Windows-1252 from 0x80 to 0x9F; a hole stands for itself.
+// Windows-1252 from 0x80 to 0x9F; an undefined byte maps to the code point of the same number.
 constexpr char16_t windows_1252[32] = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
@@ -30,8 +30,8 @@ constexpr bool is_scalar(char32_t point) {
     return point < 0xD800 || (point > 0xDFFF && point <= 0x10FFFF);
 }
 
-/// Takes one code point off the front of `text`. False, with `text` unchanged, if no well-formed one stands
-/// there: over-long forms, surrogates and values above U+10FFFF are not well-formed.
+/// Removes one code point from the front of `text`. False, with `text` unchanged, if it doesn't begin with a
+/// well-formed one: over-long forms, surrogates and values above U+10FFFF are not well-formed.
 bool take_utf8(std::string_view& text, char32_t& point) {
     const auto lead = static_cast<unsigned char>(text.front());
     unsigned length = 1;

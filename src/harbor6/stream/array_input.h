@@ -6,7 +6,7 @@
 
 namespace un {
 
-/// A run of items that somebody else owns.
+/// Pointer and length of items that it doesn't own; they must outlive it. Operations never fail.
 template<class T>
 class array {
 public:
@@ -15,8 +15,10 @@ public:
     /// The bytes of a zero-terminated text before its terminator.
     explicit array(const T* text) : array(text, static_cast<unsigned>(std::char_traits<T>::length(text))) {}
 
+    /// The first item and the place after the last one; null in an empty default array.
     const T* begin() const { return first; }
     const T* end() const { return first + count; }
+    /// The number of items.
     unsigned length() const { return count; }
 
 private:
@@ -28,15 +30,18 @@ private:
 
 namespace stream {
 
-/// Reads memory in place; the bytes must outlive the stream. tell() counts from the array's start.
+/// Reads memory in place. It copies nothing: the bytes must outlive the stream and stay unchanged. tell()
+/// counts from the start of the array. Can't seek. Never fails: at the end reads return fewer bytes. One
+/// thread at a time.
 class HARBOR6_API array_input : public virtual input {
 public:
-    /// Starts at `offset`, at the end if `offset` lies behind it.
+    /// Starts at `offset`, or at the end of the array if that is smaller.
     array_input(const un::array<char>& bytes, unsigned offset);
     ~array_input() override;
 
     using input::read;
 
+    /// The length of the whole array.
     std::uint64_t size() const override;
 
 protected:

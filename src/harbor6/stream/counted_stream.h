@@ -9,23 +9,30 @@
 
 namespace harbor6::data {
 
-/// A shared holder of a stream: the last holder deletes it. An empty holder is a valid answer that means "no
-/// such stream"; using its stream raises harbor6::counted_ptr_null.
+/// A shared holder of a stream. Copies hold the same stream; the last one deletes it without calling close()
+/// first. An empty holder is a valid result that means "no such stream". A holder and its copies stay on one
+/// thread at a time, as the stream does. Construction may raise std::bad_alloc, and then deletes the stream.
 template<class Stream>
 class Counted {
 public:
+    /// An empty holder.
     Counted() = default;
+    /// Takes ownership of the stream; null makes an empty holder.
     explicit Counted(Stream* owned) : held(owned) {}
     explicit Counted(std::unique_ptr<Stream> owned) : held(std::move(owned)) {}
 
+    /// The stream, still owned by the holders; null if empty.
     Stream* get() const { return held.get(); }
+    /// Whether there is a stream.
     explicit operator bool() const { return held != nullptr; }
+    /// The stream. Raise harbor6::counted_ptr_null if the holder is empty.
     Stream* operator->() const { return &**this; }
     Stream& operator*() const {
         if (!held)
             throw counted_ptr_null();
         return *held;
     }
+    /// Empties this holder.
     void reset() { held.reset(); }
 
 private:

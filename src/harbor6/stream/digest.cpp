@@ -24,9 +24,9 @@ void digest_input::finish() {
 }
 
 unsigned digest_input::_read(char* buffer, unsigned length) {
-    const auto came = filter_input::_read(buffer, length);
-    digest->update(buffer, came);
-    return came;
+    const auto got = filter_input::_read(buffer, length);
+    digest->update(buffer, got);
+    return got;
 }
 
 int digest_input::_read() {

@@ -1,10 +1,25 @@
 #include "harbor6/stream/endian_input.h"
 
+#include "harbor6/groundwork/endian.h"
 #include "harbor6/groundwork/exception.h"
 
+#include <array>
 #include <bit>
 
 namespace stream {
+
+namespace {
+
+/// The next `count` bytes, followed by zeros.
+template<unsigned size>
+std::array<char, size> take(input& source, unsigned count = size) {
+    std::array<char, size> bytes{};
+    if (source.read(bytes.data(), count) != count)
+        throw exception("unexpected end of stream", "stream::little_endian_input");
+    return bytes;
+}
+
+} // namespace
 
 endian_input::endian_input(input& source)
     : direct_input(&source), foreign_order(std::endian::native != std::endian::little) {}
@@ -19,30 +34,20 @@ little_endian_input::little_endian_input(input& source) : endian_input(source) {
 
 little_endian_input::~little_endian_input() = default;
 
-std::uint64_t little_endian_input::read_bytes(unsigned count) {
-    char bytes[8];
-    if (read(bytes, count) != count)
-        throw exception("unexpected end of stream", "stream::little_endian_input");
-    std::uint64_t value = 0;
-    for (unsigned i = 0; i < count; ++i)
-        value |= std::uint64_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
-    return value;
-}
-
 std::uint16_t little_endian_input::read16() {
-    return static_cast<std::uint16_t>(read_bytes(2));
+    return endian::load_le16(take<2>(*this).data());
 }
 
 std::uint32_t little_endian_input::read24() {
-    return static_cast<std::uint32_t>(read_bytes(3));
+    return endian::load_le32(take<4>(*this, 3).data());
 }
 
 std::uint32_t little_endian_input::read32() {
-    return static_cast<std::uint32_t>(read_bytes(4));
+    return endian::load_le32(take<4>(*this).data());
 }
 
 std::uint64_t little_endian_input::read64() {
-    return read_bytes(8);
+    return endian::load_le64(take<8>(*this).data());
 }
 
 } // namespace stream

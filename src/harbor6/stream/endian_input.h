@@ -4,8 +4,9 @@
 
 namespace stream {
 
-/// Integers of a fixed byte order, read through the wrapped stream's public operations, so that a filter
-/// below sees every byte. Meant to live on the stack for as long as one record is read.
+/// Reads integers of a fixed byte order through the wrapped stream's public operations, so that a filter
+/// there sees every byte. It doesn't own the stream and buffers nothing: it can be made on the stack to read
+/// one record. One thread at a time.
 class HARBOR6_API endian_input : public direct_input {
 public:
     explicit endian_input(input& source);
@@ -13,7 +14,8 @@ public:
 
     /// The next byte as 0 to 255, -1 at the end.
     virtual int read8();
-    /// These raise stream::exception "unexpected end of stream" where the stream ends inside the integer.
+    /// The next integer. These raise stream::exception "unexpected end of stream", and have consumed the
+    /// rest, if the stream ends before the integer is complete.
     virtual std::uint16_t read16() = 0;
     /// In the low 24 bits.
     virtual std::uint32_t read24() = 0;
@@ -25,7 +27,7 @@ protected:
     const bool foreign_order;
 };
 
-/// The first byte is the least significant, whatever the machine.
+/// Little-endian integers: the first byte is the least significant, on every machine.
 class HARBOR6_API little_endian_input : public endian_input {
 public:
     explicit little_endian_input(input& source);
@@ -35,9 +37,6 @@ public:
     std::uint32_t read24() override;
     std::uint32_t read32() override;
     std::uint64_t read64() override;
-
-private:
-    std::uint64_t read_bytes(unsigned count);
 };
 
 } // namespace stream

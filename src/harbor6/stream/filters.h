@@ -8,19 +8,29 @@
 
 namespace stream {
 
-/// Forwards to another stream, which it doesn't own and which must outlive it. Bytes pushed back stay in the
-/// filter. With no stream attached every operation that needs one raises stream::exception.
+// Filters forward to a wrapped stream, with its results and its exceptions. They don't own it, and destroying
+// a filter leaves it open; it must outlive the filter or be replaced. Using a filter without a wrapped stream
+// is a mistake of the caller and raises stream::exception "no stream is attached". One thread at a time uses
+// a filter and the stream below it.
+
+/// Forwards reading. Pushed-back bytes stay in the filter. start, finish, abort and set_tell aren't
+/// forwarded, and seek returns false.
 class HARBOR6_API filter_input : public virtual input {
 public:
+    /// `source` may be null and attached later.
     explicit filter_input(input* source);
     ~filter_input() override;
 
     using input::read;
 
+    /// The wrapped stream's size.
     std::uint64_t size() const override;
+    /// Closes the wrapped stream.
     void close() override;
 
+    /// Replaces the wrapped stream; null detaches it. Pushed-back bytes stay and are delivered first.
     virtual void attach(input* source);
+    /// The wrapped stream, or null.
     virtual input* attached() const;
 
 protected:
@@ -35,7 +45,7 @@ private:
     input* inner;
 };
 
-/// A filter whose push-back goes to the wrapped stream too, so that it holds no bytes of its own.
+/// A filter_input that pushes bytes back into the wrapped stream and so stores none.
 class HARBOR6_API direct_input : public filter_input {
 public:
     explicit direct_input(input* source);
@@ -48,8 +58,9 @@ private:
     input& receiver() const;
 };
 
-/// Gives a nio::input, which it owns, the interface of stream::input. `size` and `close` stay the filter's
-/// and reach `source`, the stream that the nio::input takes its bytes from.
+/// Gives `Input`, a class derived from nio::input, the interface of stream::input. It owns the adapted
+/// object, but not `source`, from which that object takes its bytes and to which size() and close() apply.
+/// Reads, start and finish go to the adapted object; a read of it must return fewer bytes only at the end.
 template<class Input>
 class adapter_input : public filter_input {
 public:
@@ -71,7 +82,7 @@ private:
     std::unique_ptr<Input> adapted;
 };
 
-/// Creates the nio::input that it adapts, from the source, a compression extent and the rewind flag.
+/// An adapter_input that creates the object it adapts as Input(source, extent, rewind).
 template<class Input>
 class adapter_2_input : public adapter_input<Input> {
 public:
@@ -79,10 +90,10 @@ public:
         : adapter_input<Input>(&source, std::make_unique<Input>(source, extent, rewind)) {}
 };
 
-/// Forwards to another stream, which it doesn't own and which must outlive it. With no stream attached every
-/// operation that needs one raises stream::exception.
+/// Forwards writing. start, finish, flush, seek and set_tell aren't forwarded; size() is tell().
 class HARBOR6_API filter_output : public virtual output {
 public:
+    /// `target` may be null and attached later.
     explicit filter_output(output* target);
     ~filter_output() override;
 
@@ -94,9 +105,12 @@ public:
     void resize(std::uint64_t size) override;
     /// The filter's own flush(), then sync() of the wrapped stream.
     void sync() override;
+    /// Closes the wrapped stream, without a flush() of the filter.
     void close() override;
 
+    /// Replaces the wrapped stream; null detaches it.
     virtual void attach(output* target);
+    /// The wrapped stream, or null.
     virtual output* attached() const;
 
 private:

@@ -85,9 +85,9 @@ std::uint64_t input::_skip(std::uint64_t count) {
     std::uint64_t done = 0;
     while (done < count) {
         const auto wanted = static_cast<unsigned>(std::min<std::uint64_t>(count - done, sizeof dropped));
-        const auto came = _read(dropped, wanted);
-        done += came;
-        if (came < wanted)
+        const auto got = _read(dropped, wanted);
+        done += got;
+        if (got < wanted)
             break;
     }
     return done;
@@ -96,9 +96,9 @@ std::uint64_t input::_skip(std::uint64_t count) {
 std::uint64_t input::_copy_to(output& target) {
     char chunk[copy_chunk];
     std::uint64_t total = 0;
-    while (const unsigned came = _read(chunk, copy_chunk)) {
-        target.write(chunk, came);
-        total += came;
+    while (const unsigned got = _read(chunk, copy_chunk)) {
+        target.write(chunk, got);
+        total += got;
     }
     return total;
 }

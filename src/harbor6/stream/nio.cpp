@@ -5,6 +5,27 @@
 
 namespace nio {
 
+namespace {
+
+/// Reads up to `limit` bytes piece by piece, passes each piece to `take`, and stops at the first read that
+/// returns 0.
+template<class Take>
+std::uint64_t drain(input& source, std::uint64_t limit, unsigned chunk, Take take) {
+    std::vector<char> piece(static_cast<std::size_t>(std::min<std::uint64_t>(limit, std::max(chunk, 1u))));
+    std::uint64_t total = 0;
+    while (total < limit) {
+        const auto wanted = static_cast<unsigned>(std::min<std::uint64_t>(limit - total, piece.size()));
+        const auto got = source.read(piece.data(), wanted);
+        if (got == 0)
+            break;
+        take(piece.data(), got);
+        total += got;
+    }
+    return total;
+}
+
+} // namespace
+
 input::~input() = default;
 
 void input::start() {}
@@ -69,9 +90,9 @@ filter_input::filter_input(input* source) {
 filter_input::~filter_input() = default;
 
 unsigned filter_input::read(char* buffer, unsigned length) {
-    const unsigned came = attached()->read(buffer, length);
-    position += came;
-    return came;
+    const unsigned got = attached()->read(buffer, length);
+    position += got;
+    return got;
 }
 
 void filter_input::attach(input* source) {
@@ -102,27 +123,6 @@ bool direct_input::seek(std::uint64_t value) {
 std::uint64_t direct_input::size() const {
     return attached()->size();
 }
-
-namespace {
-
-/// Reads up to `limit` bytes piece by piece, hands each piece to `take`, and stops at the first read that
-/// gives nothing.
-template<class Take>
-std::uint64_t drain(input& source, std::uint64_t limit, unsigned chunk, Take take) {
-    std::vector<char> piece(static_cast<std::size_t>(std::min<std::uint64_t>(limit, std::max(chunk, 1u))));
-    std::uint64_t total = 0;
-    while (total < limit) {
-        const auto wanted = static_cast<unsigned>(std::min<std::uint64_t>(limit - total, piece.size()));
-        const auto came = source.read(piece.data(), wanted);
-        if (came == 0)
-            break;
-        take(piece.data(), came);
-        total += came;
-    }
-    return total;
-}
-
-} // namespace
 
 std::uint64_t copy(input& source, output& target, std::uint64_t limit, unsigned chunk) {
     return drain(source, limit, chunk,

@@ -30,11 +30,11 @@ std::uint64_t copier::process(input& source, output& target, std::uint64_t lengt
     std::uint64_t total = 0;
     while (total < length) {
         const auto wanted = static_cast<unsigned>(std::min<std::uint64_t>(length - total, buffer.size()));
-        const auto came = source.read(buffer.data(), wanted);
-        if (came > 0)
-            target.write(buffer.data(), came);
-        total += came;
-        if (came < wanted)
+        const auto got = source.read(buffer.data(), wanted);
+        if (got > 0)
+            target.write(buffer.data(), got);
+        total += got;
+        if (got < wanted)
             break;
     }
     return total;

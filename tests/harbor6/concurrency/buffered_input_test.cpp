@@ -7,12 +7,12 @@
 
 namespace {
 
-/// Memory that can be sought unless told otherwise, and grows.
+/// Memory that can seek unless told otherwise, and can grow.
 struct memory : nio::input {
     unsigned read(char* buffer, unsigned length) override {
-        const auto came = static_cast<unsigned>(bytes.copy(buffer, length, next));
-        next += came;
-        return came;
+        const auto got = static_cast<unsigned>(bytes.copy(buffer, length, next));
+        next += got;
+        return got;
     }
     std::uint64_t tell() const override { return next + shift; }
     void set_tell(std::uint64_t value) override { shift = value - next; }
@@ -30,14 +30,14 @@ struct memory : nio::input {
 
 } // namespace
 
-TEST(BufferedInput, GivesTheReadAheadBackAndKeepsBothCountsInStep) {
+TEST(BufferedInput, ReturnsTheReadAheadAndKeepsBothPositionsInStep) {
     memory source;
     nio::buffered_input in(source, 8);
     source.seekable = false;
-    in.finish(); // nothing buffered, nothing to give back
+    in.finish(); // nothing is buffered, so nothing to return
     EXPECT_EQ(in.get(), 'a');
     EXPECT_EQ(support::refusal_of([&] { in.finish(); }), "buffered_input failed to yield unused data");
-    EXPECT_EQ(in.get(), 'b') << "a refusal loses nothing";
+    EXPECT_EQ(in.get(), 'b') << "a refused seek loses nothing";
     source.seekable = true;
     in.finish();
     EXPECT_EQ(source.tell(), 2u);
@@ -45,7 +45,7 @@ TEST(BufferedInput, GivesTheReadAheadBackAndKeepsBothCountsInStep) {
     EXPECT_TRUE(in.seek(9));
     EXPECT_EQ(in.get(), 'j');
     source.seek(5);
-    in.start(); // forgets
+    in.start(); // drops the buffer
     EXPECT_EQ(in.get(), 'f');
     in.set_tell(1006);
     EXPECT_EQ(in.tell(), 1006u);
@@ -55,6 +55,6 @@ TEST(BufferedInput, GivesTheReadAheadBackAndKeepsBothCountsInStep) {
     char rest[20];
     EXPECT_EQ(std::string(rest, in.read(rest, 20)), "ghijklmnop");
     EXPECT_EQ(in.get(), -1);
-    source.bytes += 'y'; // the end is asked for each time
+    source.bytes += 'y'; // the end isn't remembered
     EXPECT_EQ(in.get(), 'y');
 }

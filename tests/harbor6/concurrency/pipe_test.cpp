@@ -36,7 +36,7 @@ std::string content(unsigned length) {
     return bytes;
 }
 
-TEST(Pipe, TakesPowersOfTwoOnlyAndStaysInPlace) {
+TEST(Pipe, AcceptsPowersOfTwoOnlyAndCannotSeek) {
     for (const unsigned capacity : {0u, 3u, 6u, 65535u, 65537u})
         EXPECT_EQ(support::refusal_of([&] { nio::pipe pipe(capacity); }), "pipe size must be a power of 2");
     nio::pipe pipe(4);
@@ -61,32 +61,32 @@ void write_all(nio::pipe& pipe, unsigned total, unsigned largest, unsigned seed)
     pipe.finish();
 }
 
-/// Reads in the same manner until the end, or until `limit` bytes have come; how many were right.
+/// Reads in the same manner up to the end or `limit` bytes. Returns how many were right.
 unsigned read_all(nio::pipe& pipe, unsigned limit, unsigned largest, unsigned seed) {
     std::mt19937 dice(seed);
     std::string piece(largest + 1, 0);
     unsigned right = 0;
     while (right < limit) {
         const unsigned wanted = std::min(1 + roll(dice, largest - 1), limit - right);
-        unsigned came = wanted;
+        unsigned got = wanted;
         if (wanted == 1) {
             const int byte = pipe.get();
             piece[0] = static_cast<char>(byte);
-            came = byte >= 0 ? 1 : 0;
+            got = byte >= 0 ? 1 : 0;
         } else {
-            came = pipe.read(piece.data(), wanted);
+            got = pipe.read(piece.data(), wanted);
         }
-        for (unsigned i = 0; i < came; ++i, ++right)
+        for (unsigned i = 0; i < got; ++i, ++right)
             if (piece[i] != byte_at(right))
                 return right;
-        if (came < wanted)
+        if (got < wanted)
             break;
     }
     return right;
 }
 
-// Small rings change hands at nearly every byte, and short streams end while the reader looks.
-TEST(Pipe, HandsOverEveryByteWhoeverEndsFirst) {
+// Small rings switch sides at nearly every byte, and short streams end while the reader tests for data.
+TEST(Pipe, DeliversEveryByteWhicheverSideEndsFirst) {
     const struct {
         unsigned capacity, rounds, total, largest;
     } cases[] = {
@@ -114,8 +114,8 @@ TEST(Pipe, HandsOverEveryByteWhoeverEndsFirst) {
     }
 }
 
-// The byte and the end arrive while the reader is between two looks at the pipe, if tried often enough.
-TEST(Pipe, LosesNoByteThatComesTogetherWithTheEnd) {
+// If tried often enough, the byte and the end arrive between the reader's two loads of the pipe's state.
+TEST(Pipe, LosesNoByteWrittenJustBeforeTheEnd) {
     nio::pipe pipe(16);
     std::atomic<unsigned> reader_at = 0;
     std::atomic<unsigned> writer_at = 0;

@@ -14,12 +14,13 @@
 #include <new>
 #include <stdexcept>
 #include <thread>
+#include <tuple>
 #include <typeinfo>
 #include <vector>
 
 namespace {
 
-/// Whether `condition` comes true within ten seconds.
+/// Whether `condition` becomes true within ten seconds.
 bool wait_until(const std::function<bool()>& condition) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (!condition() && std::chrono::steady_clock::now() < end)
@@ -42,30 +43,33 @@ std::string thrown_by(const std::function<void()>& body) {
     return "nothing";
 }
 
-/// There is no memory, or something worse, when it is to be copied.
-class stubborn final : public basic::exception {
+/// Can't be copied for lack of memory.
+class uncopyable final : public basic::exception {
 public:
     using basic::exception::exception;
     std::unique_ptr<basic::cloneable_exception> clone() const override { throw std::bad_alloc(); }
 };
 
-TEST(Thread, BringsHomeWhatTheRunThrows) {
+TEST(Thread, RaisesInTheJoinerWhatTheRunThrew) {
     const auto no_memory = [] { throw basic::bad_alloc("std::bad_alloc"); };
     const auto unknown = [] { throw basic::thread_exception("unknown thread error"); };
     const auto damage = [] { throw basic::algorithm_exception("bad"); };
-    const auto short_stream = [] { throw stream::exception("short", "a::b"); };
-    const std::pair<std::function<void()>, std::function<void()>> cases[] = {
-        {[] {}, [] {}},
-        {[] { throw basic::cancel_exception("stop"); }, [] {}},
-        {[] { throw std::bad_alloc(); }, no_memory},
-        {[] { throw std::bad_array_new_length(); }, no_memory},
-        {[] { throw stubborn("x"); }, no_memory},
-        {[] { throw 7; }, unknown},
-        {[] { throw std::runtime_error("no"); }, unknown},
-        {damage, damage},
-        {short_stream, short_stream},
+    const auto checksum = [] { throw format::crc_exception("bad", "a::b"); };
+    const auto refusal = [] { throw format::exception("bad", "a::b"); };
+    const std::tuple<const char*, std::function<void()>, std::function<void()>> cases[] = {
+        {"nothing", [] {}, [] {}},
+        {"cancelled", [] { throw basic::cancel_exception("stop"); }, [] {}},
+        {"no memory", [] { throw std::bad_alloc(); }, no_memory},
+        {"array too long", [] { throw std::bad_array_new_length(); }, no_memory},
+        {"no memory for the copy", [] { throw uncopyable("x"); }, no_memory},
+        {"an int", [] { throw 7; }, unknown},
+        {"outside the tree", [] { throw std::runtime_error("no"); }, unknown},
+        {"basic branch", damage, damage},
+        {"qpthr branch", refusal, refusal},
+        {"a checksum becomes a plain refusal", checksum, refusal},
     };
-    for (const auto& [body, expected] : cases) {
+    for (const auto& [name, body, expected] : cases) {
+        SCOPED_TRACE(name);
         support::job work(body);
         basic::thread thread;
         thread.start(&work);
@@ -96,7 +100,7 @@ TEST(Thread, StartsAgainAfterReleaseOnly) {
     }
 }
 
-TEST(Thread, RefusesAnImpossiblePriorityWithTheRunOn) {
+TEST(Thread, RefusesAnImpossiblePriorityAfterTheRunBegan) {
     basic::thread thread;
     bool ran = false;
     support::job work([&] { ran = true; });
@@ -106,7 +110,7 @@ TEST(Thread, RefusesAnImpossiblePriorityWithTheRunOn) {
     EXPECT_TRUE(ran);
 }
 
-TEST(Thread, CannotBeJoinedInAForkedChildWhichDoesntHaveIt) {
+TEST(Thread, CannotBeJoinedInAForkedChildWhereItDoesntExist) {
     support::job work([] {});
     basic::thread thread;
     thread.start(&work);
@@ -117,7 +121,7 @@ TEST(Thread, CannotBeJoinedInAForkedChildWhichDoesntHaveIt) {
 
 TEST(Thread, KeepsOnlyAFewThreadsWhenManyHaveEnded) {
     constexpr unsigned many = 40;
-    constexpr std::ptrdiff_t few = 8 + 2; // the parked, this one, and one that a sanitizer may have
+    constexpr std::ptrdiff_t few = 8 + 2; // those kept, this one, and one that a sanitizer may add
     for (const bool released_first : {false, true}) {
         basic::event go(false);
         std::atomic<unsigned> ended = 0;
@@ -144,12 +148,12 @@ TEST(Thread, KeepsOnlyAFewThreadsWhenManyHaveEnded) {
     }
 }
 
-/// Takes note if two are raised at the same time.
-class lonely final : public basic::exception {
+/// Notices if two are raised at the same time.
+class raised_alone final : public basic::exception {
 public:
-    explicit lonely(std::atomic<int>& raising) : exception("lonely"), together(raising) {}
+    explicit raised_alone(std::atomic<int>& raising) : exception("raised_alone"), together(raising) {}
     std::unique_ptr<basic::cloneable_exception> clone() const override {
-        return std::make_unique<lonely>(together);
+        return std::make_unique<raised_alone>(together);
     }
     void raise() const override {
         const bool alone = ++together == 1;
@@ -166,7 +170,7 @@ TEST(Thread, RaisesOneStoredExceptionAtATime) {
     std::atomic<int> raising = 0;
     std::atomic<int> alone = 0;
     const auto join_many = [&] {
-        support::job work([&] { throw lonely(raising); });
+        support::job work([&] { throw raised_alone(raising); });
         for (int i = 0; i < 500; ++i) {
             basic::thread thread;
             thread.start(&work);
@@ -178,30 +182,6 @@ TEST(Thread, RaisesOneStoredExceptionAtATime) {
     join_many();
     other.join();
     EXPECT_EQ(alone, 1000);
-}
-
-TEST(Event, RemembersASignalUntilAWaitOrResetTakesItAndReleasesOneWaiterOrAll) {
-    for (const bool auto_reset : {true, false}) {
-        basic::event event(auto_reset);
-        event.signal();
-        event.signal();
-        auto_reset ? event.wait() : event.reset();
-        std::atomic<int> passed = 0;
-        std::thread waiters[4];
-        for (auto& waiter : waiters)
-            waiter = std::thread([&] {
-                event.wait();
-                ++passed;
-            });
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        EXPECT_EQ(passed, 0);
-        for (int signals = 1; signals <= (auto_reset ? 4 : 1); ++signals) {
-            event.signal();
-            EXPECT_TRUE(wait_until([&] { return passed == (auto_reset ? signals : 4); }));
-        }
-        for (auto& waiter : waiters)
-            waiter.join();
-    }
 }
 
 } // namespace

@@ -13,14 +13,14 @@
 
 namespace {
 
-TEST(PlatformWorker, SaysWhenThereIsNoThreadToBeHad) {
+TEST(PlatformWorker, ReportsThatNoThreadIsAvailable) {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-    GTEST_SKIP() << "sanitizers need the address space that this test takes away";
+    GTEST_SKIP() << "sanitizers need the address space that this test removes";
 #endif
     const auto starve = [] {
         basic::event never(true);
         support::job waiting([&] { never.wait(); });
-        std::vector<basic::thread> threads(64); // more than the platform keeps stacks for
+        std::vector<basic::thread> threads(64); // more than the C library keeps stacks for
         const rlimit none{0, 0};
         setrlimit(RLIMIT_AS, &none);
         std::string text;
@@ -32,7 +32,7 @@ TEST(PlatformWorker, SaysWhenThereIsNoThreadToBeHad) {
     EXPECT_EXIT(starve(), testing::ExitedWithCode(0), "");
 }
 
-TEST(Platform, FindsItsExecutableAndSymbolsAndSaysWhyNot) {
+TEST(Platform, FindsItsExecutableAndSymbolsOrReportsWhyNot) {
     EXPECT_TRUE(std::filesystem::equivalent(platform::executable_path(), "/proc/self/exe"));
     platform::library mathematics("libm.so.6");
     using function = double (*)(double);
