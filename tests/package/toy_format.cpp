@@ -43,7 +43,7 @@ struct Archive : harbor6::SuperArchive {
 };
 
 struct Format : harbor6::SuperFormat {
-    explicit Format(harbor6::HarborShell* shell) : SuperFormat(shell) {
+    explicit Format(harbor6::HarborShell* host) : SuperFormat(host) {
         format_name = "toy";
         suffixes.push_back(".toy");
         capabilities = expands_archives;
