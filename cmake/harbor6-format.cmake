@@ -1,10 +1,10 @@
 # harbor_add_format(NAME [SOURCE...])
 #
-# Builds the plug-in NAME.so, which teaches a host one archive format, from the sources, or from every .cpp file
-# below the current folder if none is named. It exports loadFormats and nothing else. `cmake --install` puts it
-# into lib/harbor6/formats below the prefix, where the program looks for it.
+# Builds the plug-in NAME.so, which supports one archive format, from the sources, or from every .cpp file below the
+# current folder if none is given. It exports loadFormats, which the sources must define, and nothing else.
+# `cmake --install` puts it into lib/harbor6/formats below the prefix, where the program looks for it.
 #
-# The code is also available as the object library NAME_code, for tests that reach behind loadFormats.
+# The target is NAME; the object library NAME_code holds its code for tests that need more than loadFormats.
 function(harbor_add_format name)
     set(sources ${ARGN})
     if(NOT sources)

@@ -6,7 +6,7 @@ fail() {
     exit 1
 }
 
-# quietly LOG COMMAND...: the command's words are kept in LOG and shown only when it fails.
+# quietly LOG COMMAND...: the output goes to LOG and is shown only when the command fails.
 quietly() {
     local log=$1
     shift
@@ -16,7 +16,7 @@ quietly() {
     fi
 }
 
-# need SECTION...: the packages of these sections of packages.txt are there, or are installed now, or named.
+# need SECTION...: installs the missing packages of these sections of packages.txt, or names them and stops.
 need() {
     local section missing stamps=$root/build/setup
     for section; do
@@ -36,7 +36,7 @@ missing_of() {
         comm -23 <(packages_of "$1" | sort) \
             <(dpkg-query -W -f '${db:Status-Status} ${Package}\n' | sed -n 's/^installed //p' | sort)
     elif [[ $1 == program ]] && ! { command -v c++ && command -v cmake && command -v ninja; } >/dev/null; then
-        packages_of "$1" # elsewhere CMake tells of missing libraries
+        packages_of "$1" # elsewhere CMake reports missing libraries
     fi
 }
 
@@ -48,13 +48,13 @@ install_packages() {
         as_root=(sudo -n "${as_root[@]}")
     fi
     say "installing $* ..."
-    # Old package lists may do, so that a failing update alone is no reason to stop.
+    # The package lists may be recent enough, so a failing update alone is no reason to stop.
     "${as_root[@]}" apt-get -q update </dev/null >"$root/build/setup/update.log" 2>&1 || true
     quietly "$root/build/setup/install.log" "${as_root[@]}" apt-get -q -y -o DPkg::Lock::Timeout=600 \
         install --no-install-recommends "$@"
 }
 
-# configured PRESET [-DOPTION=VALUE...]: there is a build tree of this source tree with these options.
+# configured PRESET [-DOPTION=VALUE...]: whether build/PRESET is a build tree of this source tree with these options.
 configured() {
     local tree=$root/build/$1 option
     [[ -f $tree/build.ninja ]] && grep -sqxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$tree/CMakeCache.txt" || return 1
@@ -77,13 +77,13 @@ build() {
         if ! configured "$preset" "${options[@]}"; then
             say "building $preset ..."
             announced=1
-            # A warning of a compiler that nobody here has tried is no reason to refuse a newcomer the program.
+            # Warnings of an untested compiler should not keep a newcomer from running the program.
             [[ $preset != release || -n ${CI-} ]] || options+=(-DHARBOR_WERROR=OFF)
-            # A tree that was moved or copied here keeps nothing of its old place.
+            # A build tree that was moved or copied here is configured from scratch.
             grep -sqxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$tree/CMakeCache.txt" || options+=(--fresh)
             quietly "$tree/configure.log" cmake -S "$root" --preset "$preset" "${options[@]}"
         fi
-        # Ninja's reasons come before its first command, and only when there is one.
+        # Ninja explains before its first command, and only if it has one to run.
         if ! ninja -C "$tree" -d explain "$@" </dev/null 2>&1 | announce "$preset" >"$tree/build.log"; then
             grep -vE '^(\[[0-9]+/|ninja: Entering)' "$tree/build.log" >&2
             fail "failed to build"

@@ -5,12 +5,12 @@
 
 #include <cstdio>
 
-/// A format that somebody else brings.
+/// A format that the library does not define.
 struct Mine : harbor6::Format {
     Mine() : Format(nullptr) { format_name = "mine"; }
 };
 
-/// Reads through the installed library and catches one of its exceptions, whose type must cross the border.
+/// Reads through the installed library and catches one of its exceptions by type.
 int main() {
     const un::array<char> bytes("MSCF*");
     stream::array_input input(bytes, 0);

@@ -8,12 +8,12 @@
 
 namespace support {
 
-/// A memory host with one cabinet beside its root.
+/// A memory host with one cabinet outside its root.
 struct cabinet_host : memory_host {
     explicit cabinet_host(const std::string& bytes)
         : stored(source("x.cab", bytes)), archive(format._newArchiveAtItem(stored.get(), 0)) {}
 
-    /// Expands the cabinet into the root and gives the refusal, if any.
+    /// Expands the cabinet into the root; returns the failure as refusal_of does.
     std::string expand(harbor6::ContainerAdaptor* adaptor = nullptr) {
         return refusal_of([&] { archive->addContentTo(*root(), adaptor); });
     }

@@ -15,7 +15,7 @@ std::string number(std::uint64_t value, unsigned size) {
     return bytes;
 }
 
-/// Words as they stand, byte by byte.
+/// The exclusive or of the little-endian words of `bytes`, the last one filled up with zeros.
 std::uint32_t checksum_of(std::string_view bytes) {
     std::uint32_t sum = 0;
     for (std::size_t i = 0; i < bytes.size(); ++i)
@@ -98,7 +98,7 @@ std::string bytes_of(const block_record& block, unsigned reserve_size) {
     const auto size = static_cast<std::uint16_t>(block.payload.size());
     const auto fields = number(size, 2) + number(block.uncompressed_size.value_or(size), 2) + reserve;
     const std::size_t words = block.payload.size() / 4 * 4;
-    std::uint32_t tail = 0; // what is left behind the last whole word, a number with its first byte on top
+    std::uint32_t tail = 0; // the bytes after the last whole word, big-endian
     for (const char byte : block.payload.substr(words))
         tail = tail << 8 | static_cast<unsigned char>(byte);
     const auto sum = checksum_of(fields + block.payload.substr(0, words)) ^ tail;

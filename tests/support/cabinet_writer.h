@@ -7,15 +7,15 @@
 #include <string>
 #include <string_view>
 
-// A small language to build cabinets, sound and unsound ones.
+// Builds cabinets, valid and damaged ones.
 //
-//     cabinet().file("hello.txt", "hello\n").bytes()                  a sound cabinet with one stored folder
-//     cabinet().folder(mszip).file("a\\b.txt", text).bytes()          compressed for real, history included
+//     cabinet().file("hello.txt", "hello\n").bytes()                  a valid cabinet with one stored folder
+//     cabinet().folder(mszip).file("a\\b.txt", text).bytes()          compressed, with history
 //     cabinet().block({.payload = "abc", .checksum = 1}).bytes()      a block with a wrong checksum
 //     cut(whole, 40), flip(whole, 40)                                 damage afterwards
 //
-// The fields that readers look at can be set. A field of type std::optional that is empty gets the value that
-// belongs there, so only what a test is about needs to be said:
+// Every field that readers use can be set. An empty std::optional stands for the correct value, so a test
+// sets only what it is about:
 //
 //     cabinet wrong;
 //     wrong.header.version = 0x0104;
@@ -31,7 +31,7 @@ constexpr std::uint16_t lzx(unsigned bits) {
     return static_cast<std::uint16_t>(bits << 8 | 3);
 }
 
-/// Reserve areas: the bytes behind the header, and the size of those in the other records.
+/// Reserve areas: the header's bytes, and the sizes of those in folder and data records.
 struct reserve_area {
     std::string header{};
     std::uint8_t folder_size = 0;
@@ -39,7 +39,7 @@ struct reserve_area {
     std::optional<std::uint16_t> header_size{};
 };
 
-/// Names of a neighbouring cabinet and its disk, without their zero bytes.
+/// Names of a neighbouring cabinet and its disk, without terminating zeros.
 struct neighbour {
     std::string cabinet{};
     std::string disk{};
@@ -47,10 +47,10 @@ struct neighbour {
 
 struct header_record {
     std::string signature = "MSCF";
-    std::optional<std::uint32_t> checksum = 0; ///< none by default; empty means a right one
+    std::optional<std::uint32_t> checksum = 0; ///< 0 for none, empty for the correct one
     std::uint16_t version = 0x0103;
     std::optional<std::uint16_t> folder_count{};
-    std::uint16_t flags = 0; ///< added to those that `reserve`, `previous` and `next` call for
+    std::uint16_t flags = 0; ///< added to those that follow from `reserve`, `previous` and `next`
     std::uint16_t cabinet_index = 0;
     std::optional<reserve_area> reserve{};
     std::optional<neighbour> previous{};
@@ -59,20 +59,20 @@ struct header_record {
 
 struct block_record {
     std::string payload{};
-    std::optional<std::uint32_t> checksum{};          ///< 0 for none, empty for a right one
+    std::optional<std::uint32_t> checksum{};          ///< 0 for none, empty for the correct one
     std::optional<std::uint16_t> uncompressed_size{}; ///< empty: as many bytes as `payload` has
-    std::string reserve{}; ///< cut or filled up with zeros to the size that is called for
+    std::string reserve{};                            ///< cut or padded with zeros to reserve_area::data_size
 };
 
 struct folder_record {
     std::uint16_t compression = stored;
     std::optional<std::uint16_t> block_count{};
-    /// What the files of the folder hold; cut into blocks of `block_size`. MSZIP compresses them, any other
-    /// method keeps the bytes as they are.
+    /// The content of the folder's files, cut into blocks of `block_size`. MSZIP compresses them; with any
+    /// other method the payload is the content.
     std::string content{};
     unsigned block_size = 32768;
     bool checksums = true;
-    std::deque<block_record> blocks{}; ///< made by hand; they follow those of `content`
+    std::deque<block_record> blocks{}; ///< additional ones, after those of `content`
 };
 
 struct file_record {
@@ -86,16 +86,16 @@ struct file_record {
     bool terminated = true; ///< whether a zero byte ends the name
 };
 
-/// One record as it stands in a cabinet; `reserve_size` bytes of reserve.
+/// The bytes of one record; the block's has `reserve_size` bytes of reserve.
 std::string bytes_of(const file_record& file);
 std::string bytes_of(const block_record& block, unsigned reserve_size = 0);
 
 struct cabinet {
-    /// Begins a folder; the files and blocks that follow go into it. Without it there is one stored folder.
+    /// Begins a folder, to which the following files and blocks belong. The default is one stored folder.
     cabinet& folder(std::uint16_t compression);
-    /// Adds `content` to the last folder and a record that fits it.
+    /// Adds `content` to the last folder, and the file record for it.
     cabinet& file(const std::string& name, std::string_view content);
-    /// Adds the record alone.
+    /// Adds the record without content.
     cabinet& file(const file_record& record);
     /// Adds a block to the last folder.
     cabinet& block(const block_record& record);
@@ -110,7 +110,7 @@ struct cabinet {
 };
 
 std::string cut(std::string bytes, std::size_t length);
-/// With the bits of `mask` turned over in the byte at `place`.
+/// `bytes` with the bits of `mask` inverted in the byte at `place`.
 std::string flip(std::string bytes, std::size_t place, int mask = 0xFF);
 
 /// MSZIP payloads ("CK" and a Deflate stream), each with the blocks before it as history. For one folder.

@@ -49,7 +49,7 @@ outcome decode(std::string_view source, bool exact_only, const settings& how) {
             message = failure.what();
         }
         if (out.finished != run + 1)
-            throw std::logic_error("the output's finish() belongs to every run once");
+            throw std::logic_error("each run must call the output's finish() once");
     }
     return {out.bytes, message, in.tell(), out.writes};
 }

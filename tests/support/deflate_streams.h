@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-/// Deflate streams for tests, made bit by bit, and what became of decoding them.
+/// Deflate streams for tests, made bit by bit, and the results of decoding them.
 namespace deflate_streams {
 
 /// Writes a Deflate stream field by field.
@@ -28,7 +28,7 @@ public:
     bit_writer& fixed_distance(unsigned symbol) { return code(symbol, 5); }
     /// Zeros up to a byte boundary.
     bit_writer& align() { return used = 8, *this; }
-    /// Appends whole bytes; the writer must stand on a byte boundary.
+    /// Appends whole bytes; the writer must be at a byte boundary.
     bit_writer& raw(std::string_view more) { return bytes += more, *this; }
 
     std::string bytes;
@@ -37,7 +37,7 @@ private:
     unsigned used = 8; ///< bits of the last byte
 };
 
-/// A seekable input over bytes of somebody else's, which gives at most `piece` bytes for a read.
+/// A seekable input over bytes that it doesn't own. A read returns at most `piece` bytes.
 class memory_input : public nio::input {
 public:
     explicit memory_input(std::string_view source, unsigned most = ~0u) : bytes(source), piece(most) {}
@@ -66,7 +66,7 @@ public:
     unsigned finished = 0;
 };
 
-/// What one or more runs of a decoder left behind.
+/// The result of one or more runs of a decoder.
 struct outcome {
     std::string bytes;
     std::string message;    ///< of the failure, empty if there was none
@@ -78,8 +78,8 @@ struct outcome {
 
 struct settings {
     int extent = 15;
-    unsigned piece = ~0u;  ///< how much the source gives for one read
-    bool portable = false; ///< without the newer instructions of this processor
+    unsigned piece = ~0u;  ///< the most that one read of the source returns
+    bool portable = false; ///< without optional instructions of the processor
     unsigned runs = 1;     ///< streams to decode, up to the first failure
 };
 

@@ -7,7 +7,7 @@
 
 namespace support {
 
-/// A runnable made of a function.
+/// A runnable that calls a function.
 struct job final : basic::runnable {
     explicit job(std::function<void()> body) : work(std::move(body)) {}
     void run() override { work(); }

@@ -13,13 +13,13 @@ struct lzx_token {
     std::uint32_t value = 0;
 };
 
-/// The compressed bytes of one frame, and how many they stand for.
+/// The compressed bytes of one frame, and the number of bytes they expand to.
 struct lzx_frame {
     std::string bytes;
     std::uint32_t size;
 };
 
-/// How a block is to be coded; an empty list of lengths is worked out from what the block needs.
+/// How a block is to be coded. An empty list of code lengths is computed from the block's symbols.
 struct lzx_shape {
     bool aligned = false;
     bool repeats = true; ///< use the repeated offsets where they fit
@@ -29,12 +29,13 @@ struct lzx_shape {
     std::vector<std::uint8_t> aligned_lengths = {};
 };
 
-/// Writes LZX blocks into frames, as they come. put() alone makes whatever stream a test wants.
+/// Writes LZX blocks and cuts them into frames. put() writes any bits, to make invalid streams.
 class lzx_writer {
 public:
     explicit lzx_writer(unsigned window_bits, std::uint32_t frame_bytes = 32768);
 
-    /// 0 says that calls are not translated. Without this call, the first block says so.
+    /// Writes the size for the translation of calls, 0 for none. If it isn't called, the first block writes
+    /// 0.
     void translation(std::uint32_t size);
     void block(const std::vector<lzx_token>& tokens, const lzx_shape& shape = {});
     void raw(const std::string& bytes, const std::array<std::uint32_t, 3>& offsets = {1, 1, 1});
@@ -44,7 +45,7 @@ public:
     void header(unsigned type, std::uint32_t size);
     /// Lengths as deltas on `previous`, which they replace.
     void lengths(const std::vector<std::uint8_t>& wanted, std::vector<std::uint8_t>& previous, bool runs);
-    /// Counts bytes of output, and ends the frame when it is full.
+    /// Counts bytes of output, and ends a full frame.
     void advance(std::uint32_t count);
 
     std::vector<std::uint8_t> main_literals; ///< the lengths of the last block with trees
@@ -69,8 +70,8 @@ private:
     std::vector<lzx_frame> frames;
 };
 
-/// Code lengths of a complete prefix code, none above `limit`. No symbol in use gives no code; a single one
-/// gets a companion.
+/// Code lengths of a complete prefix code, none above `limit`. If no symbol is used all are 0; if a single
+/// one is, another symbol gets a code too.
 std::vector<std::uint8_t> prefix_lengths(std::vector<std::uint32_t> counts, unsigned limit);
 
 } // namespace support

@@ -9,12 +9,12 @@
 
 namespace support {
 
-/// Makes the text of a memory_input stand before the stream that reads it.
+/// A base of memory_input, so that the text is constructed before the stream that reads it.
 struct owned_text {
     std::string text;
 };
 
-/// Reads a text that it owns.
+/// Reads text that it owns.
 class memory_input : private owned_text, public stream::array_input {
 public:
     explicit memory_input(std::string source)
@@ -54,7 +54,7 @@ private:
     std::uint64_t place = 0;
 };
 
-/// Keeps what is written.
+/// Stores what is written.
 class memory_output : public stream::output {
 public:
     using stream::output::write;

@@ -6,8 +6,8 @@
 
 namespace support {
 
-/// What `act` raises, as "reporting class: message", with "crc " in front of a checksum's, or the text alone;
-/// "" for nothing.
+/// The exception that `act` raises, as "reporting class: message", preceded by "crc " if it is a
+/// format::crc_exception; only what() if it is not an un::exception; "" if there is none.
 template<class Act>
 std::string refusal_of(Act act) {
     try {

@@ -11,7 +11,7 @@
 
 namespace support {
 
-/// A folder of its own on a real disk, gone with this object.
+/// A new folder on disk, removed with this object.
 class temporary_folder {
 public:
     temporary_folder() {
@@ -42,7 +42,7 @@ inline std::string read_file(const std::filesystem::path& path) {
     return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(none)";
 }
 
-/// Paths below `folder`, sorted, each with a blank behind it; folders end in '/'.
+/// Paths below `folder`, sorted, each followed by a blank; folders end in '/'.
 inline std::string tree(const std::filesystem::path& folder) {
     std::string text;
     std::vector<std::string> paths;

@@ -12,7 +12,7 @@ static_assert(standard == Z_DEFAULT_STRATEGY && filtered == Z_FILTERED && huffma
 
 namespace {
 
-/// zlib's state, told where to read and where to write.
+/// A zlib state that reads `source` and writes `target`.
 z_stream between(std::string_view source, std::string& target) {
     z_stream z{};
     z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(source.data()));
