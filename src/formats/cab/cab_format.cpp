@@ -53,8 +53,8 @@ harbor6::Archive* Format::_newArchiveAtItem(File* file, unsigned mode) {
     return new cab::Archive(*this, *file, mode);
 }
 
-std::unique_ptr<format::classifier> Format::_newClassifier() {
-    return std::make_unique<format::cab::classifier>(classifier_identifier);
+format::classifier* Format::_newClassifier() {
+    return new format::cab::classifier(classifier_identifier);
 }
 
 } // namespace harbor6::cab

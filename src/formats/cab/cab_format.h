@@ -50,7 +50,7 @@ public:
     ~Format() override;
 
     Archive* _newArchiveAtItem(File* file, unsigned mode) override;
-    std::unique_ptr<format::classifier> _newClassifier() override;
+    format::classifier* _newClassifier() override;
 };
 
 } // namespace harbor6::cab

@@ -9,16 +9,16 @@ namespace harbor6 {
 
 namespace {
 
-/// Shows a format's recogniser, if it has one, a sample for as long as this lives.
-class Shown {
+/// Sets the sample of a format's recogniser, if it has one, for the lifetime of this object.
+class Recognition {
 public:
-    Shown(Format& format, const un::array<char>& sample) : recogniser(format.recogniser()) {
+    Recognition(Format& format, const un::array<char>& sample) : recogniser(format.recogniser()) {
         if (recogniser)
             recogniser->sample = sample;
     }
-    Shown(const Shown&) = delete;
-    Shown& operator=(const Shown&) = delete;
-    ~Shown() {
+    Recognition(const Recognition&) = delete;
+    Recognition& operator=(const Recognition&) = delete;
+    ~Recognition() {
         if (recogniser)
             recogniser->sample = {};
     }
@@ -35,7 +35,7 @@ Classifier::Classifier() = default;
 Classifier::~Classifier() = default;
 
 bool Classifier::addFormat(Format& format) const {
-    known.emplace_back(&format);
+    registered.emplace_back(&format);
     return true;
 }
 
@@ -56,31 +56,31 @@ Archive* Classifier::acquireFileArchive(File& file, std::uint32_t /*a*/, std::ui
 }
 
 Format* Classifier::recognise(const un::array<char>& sample) const {
-    for (const auto& format : known) {
-        const Shown shown(*format, sample);
+    for (const auto& format : registered) {
+        const Recognition test(*format, sample);
         try {
-            if (shown.matches() && shown.recogniser->confirm_at(0))
+            if (test.matches() && test.recogniser->confirm_at(0))
                 return format.get();
         } catch (const stream::exception&) {
-            // The sample ends inside what would be the header.
+            // The sample ends inside the supposed header.
         }
     }
     return nullptr;
 }
 
 Format* Classifier::resembling(const un::array<char>& sample) const {
-    for (const auto& format : known) {
-        const Shown shown(*format, sample);
-        if (!shown.matches())
+    for (const auto& format : registered) {
+        const Recognition test(*format, sample);
+        if (!test.matches())
             continue;
-        shown.recogniser->confirm_at(0);
+        test.recogniser->confirm_at(0);
         return format.get();
     }
     return nullptr;
 }
 
 const std::vector<std::unique_ptr<Format>>& Classifier::formats() const {
-    return known;
+    return registered;
 }
 
 } // namespace harbor6

@@ -12,8 +12,8 @@ class Archive;
 class File;
 class Format;
 
-/// The registry of formats. It owns every format that was added, for as long as it lives, and recognises
-/// files by the first 64 KiB of their main fork.
+/// The registry of formats, which it owns. It recognises archives by the first bytes of a file's main fork.
+/// Used by one thread at a time.
 class HARBOR6_API Classifier {
 public:
     Classifier();
@@ -21,24 +21,26 @@ public:
     Classifier& operator=(const Classifier&) = delete;
     virtual ~Classifier();
 
-    static constexpr unsigned sample_size = 65536;
+    static constexpr unsigned sample_size = 65536; ///< bytes that are looked at
 
-    /// Takes `format` over, and always accepts it.
+    /// Takes ownership of `format`, made with new. Returns whether it was accepted, here always true.
     virtual bool addFormat(Format& format) const;
-    /// An unopened archive on `file` with a reference for the caller, null if no format claims the file. A
-    /// file without a main fork that can be read is claimed by none.
+    /// An unopened archive on `file`, counted for the caller; null if no format recognises it or its main
+    /// fork can't be read. The first format to recognise it is used. What reading raises passes through.
     virtual Archive* acquireStreamArchive(File& file);
+    /// Here the same; a host's class may use the other arguments.
     virtual Archive* acquireFileArchive(File& file, std::uint32_t a, std::uint32_t b, std::uint32_t c);
 
-    /// The format whose archive starts at the first byte of `sample`, null if there is none.
+    /// The format of the archive that starts at the first byte of `sample`; null if none recognises it.
     Format* recognise(const un::array<char>& sample) const;
-    /// The format as whose archive the sample begins, although recognise doesn't take it; null if there is
-    /// none. Raises stream::exception where the sample ends inside the header.
+    /// The format whose signature starts the sample, even if its header isn't valid; null if there is none.
+    /// Raises what reading the header raises: stream::exception if the sample ends inside it.
     Format* resembling(const un::array<char>& sample) const;
+    /// The formats in the order of addFormat. Not to be kept across another addFormat.
     const std::vector<std::unique_ptr<Format>>& formats() const;
 
 private:
-    mutable std::vector<std::unique_ptr<Format>> known;
+    mutable std::vector<std::unique_ptr<Format>> registered; ///< in the order of addFormat
 };
 
 } // namespace harbor6

@@ -3,6 +3,9 @@
 #include "harbor6/model/archive.h"
 #include "harbor6/model/file.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace format {
 
 classifier::classifier(std::uint32_t number, std::uint32_t id) : format_number(number), identifier(id) {}
@@ -24,11 +27,57 @@ struct KeyRange {
     std::uint16_t last;
 };
 
-// Ids of format keys that this index doesn't hold, but classes derived from it may: none can be set.
-constexpr KeyRange fixed_elsewhere[] = {
+// Ids of format keys that this index doesn't contain but a derived class's may. None of them can be set.
+constexpr KeyRange reserved[] = {
     {0x4014, 0x4016}, {0x4019, 0x401B}, {0x401D, 0x401F}, {0x4021, 0x4025}, {0x4027, 0x402A},
     {0x402C, 0x4030}, {0x4038, 0x4040}, {0x4048, 0x404A}, {0x404C, 0x404E},
 };
+
+/// Which `has...` operations return true for a key whatever its value; the others ask the base.
+enum Has : unsigned { base = 0, boolean = 1, integer = 2 };
+
+struct FormatKey {
+    const char* key;
+    std::uint16_t id;
+    unsigned has;
+    bool fixed; ///< can't be set
+};
+
+constexpr FormatKey format_keys[] = {
+    {key::formatName, key_id::formatName, base, true}, // its hasString looks at the values, as for the others
+    {key::suffix, key_id::suffix, base, true},
+    {key::isFile, key_id::isFile, boolean, true},
+    {key::isFolder, key_id::isFolder, boolean, true},
+    {key::expandsArchives, key_id::expandsArchives, boolean, true},
+    {key::recoversArchives, key_id::recoversArchives, boolean, true},
+    {key::createsArchives, key_id::createsArchives, boolean, true},
+    {key::compressionLevel, key_id::compressionLevel, integer, false},
+    {key::compressionLeast, key_id::compressionLeast, integer, true},
+    {key::compressionMost, key_id::compressionMost, integer, true},
+    {key::isFileSystem, key_id::isFileSystem, boolean, true},
+    {key::mimeType, key_id::mimeType, base, true},
+    {key::isSegmented, key_id::isSegmented, boolean, true},
+    {key::compressionDefault, key_id::compressionDefault, integer, true},
+    {key::fileType, key_id::fileType, integer, false},
+    {key::fileCreator, key_id::fileCreator, integer, false},
+    {key::providesEmptyFile, key_id::providesEmptyFile, boolean, true},
+    {key::isText, key_id::isText, boolean, true},
+    {key::savesResources, key_id::savesResources, base, true},
+    {key::macFormat, key_id::macFormat, base, true},
+    {key::longName, key_id::longName, base, true},
+    {key::preserveResourceFork, key_id::preserveResourceFork, boolean | integer, false},
+    {key::executable, key_id::executable, boolean, false},
+    {key::fileSizeBits, key_id::fileSizeBits, base, true},
+    {key::macAttributes, key_id::macAttributes, base, true},
+    {key::createsIndex, key_id::createsIndex, boolean, true},
+};
+
+/// Null for an id that isn't in the table.
+const FormatKey* findKey(std::uint16_t id) {
+    const auto* const found = std::find_if(std::begin(format_keys), std::end(format_keys),
+                                           [&](const FormatKey& each) { return each.id == id; });
+    return found == std::end(format_keys) ? nullptr : found;
+}
 
 } // namespace
 
@@ -50,55 +99,16 @@ Format::~Format() = default;
 
 bool Format::modifiable(const std::string& key) {
     const auto id = idFromName(key);
-    for (const auto& range : fixed_elsewhere)
+    for (const auto& range : reserved)
         if (id >= range.first && id <= range.last)
             return false;
-    switch (id) {
-    case key_id::formatName:
-    case key_id::suffix:
-    case key_id::isFile:
-    case key_id::isFolder:
-    case key_id::expandsArchives:
-    case key_id::recoversArchives:
-    case key_id::createsArchives:
-    case key_id::compressionLeast:
-    case key_id::compressionMost:
-    case key_id::isFileSystem:
-    case key_id::mimeType:
-    case key_id::isSegmented:
-    case key_id::compressionDefault:
-    case key_id::providesEmptyFile:
-    case key_id::isText:
-    case key_id::savesResources:
-    case key_id::macFormat:
-    case key_id::longName:
-    case key_id::fileSizeBits:
-    case key_id::macAttributes:
-    case key_id::createsIndex:
-        return false;
-    default:
-        return Attributes::modifiable(key);
-    }
+    const auto* const entry = findKey(id);
+    return !(entry && entry->fixed) && Attributes::modifiable(key);
 }
 
 bool Format::hasBoolean(const std::string& key) const {
-    switch (idFromName(key)) {
-    case key_id::isFile:
-    case key_id::isFolder:
-    case key_id::expandsArchives:
-    case key_id::recoversArchives:
-    case key_id::createsArchives:
-    case key_id::isFileSystem:
-    case key_id::isSegmented:
-    case key_id::providesEmptyFile:
-    case key_id::isText:
-    case key_id::preserveResourceFork:
-    case key_id::executable:
-    case key_id::createsIndex:
-        return true;
-    default:
-        return Attributes::hasBoolean(key);
-    }
+    const auto* const entry = findKey(idFromName(key));
+    return (entry && (entry->has & Has::boolean)) || Attributes::hasBoolean(key);
 }
 
 bool Format::getBoolean(const std::string& key, bool& value) const {
@@ -182,18 +192,8 @@ bool Format::getString(const std::string& key, std::string& value) const {
 }
 
 bool Format::hasInteger(const std::string& key) const {
-    switch (idFromName(key)) {
-    case key_id::compressionLevel:
-    case key_id::compressionLeast:
-    case key_id::compressionMost:
-    case key_id::compressionDefault:
-    case key_id::fileType:
-    case key_id::fileCreator:
-    case key_id::preserveResourceFork:
-        return true;
-    default:
-        return Attributes::hasInteger(key);
-    }
+    const auto* const entry = findKey(idFromName(key));
+    return (entry && (entry->has & Has::integer)) || Attributes::hasInteger(key);
 }
 
 bool Format::getInteger(const std::string& key, std::int64_t& value) const {
@@ -246,33 +246,8 @@ bool Format::setInteger(const std::string& key, const std::int64_t& value) {
 }
 
 void Format::populateIndex() const {
-    auto& keys = index();
-    keys[key::formatName] = key_id::formatName;
-    keys[key::suffix] = key_id::suffix;
-    keys[key::isFile] = key_id::isFile;
-    keys[key::isFolder] = key_id::isFolder;
-    keys[key::expandsArchives] = key_id::expandsArchives;
-    keys[key::recoversArchives] = key_id::recoversArchives;
-    keys[key::createsArchives] = key_id::createsArchives;
-    keys[key::compressionLevel] = key_id::compressionLevel;
-    keys[key::compressionLeast] = key_id::compressionLeast;
-    keys[key::compressionMost] = key_id::compressionMost;
-    keys[key::isFileSystem] = key_id::isFileSystem;
-    keys[key::mimeType] = key_id::mimeType;
-    keys[key::isSegmented] = key_id::isSegmented;
-    keys[key::compressionDefault] = key_id::compressionDefault;
-    keys[key::fileType] = key_id::fileType;
-    keys[key::fileCreator] = key_id::fileCreator;
-    keys[key::providesEmptyFile] = key_id::providesEmptyFile;
-    keys[key::isText] = key_id::isText;
-    keys[key::savesResources] = key_id::savesResources;
-    keys[key::macFormat] = key_id::macFormat;
-    keys[key::longName] = key_id::longName;
-    keys[key::preserveResourceFork] = key_id::preserveResourceFork;
-    keys[key::executable] = key_id::executable;
-    keys[key::fileSizeBits] = key_id::fileSizeBits;
-    keys[key::macAttributes] = key_id::macAttributes;
-    keys[key::createsIndex] = key_id::createsIndex;
+    for (const auto& entry : format_keys)
+        index()[entry.key] = entry.id;
 }
 
 void Format::testActive() const {
@@ -332,7 +307,7 @@ Archive* Format::_newEmptyArchiveAtItem(Item& /*item*/) {
     throw un::implemented("harbor6::Format::_newEmptyArchiveAtItem");
 }
 
-std::unique_ptr<format::classifier> Format::_newClassifier() {
+format::classifier* Format::_newClassifier() {
     return nullptr;
 }
 
@@ -352,7 +327,7 @@ File* Format::newFileInFolder(Folder& folder, const Attributes* sample) {
 
 format::classifier* Format::recogniser() {
     if (!classifier)
-        classifier = _newClassifier();
+        classifier.reset(_newClassifier());
     return classifier.get();
 }
 

@@ -11,8 +11,8 @@
 
 namespace format {
 
-/// Recognises a format in a sample of a stream's bytes. A format makes it and keeps it; the host sets
-/// `sample`, whose bytes it owns, and asks. The two tests need not be asked in order. For one call at a time.
+/// Recognises a format in a sample of bytes. A format makes and owns it. The host sets `sample`, whose bytes
+/// it owns, and calls the tests, in any order and on one thread at a time.
 class HARBOR6_API classifier {
 public:
     classifier(std::uint32_t format_number, std::uint32_t identifier);
@@ -20,24 +20,20 @@ public:
     classifier& operator=(const classifier&) = delete;
     virtual ~classifier();
 
-    /// 0.
+    /// Returns 0; the host's.
     virtual unsigned default_result();
-    /// The quick test: 1 if the format's signature stands at `offset` of the sample, else 0.
+    /// The quick test: 1 if the format's signature is at `offset` of the sample, else 0.
     virtual unsigned matches_at(unsigned offset) const = 0;
-    /// The thorough test: whether an archive of the format begins at `offset`. Raises what the stream classes
-    /// raise if the sample ends too early.
+    /// The full test: whether an archive of the format begins at `offset`. Raises stream::exception if the
+    /// sample ends inside the header.
     virtual bool confirm_at(unsigned offset) = 0;
 
     std::uint32_t format_number;
-    void* owner = nullptr; ///< the host's
+    void* owner = nullptr; ///< for the host's use
     std::uint32_t identifier;
-    un::array<char> sample;
+    un::array<char> sample; ///< empty until the host sets it
 };
 
-} // namespace format
-
-namespace format {
-class classifier;
 } // namespace format
 
 namespace harbor6 {
@@ -48,9 +44,13 @@ class Folder;
 class HarborShell;
 class Item;
 
-/// One archive format: what it is called, what it can do, and how its archives come into being. A concrete
-/// format fills the members in its constructor and overrides the factories. Hosts read the members through
-/// the attribute keys. The members, like the operations, keep their order.
+/// An archive format: its names, its abilities, and how its archives are made. A concrete format fills the
+/// members in its constructor and overrides the factories; a host reads the members through the attribute
+/// keys. "compressionLevel", "preserveResourceFork" and "executable" can be set. Owned by the Classifier,
+/// must outlive its archives and items, and is used by one thread at a time.
+///
+/// Archives and files that an operation returns are counted for the caller. Members and operations are an
+/// interface to plug-ins: their order is fixed.
 class HARBOR6_API Format : public Attributes {
 public:
     /// A value that a format cannot represent.
@@ -63,11 +63,11 @@ public:
         void Raise() const override;
     };
 
-    static constexpr std::uint32_t expands_archives = 1u << 0; ///< a bit of `capabilities`
-    static constexpr std::uint32_t creates_archives = 1u << 3; ///< another one
-    static constexpr std::uint16_t default_level = 0xFFFF;     ///< stands for `compression_default`
+    static constexpr std::uint32_t expands_archives = 1u << 0; ///< in `capabilities`
+    static constexpr std::uint32_t creates_archives = 1u << 3; ///< in `capabilities`
+    static constexpr std::uint16_t default_level = 0xFFFF;     ///< means compression_default
 
-    /// `shell` is not owned. It may be null as long as nobody asks an item of the format for it.
+    /// `shell` is not owned, and may be null if no item of the format needs it.
     explicit Format(HarborShell* shell);
     ~Format() override;
 
@@ -79,43 +79,46 @@ public:
     bool getString(const std::string& key, std::string& value) const override;
     bool hasInteger(const std::string& key) const override;
     bool getInteger(const std::string& key, std::int64_t& value) const override;
-    /// "compressionLevel" takes the low 16 bits: 0xFFFF is the default, all else is clamped to the bounds.
+    /// The low 16 bits are used as the "compressionLevel": 0xFFFF sets the default, any other value is
+    /// clamped to the bounds.
     bool setInteger(const std::string& key, const std::int64_t& value) override;
 
 protected:
     void populateIndex() const override;
 
 public:
-    /// Makes an empty archive in a file, which gets a name if it has none. A deactivated format raises
-    /// un::exception, one that makes no archives un::implemented; so do the two operations that follow.
+    /// Makes a new archive in `file`, which gets the model's attributes, and a name if it has none. This and
+    /// the next two raise un::exception if the format isn't active, and un::implemented if it creates no
+    /// archives.
     virtual Archive* newArchiveAtFile(File& file);
-    /// The same with a folder as the item that stores the archive; no name is given.
+    /// Makes a new archive that `folder` stores.
     virtual Archive* newArchiveAtFolder(Folder& folder);
-    /// Makes the file too, named after `sample` unless that is null.
+    /// Makes a new archive in a new file of `folder`, as newFileInFolder makes it. Raises un::exception if
+    /// the client declines the file.
     virtual Archive* newArchiveInFolder(Folder& folder, const Item* sample);
     /// Whether `other` is this very object.
     virtual bool isSameFormat(const Format& other) const;
-    /// 1, whatever is asked; nothing calls it.
+    /// Reserved; returns 1.
     virtual std::uint64_t formatQuery(std::uint64_t a, std::uint32_t b);
-    /// Sets `name` to the stem of the name for an archive without one, "Archive".
+    /// Sets `name` to the stem for an archive without a name: "Archive".
     virtual void defaultName(std::string& name) const;
-    /// Sets `result` to the file name for `stem`: the prefix in front, the preferred suffix behind.
+    /// Sets `result` to the file name for `stem`: the prefix, `stem`, and the preferred suffix.
     virtual void archiveName(std::string& result, const std::string& stem) const;
-    /// An archive on `file`, counted, that has the open mode `mode`: 0 leaves it unopened. Nothing is read.
+    /// The existing archive in `file`, with the open mode `mode`, 0 for closed. Nothing is read.
     virtual Archive* _newArchiveAtItem(File* file, unsigned mode);
-    /// A new archive that `file` or `item` is to store, counted. The first calls the second, which raises
-    /// un::implemented: a format that makes archives overrides it.
+    /// A new, closed archive that `file` or `item` stores. The first calls the second, which raises
+    /// un::implemented unless a format that creates archives overrides it.
     virtual Archive* _newEmptyArchiveAtFile(File& file);
     virtual Archive* _newEmptyArchiveAtItem(Item& item);
-    /// Null: archives of this format cannot be recognised by their content.
-    virtual std::unique_ptr<format::classifier> _newClassifier();
-    /// Whether its items lie in a file system rather than in archives; false.
+    /// A new recogniser, which the caller owns; null if archives cannot be recognised by their content.
+    virtual format::classifier* _newClassifier();
+    /// Whether its items are in a file system and not in archives; false by default.
     virtual bool isFileSystem() const;
 
-    /// Makes a file for a new archive, named after `sample` unless that is null or nameless. Counted; null if
-    /// the client declined.
+    /// Makes a file object for a new archive in `folder`, named after `sample`, or by defaultName if that is
+    /// null or has no name. Null if the client declines.
     File* newFileInFolder(Folder& folder, const Attributes* sample);
-    /// The recogniser, made when first asked for; null if there is none. It serves one caller at a time.
+    /// The recogniser, made by the first call and owned by the format; null if there is none.
     format::classifier* recogniser();
 
 protected:
@@ -123,13 +126,13 @@ protected:
 
 public:
     bool executable = true;
-    bool active = true; ///< false: no archive can be created
+    bool active = true; ///< false: creating archives is refused
     std::uint32_t preserve_resource_fork = 0;
     HarborShell* const shell;
 
 protected:
     std::uint32_t capabilities = 0;
-    ModelAttributes model; ///< the file of a new archive
+    ModelAttributes model; ///< attributes of the file of a new archive
     std::string format_name;
     std::string long_name;
     std::string mime_type;

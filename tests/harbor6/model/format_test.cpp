@@ -4,6 +4,7 @@
 #include "support/refusal.h"
 
 #include <gtest/gtest.h>
+#include <map>
 #include <sstream>
 
 using pattern::AcquiredPtr;
@@ -25,20 +26,53 @@ struct described_format : harbor6::Format {
 } // namespace
 
 TEST(Format, AnswersItsKeys) {
-    std::istringstream keys(
-        "compressionDefault compressionLeast compressionMost fileSizeBits fileType fileCreator "
-        "createsIndex isText macAttributes macFormat savesResources executable providesEmptyFile");
-    std::string shown;
-    for (std::string key; keys >> key;) {
+    // The types for which it has the key, and the value.
+    const std::map<std::string, std::string> keys = {
+        {"formatName", "s"},        {"suffix", "s.s"},
+        {"isFile", "b0"},           {"isFolder", "b0"},
+        {"expandsArchives", "b0"},  {"recoversArchives", "b0"},
+        {"createsArchives", "b0"},  {"compressionLevel", "i0"},
+        {"compressionLeast", "i2"}, {"compressionMost", "i9"},
+        {"isFileSystem", "b0"},     {"mimeType", "none"},
+        {"isSegmented", "b0"},      {"compressionDefault", "i5"},
+        {"fileType", "i0"},         {"fileCreator", "i0"},
+        {"isText", "b0"},           {"providesEmptyFile", "b1"},
+        {"savesResources", "0"},    {"macFormat", "0"},
+        {"longName", ""},           {"executable", "b1"},
+        {"fileSizeBits", "32"},     {"preserveResourceFork", "bi0"},
+        {"macAttributes", "0"},     {"createsIndex", "b0"},
+    };
+    const described_format format(nullptr);
+    for (const auto& [key, expected] : keys) {
+        std::string answer = format.hasBoolean(key) ? "b" : "", text;
+        answer += (format.hasInteger(key) ? "i" : "") + std::string(format.hasString(key) ? "s" : "");
         bool flag = false;
         std::int64_t number = 0;
-        const described_format format(nullptr);
-        if (format.getInteger(key, number))
-            shown += std::to_string(number) + ' ';
+        if (format.getInteger(key, number) || format.getBoolean(key, flag))
+            answer += std::to_string(number + flag);
         else
-            shown += format.getBoolean(key, flag) ? flag ? "yes " : "no " : "none ";
+            answer += format.getString(key, text) ? text : "none";
+        EXPECT_EQ(answer, expected) << key;
     }
-    EXPECT_EQ(shown, "5 2 9 32 0 0 no no no no no yes yes ");
+}
+
+TEST(Format, LetsOnlySomeIdsBeSet) {
+    struct every_id : harbor6::Format {
+        every_id() : Format(nullptr) {}
+        void populateIndex() const override {
+            for (std::uint16_t id = 0x4000; id <= 0x4052; ++id)
+                index()[std::to_string(id)] = id;
+        }
+    } format;
+    std::ostringstream settable;
+    for (unsigned id = 0x4000; id <= 0x4052; ++id)
+        if (format.modifiable(std::to_string(id)))
+            settable << std::hex << id << ' ';
+    EXPECT_EQ(settable.str(),
+              "4000 4008 400f 4010 4013 4017 4018 401c 4020 4026 402b 4031 4032 4036 4037 4041 "
+              "4042 4043 4044 4046 4047 404b 404f 4052 ");
+    EXPECT_FALSE(format.modifiable("unknown"));
+    EXPECT_EQ(format.formatQuery(2, 3), 1u);
 }
 
 TEST(Format, ClampsTheLevelAndStoresTheDefaultForAllOnes) {
