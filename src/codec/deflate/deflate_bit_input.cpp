@@ -1,7 +1,5 @@
 #include "codec/deflate/deflate_bit_input.h"
 
-#include "codec/deflate/bit_reversal.h"
-
 #include <algorithm>
 
 namespace deflate {
@@ -58,7 +56,7 @@ void bit_input::consume(unsigned count) {
     bit_count -= static_cast<std::int32_t>(count);
 }
 
-unsigned bit_input::waiting_bytes() const {
+unsigned bit_input::buffered_bytes() const {
     return static_cast<unsigned>(std::max(bit_count / 8 - end_count, 0));
 }
 

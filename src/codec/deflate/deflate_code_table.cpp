@@ -16,7 +16,7 @@ code_table::code_table(unsigned count) : symbol_count(count) {
     std::fill_n(lengths.begin(), symbol_count, std::uint8_t{0});
 }
 
-void code_table::take(std::span<const std::uint8_t> used) {
+void code_table::assign(std::span<const std::uint8_t> used) {
     used_count = static_cast<std::int32_t>(used.size());
     const auto rest = std::copy(used.begin(), used.end(), lengths.begin());
     std::fill(rest, lengths.begin() + symbol_count, std::uint8_t{0});

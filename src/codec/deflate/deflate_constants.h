@@ -3,8 +3,8 @@
 #include <array>
 #include <cstdint>
 
-/// The numbers of the Deflate format (RFC 1951), and the rows that this decoder adds for windows beyond 32
-/// KiB.
+/// The numbers of the Deflate format (RFC 1951), and the table rows that this decoder adds for windows beyond
+/// 32 KiB.
 namespace deflate {
 
 inline constexpr unsigned literal_symbols = 288;
@@ -13,22 +13,22 @@ inline constexpr unsigned code_length_symbols = 19;
 
 inline constexpr unsigned end_of_block = 256;
 inline constexpr unsigned first_length_symbol = 257;
-/// Symbols 286 and 287 take part in the fixed code but have no meaning.
+/// Symbols 286 and 287 are part of the fixed code but have no meaning.
 inline constexpr unsigned length_rows = 29;
-/// Of the distance symbols RFC 1951 has 30; the fixed code holds 32.
+/// RFC 1951 defines 30 of the distance symbols; the fixed code has codes for 32.
 inline constexpr unsigned plain_distance_rows = 30;
 
 inline constexpr unsigned longest_code = 15;
 inline constexpr unsigned code_space = 1u << longest_code;
 
 inline constexpr unsigned longest_plain_match = 258;
-/// The bound that the window keeps room for in the extended form, where symbol 285 takes 16 extra bits.
+/// The longest match of the extended form, where symbol 285 has 16 extra bits: the window is sized for it.
 inline constexpr unsigned longest_extended_match = 65794;
 
 inline constexpr std::array<std::uint8_t, code_length_symbols> code_length_order = {
     16, 17, 18, 0, 8, 7, 9, 6, 10, 5, 11, 4, 12, 3, 13, 2, 14, 1, 15};
 
-/// What a length or distance symbol stands for: `base` plus the value of `extra` bits.
+/// What a symbol with extra bits means: `base` plus the value of `extra` bits.
 struct row {
     std::uint32_t base;
     std::uint32_t extra;
@@ -45,7 +45,13 @@ inline constexpr auto length_table = [] {
     return rows;
 }();
 
-/// Without the 1 that every distance is greater by.
+/// Symbols of the code length code below this are lengths; this and the two above it are runs.
+inline constexpr unsigned repeat_last = 16;
+
+/// The run lengths of those three symbols: one repeats the length before it, two repeat zeros.
+inline constexpr std::array<row, code_length_symbols - repeat_last> repeat_rows = {{{3, 2}, {3, 3}, {11, 7}}};
+
+/// Base and extra bits of each distance, less 1.
 inline constexpr auto distance_rows = [] {
     std::array<row, distance_symbols> rows{};
     std::uint32_t base = 0;

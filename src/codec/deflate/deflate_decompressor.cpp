@@ -15,8 +15,6 @@ constexpr std::int32_t extended_extent = 16;
 /// A sound stream may leave this many bytes of the bit buffer unfilled.
 constexpr std::int32_t tolerated_ends = 4;
 
-enum code_length_symbol : unsigned { repeat_last = 16, repeat_zero = 17, repeat_zero_long = 18 };
-
 [[noreturn]] void fail(const char* message) {
     throw basic::algorithm_exception(message);
 }
@@ -36,7 +34,7 @@ void decompressor::run() {
         try {
             output->finish();
         } catch (...) {
-            // The first failure is the one to tell of.
+            // The first failure is the one to report.
         }
         throw;
     }
@@ -54,8 +52,8 @@ void decompressor::decode() {
     window.begin();
     code_table literal_table(literal_symbols);
     literal_table.flag = extent == extended_extent;
-    fixed_codes_stand = false;
-    fast.newer_instructions = !portable_only;
+    fixed_codes_loaded = false;
+    fast.use_bmi2 = !portable_only;
     buffered.start();
     bits.start();
 
@@ -66,10 +64,10 @@ void decompressor::decode() {
     } while (!final_block);
     window.flush();
 
-    // Every way to end a block leaves whole bytes of the read-ahead in the bit buffer, so this seek never
-    // finds itself in place already with more of the read-ahead to give back.
+    // Every way to end a block leaves whole bytes of the read-ahead in the bit buffer, so the read-ahead is
+    // never at this position already with bytes left to return to the source.
     if (rewind)
-        buffered.seek(buffered.tell() - bits.waiting_bytes());
+        buffered.seek(buffered.tell() - bits.buffered_bytes());
 }
 
 void decompressor::read_block(code_table& literal_table) {
@@ -79,14 +77,14 @@ void decompressor::read_block(code_table& literal_table) {
         start_stored_block();
         return decode_stored();
     case 1:
-        if (!fixed_codes_stand) {
+        if (!fixed_codes_loaded) {
             set_fixed_lengths(literal_table);
             build_codes(literal_table);
         }
-        fixed_codes_stand = true;
+        fixed_codes_loaded = true;
         break;
     case 2:
-        fixed_codes_stand = false;
+        fixed_codes_loaded = false;
         read_dynamic_lengths(literal_table);
         build_codes(literal_table);
         break;
@@ -99,7 +97,7 @@ void decompressor::read_block(code_table& literal_table) {
 void decompressor::build_codes(code_table& literal_table) {
     literal_table.build();
     distance_table->build();
-    fast.forget();
+    fast.codes_changed();
 }
 
 void decompressor::start_stored_block() {
@@ -117,9 +115,9 @@ void decompressor::set_fixed_lengths(code_table& literal_table) {
     std::fill(lengths.begin() + 144, lengths.begin() + 256, std::uint8_t{9});
     std::fill(lengths.begin() + 256, lengths.begin() + 280, std::uint8_t{7});
     std::fill(lengths.begin() + 280, lengths.end(), std::uint8_t{8});
-    literal_table.take(lengths);
+    literal_table.assign(lengths);
     std::fill_n(lengths.begin(), 32, std::uint8_t{5});
-    distance_table->take({lengths.data(), 32});
+    distance_table->assign({lengths.data(), 32});
 }
 
 void decompressor::read_dynamic_lengths(code_table& literal_table) {
@@ -127,20 +125,20 @@ void decompressor::read_dynamic_lengths(code_table& literal_table) {
     const unsigned distances = bits.field(distance_table->flag ? 5 : 6) + 1;
     if (distances > distance_symbols)
         fail("too many deflate codewords");
-    const unsigned given = bits.field(4) + 4;
+    const unsigned transmitted = bits.field(4) + 4;
     code_length_table.lengths.fill(0);
-    for (unsigned i = 0; i < given; ++i)
+    for (unsigned i = 0; i < transmitted; ++i)
         code_length_table.lengths[code_length_order[i]] = static_cast<std::uint8_t>(bits.field(3));
     code_length_table.build();
 
     std::array<std::uint8_t, literal_symbols + distance_symbols> lengths;
     const auto list = std::span(lengths).first(literals + distances);
     read_code_lengths(list);
-    literal_table.take(list.first(literals));
-    distance_table->take(list.subspan(literals));
+    literal_table.assign(list.first(literals));
+    distance_table->assign(list.subspan(literals));
 }
 
-/// A run may pass from the literal into the distance part; one that passes the end of the list is cut off.
+/// A run may continue from the literal into the distance part, and is cut off at the end of the list.
 void decompressor::read_code_lengths(std::span<std::uint8_t> list) {
     std::size_t i = 0;
     if (!exact_only && bits.end_count == 0)
@@ -154,16 +152,14 @@ void decompressor::read_code_lengths(std::span<std::uint8_t> list) {
         if (length == repeat_last && i == 0)
             fail("bad deflate code length repeat");
         const std::uint8_t repeated = length == repeat_last ? list[i - 1] : std::uint8_t{0};
-        const std::size_t wanted = length == repeat_last   ? 3 + bits.field(2)
-                                   : length == repeat_zero ? 3 + bits.field(3)
-                                                           : 11 + bits.field(7);
-        const std::size_t count = std::min(wanted, list.size() - i);
+        const row& run = repeat_rows[length - repeat_last];
+        const std::size_t count = std::min<std::size_t>(run.base + bits.field(run.extra), list.size() - i);
         std::fill_n(list.begin() + static_cast<std::ptrdiff_t>(i), count, repeated);
         i += count;
     }
 }
 
-/// No test for the end of the input: the next code reports it, if there is one.
+/// Doesn't test for the end of the input: the next code reports it, if there is one.
 void decompressor::decode_stored() {
     while (stored_remaining > 0) {
         if (!exact_only)
@@ -175,25 +171,25 @@ void decompressor::decode_stored() {
     }
 }
 
-/// Moves what the bit buffer holds and most of what is ahead in one go, if that is worth it. At least one
-/// byte of the block is left, and the bytes that filling the bit buffer for it takes from the read-ahead.
+/// Copies the bytes of the bit buffer and most of the read-ahead at once, if there are enough of them. Leaves
+/// at least one byte of the block, and in the read-ahead the bytes that filling the bit buffer for it takes.
 void decompressor::copy_stored() {
     constexpr unsigned left_ahead = 8;
-    constexpr unsigned worthwhile = 32;
+    constexpr unsigned minimum = 32;
     const auto ahead = buffered.ahead();
     if (bits.end_count != 0 || ahead.size() < left_ahead)
         return;
-    const auto waiting = static_cast<unsigned>(bits.bit_count) / 8;
-    const auto count = static_cast<unsigned>(
-        std::min<std::size_t>({stored_remaining - 1, window.room(), waiting + ahead.size() - left_ahead}));
-    if (count < worthwhile)
+    const auto buffered_count = static_cast<unsigned>(bits.bit_count) / 8;
+    const auto count = static_cast<unsigned>(std::min<std::size_t>(
+        {stored_remaining - 1, window.room(), buffered_count + ahead.size() - left_ahead}));
+    if (count < minimum)
         return;
     unsigned char* out = window.next();
-    for (unsigned i = 0; i < waiting; ++i)
+    for (unsigned i = 0; i < buffered_count; ++i)
         *out++ = static_cast<unsigned char>(bits.bit_buffer >> 8 * i);
-    std::copy_n(ahead.begin(), count - waiting, out);
+    std::copy_n(ahead.begin(), count - buffered_count, out);
     bits.start();
-    buffered.pass(count - waiting);
+    buffered.pass(count - buffered_count);
     window.grow(count);
     stored_remaining -= count;
 }

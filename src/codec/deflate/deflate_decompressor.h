@@ -11,13 +11,15 @@
 
 namespace deflate {
 
-/// Decodes Deflate (RFC 1951): each run takes one stream from the input, from its first block to the one
-/// marked final, and writes its bytes to the output. It runs any number of times, one after the other, and
-/// the history lasts from run to run. While a run is on, everything belongs to the thread that runs it.
+/// Decodes Deflate (RFC 1951): each run reads one stream from the input, from its first block to the one
+/// marked final, and writes its bytes to the output. It owns neither stream; both must outlive it. It can run
+/// any number of times, one after the other, and the history is kept from run to run. During a run the object
+/// and both streams belong to the thread that runs it.
 ///
-/// A failure is a basic::algorithm_exception, or whatever the streams raise; the output's finish() has been
-/// called by then as after a sound run. Past the end of the input ones are read; the run fails only when a
-/// code is wanted after more than four such bytes. A distance never reaches behind the first byte decoded.
+/// run() calls the output's finish() however it ends. It raises basic::algorithm_exception for an unsound
+/// stream, and what the streams raise. Past the end of the input bytes of ones are read; the run fails with
+/// "incomplete deflate stream" when a code is decoded after more than four of them. A distance that reaches
+/// behind the first decoded byte is a failure.
 class decompressor final : public nio::transform {
 public:
     decompressor(nio::input& input, nio::output& output);
@@ -25,14 +27,14 @@ public:
 
     void run() override;
 
-    /// Base-2 logarithm of the window, 10 to 25. 16 is the extended form, where length symbol 285 takes 16
-    /// extra bits; 0 means that the first byte of the input gives it. Set ahead of the first run.
+    /// Base-2 logarithm of the window size, 10 to 25. 16 selects the extended form, where length symbol 285
+    /// has 16 extra bits; 0 means that the first byte of the input states it. To be set before the first run.
     std::int32_t extent = 15;
-    /// Leave the input behind the last byte that belongs to the stream, by seeking it.
+    /// Whether run() seeks the input to the byte behind the stream at its end.
     bool rewind = false;
-    /// Decode everything by the exact loop. For tests: the result is the same either way.
+    /// Turns the fast loop off, for tests; the results are the same.
     bool exact_only = false;
-    /// Keep to instructions that every processor of the kind has. For tests, too.
+    /// Uses only instructions that every processor of the architecture has, for tests.
     bool portable_only = false;
 
 private:
@@ -51,11 +53,11 @@ private:
 
     nio::buffered_input buffered;
     bit_input bits;
-    std::int32_t block_type = -1;   ///< 0 stored, 1 fixed, 2 dynamic; -1 before the first block
-    bool fixed_codes_stand = false; ///< this run's tables are those of the fixed codes
+    std::int32_t block_type = -1;    ///< 0 stored, 1 fixed, 2 dynamic; -1 before the first block
+    bool fixed_codes_loaded = false; ///< this run's tables are currently those of the fixed codes
     std::uint32_t stored_remaining = 0;
     std::uint32_t maximum_match = 0;
-    std::optional<code_table> distance_table; ///< made anew on each run
+    std::optional<code_table> distance_table; ///< new for each run
     code_table code_length_table;
     history_window window;
     fast_loop fast;

@@ -1,6 +1,5 @@
 #include "codec/deflate/deflate_fast_loop.h"
 
-#include "codec/deflate/bit_reversal.h"
 #include "codec/deflate/deflate_wide_reader.h"
 
 #include <algorithm>
@@ -12,12 +11,12 @@ namespace {
 
 // An entry of a look-up table:
 //
-//   bits 0 to 7    how many bits the symbol takes, its extra bits included
-//   bits 8 to 11   how many of them are the code
+//   bits 0 to 7    length of the symbol in bits, extra bits included
+//   bits 8 to 11   length of its code
 //   bit 15         a literal
 //   bits 16 to 30  the literal, the base of the length, or the base of the distance with its 1
-//   bit 31         stop: a symbol that the exact loop is to see; as the whole entry, a code longer than the
-//                  table is wide
+//   bit 31         stop: a symbol for the exact loop; if no other bit is set, a code longer than the table's
+//                  index
 constexpr std::uint32_t is_literal = 1u << 15;
 constexpr std::uint32_t is_stop = 1u << 31;
 constexpr std::uint32_t long_code = is_stop;
@@ -30,7 +29,7 @@ constexpr std::uint32_t entry_of(std::uint32_t base, std::uint32_t extra) {
     return base << 16 | extra;
 }
 
-// The entries of all symbols but for their codes' lengths, which with_code adds.
+// The entries of all symbols with code length 0; with_code adds the length.
 
 constexpr auto literal_symbol_entries = [] {
     std::array<std::uint32_t, literal_symbols> entries{};
@@ -54,16 +53,13 @@ constexpr auto distance_symbol_entries = [] {
     return entries;
 }();
 
-constexpr unsigned repeat_last = 16;
-
-/// The value of a code length symbol is its shortest run.
+/// The base of a run is its shortest length.
 constexpr auto length_symbol_entries = [] {
     std::array<std::uint32_t, code_length_symbols> entries{};
     for (unsigned i = 0; i < repeat_last; ++i)
         entries[i] = i << 16 | is_literal;
-    entries[repeat_last] = entry_of(3, 2);
-    entries[repeat_last + 1] = entry_of(3, 3);
-    entries[repeat_last + 2] = entry_of(11, 7);
+    for (unsigned i = 0; i < repeat_rows.size(); ++i)
+        entries[repeat_last + i] = entry_of(repeat_rows[i].base, repeat_rows[i].extra);
     return entries;
 }();
 
@@ -76,8 +72,9 @@ std::uint32_t value_of(std::uint32_t entry, const wide_reader& reader) {
     return (entry >> 16) + static_cast<std::uint32_t>(reader.bits(bits_of(entry)) >> (entry >> 8 & 0x3F));
 }
 
-/// Enters every code of up to `width` bits, at each place whose low bits are the code as it stands in the
-/// stream. A table for codes up to one length is the table for one less, twice, with the new codes put in.
+/// Enters every code of up to `width` bits at each index whose low bits are the code in stream order. The
+/// table for codes up to one length is two copies of the table for the length before, with the new codes
+/// entered.
 void fill_entries(std::uint32_t* entries, unsigned width, const code_table& table,
                   const std::uint32_t* symbol_entries) {
     entries[0] = long_code;
@@ -97,7 +94,7 @@ void fill_entries(std::uint32_t* entries, unsigned width, const code_table& tabl
     }
 }
 
-/// The entry of a code of more than `width` bits, is_stop where there is no such code.
+/// The entry of a code of more than `width` bits, is_stop if there is no such code.
 [[gnu::cold, gnu::noinline]] std::uint32_t
 find_long(const code_table& table, unsigned width, std::uint64_t bits, const std::uint32_t* symbol_entries) {
     const std::uint32_t value = reversed_word(static_cast<std::uint32_t>(bits)) >> (32 - longest_code);
@@ -108,8 +105,8 @@ find_long(const code_table& table, unsigned width, std::uint64_t bits, const std
 }
 
 constexpr unsigned piece = 8;
-constexpr unsigned straight = 5 * piece; ///< copied without asking for the length
-static_assert(history_window::overshoot >= straight);
+constexpr unsigned unconditional = 5 * piece; ///< copied without a test of the length
+static_assert(history_window::overshoot >= unconditional);
 
 void copy_piece(unsigned char* to, const unsigned char* from) {
     std::uint64_t word;
@@ -118,21 +115,21 @@ void copy_piece(unsigned char* to, const unsigned char* from) {
     std::memcpy(to, &word, piece);
 }
 
-/// Copies in pieces no wider than the distance, and scribbles on what lies behind a short match. A distance
-/// below a piece is first made longer by its own multiple: what is copied repeats with that too.
+/// Copies in pieces no wider than the distance, and overwrites bytes behind a short match. For a distance
+/// below a piece it first copies a multiple of the distance, and then continues from that many bytes back.
 [[gnu::always_inline]] inline void copy_match(unsigned char* out, std::uint32_t distance,
                                               std::uint32_t length) {
     const unsigned char* from = out - distance;
     unsigned char* const end = out + length;
     if (distance >= piece) [[likely]] {
-        for (unsigned i = 0; i < straight; i += piece)
+        for (unsigned i = 0; i < unconditional; i += piece)
             copy_piece(out + i, from + i);
-        out += straight;
-        from += straight;
+        out += unconditional;
+        from += unconditional;
     } else if (distance == 1) {
         const unsigned char byte = *from;
-        for (; out < end; out += straight)
-            std::memset(out, byte, straight);
+        for (; out < end; out += unconditional)
+            std::memset(out, byte, unconditional);
     } else {
         const std::uint32_t multiple = distance * ((piece + distance - 1) / distance);
         for (std::uint32_t i = 0; i < multiple; ++i)
@@ -148,7 +145,7 @@ void copy_piece(unsigned char* to, const unsigned char* from) {
 
 std::size_t fast_loop::read_lengths(const code_table& lengths, nio::buffered_input& input, bit_input& bits,
                                     std::span<std::uint8_t> list) {
-    // The lengths of this code are fields of three bits, so it has no longer codes.
+    // The lengths of this code are fields of three bits, so no code is longer.
     constexpr unsigned width = 7;
     std::array<std::uint32_t, 1u << width> entries;
     fill_entries(entries.data(), width, lengths, length_symbol_entries.data());
@@ -175,17 +172,17 @@ std::size_t fast_loop::read_lengths(const code_table& lengths, nio::buffered_inp
     return done;
 }
 
-void fast_loop::prepare(const code_table& literals, const code_table& distances) {
+void fast_loop::build_tables(const code_table& literals, const code_table& distances) {
     fill_entries(literal_entries.data(), literal_bits, literals, literal_symbol_entries.data());
     fill_entries(distance_entries.data(), distance_bits, distances, distance_symbol_entries.data());
-    ready = true;
+    tables_built = true;
 }
 
-// The chain that bounds the speed is look-up, shift, look-up; all else runs beside it, the refill too,
-// because each round begins with its first entry looked up already. A refill serves three literals in a row
-// and the look-up after them, or two literals, a length and the look-up of the distance; a second one the
-// distance and the look-up after it. With BMI2, whose shifts take their
-// count from any register, that chain is shorter.
+// The dependency chain that bounds the speed is look-up, shift, look-up. All else runs in parallel, the
+// refill too, because each round begins with its first entry already loaded. One refill is enough for three
+// literals and the look-up after them, or for two literals, a length and the look-up of the distance; a
+// second one for the distance and the look-up after it. BMI2 has shifts that take their count from any
+// register, which makes the chain shorter.
 [[gnu::always_inline]] inline void fast_loop::decode_symbols(const code_table& literals,
                                                              const code_table& distances,
                                                              nio::buffered_input& input, bit_input& bits,
@@ -201,8 +198,8 @@ void fast_loop::prepare(const code_table& literals, const code_table& distances)
     wide_reader reader(input, bits);
     if (!reader.has(input_margin) || window.room() < output_margin)
         return;
-    if (!ready)
-        prepare(literals, distances);
+    if (!tables_built)
+        build_tables(literals, distances);
     unsigned char* out = window.next();
     unsigned char* const last_out = out + window.room() - output_margin;
     const unsigned char* const first_out = out - window.written();
@@ -241,7 +238,7 @@ void fast_loop::prepare(const code_table& literals, const code_table& distances)
                 continue;
             }
         }
-        const auto symbol_place = reader.here();
+        const auto symbol_begin = reader.save();
         const std::uint32_t length = value_of(entry, reader);
         reader.consume(bits_of(entry));
 
@@ -251,13 +248,13 @@ void fast_loop::prepare(const code_table& literals, const code_table& distances)
             if (entry == long_code)
                 entry = find_long(distances, distance_bits, reader.bits(), distance_symbol_entries.data());
             if (entry & is_stop) {
-                reader.go_back(symbol_place);
+                reader.restore(symbol_begin);
                 break;
             }
         }
         const std::uint32_t distance = value_of(entry, reader);
         if (distance > static_cast<std::size_t>(out - first_out)) [[unlikely]] {
-            reader.go_back(symbol_place);
+            reader.restore(symbol_begin);
             break;
         }
         reader.consume(bits_of(entry));
@@ -282,7 +279,7 @@ void fast_loop::decode(const code_table& literals, const code_table& distances, 
                        bit_input& bits, history_window& window) {
 #if defined(__x86_64__)
     static const bool bmi2 = __builtin_cpu_supports("bmi2") != 0;
-    if (bmi2 && newer_instructions)
+    if (bmi2 && use_bmi2)
         return decode_with_bmi2(literals, distances, input, bits, window);
 #endif
     decode_symbols(literals, distances, input, bits, window);

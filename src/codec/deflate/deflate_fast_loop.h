@@ -11,33 +11,35 @@
 
 namespace deflate {
 
-/// The middle of a block, decoded with wide reads and writes. It knows nothing of ends, faults or the output:
-/// whatever it can't take in its stride stays for the exact loop, which meets it in the very state that it
-/// would have reached alone. Every call may therefore do nothing at all.
+/// Decodes the middle of a block with wide reads and writes. It handles neither the ends of input, block and
+/// buffer nor unsound data: it stops before them, in the state that the exact loop would have there, and
+/// leaves them to that loop. Any call may therefore do nothing.
 ///
-/// What must hold on entry: nothing was read past the end of the input. On exit the bit_input stands ahead of
-/// a symbol, and the read-ahead where filling it would have left it.
+/// On entry nothing may have been read past the end of the input. On exit the bit_input is positioned before
+/// a symbol, and the read-ahead where filling the bit_input would have left it. It owns its tables only, and
+/// keeps no reference to what is passed. For one thread at a time.
 class fast_loop {
 public:
-    /// Decodes code lengths and their runs into `list`, and returns how many entries of it are done.
+    /// Decodes code lengths and their runs into `list`, and returns the number of entries set.
     std::size_t read_lengths(const code_table& lengths, nio::buffered_input& input, bit_input& bits,
                              std::span<std::uint8_t> list);
 
-    /// The block's codes have changed; the look-up tables follow when they are first wanted.
-    void forget() { ready = false; }
+    /// To be called when the block's codes have changed; the next decode() rebuilds its tables.
+    void codes_changed() { tables_built = false; }
 
-    /// Decodes literals and matches of the plain form, by the codes that forget() announced.
+    /// Decodes literals and matches of the plain form by these codes, which must be the same until
+    /// codes_changed().
     void decode(const code_table& literals, const code_table& distances, nio::buffered_input& input,
                 bit_input& bits, history_window& window);
 
-    /// Whether decode() may use instructions that this processor has and some other lacks.
-    bool newer_instructions = true;
+    /// Whether decode() may use BMI2 instructions, if this processor has them.
+    bool use_bmi2 = true;
 
 private:
     static constexpr unsigned literal_bits = 11;
     static constexpr unsigned distance_bits = 9;
 
-    void prepare(const code_table& literals, const code_table& distances);
+    void build_tables(const code_table& literals, const code_table& distances);
     void decode_symbols(const code_table& literals, const code_table& distances, nio::buffered_input& input,
                         bit_input& bits, history_window& window);
     void decode_with_bmi2(const code_table& literals, const code_table& distances, nio::buffered_input& input,
@@ -45,7 +47,7 @@ private:
 
     std::array<std::uint32_t, 1u << literal_bits> literal_entries;
     std::array<std::uint32_t, 1u << distance_bits> distance_entries;
-    bool ready = false;
+    bool tables_built = false;
 };
 
 } // namespace deflate

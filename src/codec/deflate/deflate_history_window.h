@@ -7,36 +7,40 @@
 
 namespace deflate {
 
-/// What was decoded last: the history that matches refer to, and behind it the bytes that wait to be written
-/// to the output. Whoever stores bytes makes room for them first; that is when bytes are written out and the
-/// history moves to the front.
+/// The last decoded bytes: the history that matches refer to, followed by the bytes not yet written to the
+/// output. Callers call make_room() before they store bytes; that writes bytes out and moves the history to
+/// the front of the buffer when needed. It owns its buffer, not the output. What the output raises passes
+/// through. For one thread at a time.
 class history_window {
 public:
-    /// How many bytes behind the room a loop may scribble on while it copies in wide pieces.
+    /// Bytes behind the room that a loop may overwrite while it copies in wide pieces.
     static constexpr unsigned overshoot = 64;
 
-    /// Allocates 2 to the power `extent` bytes of history and room beside it. Neither the memory nor the
-    /// output is touched. The first call counts, any other does nothing.
+    /// Allocates 2 to the power `extent` bytes of history and room for decoding, and keeps `target` as the
+    /// output, which must outlive the window. Only the first call has an effect.
     void set_up(unsigned extent, unsigned maximum_match, nio::output& output);
 
-    /// Begins a run: what an earlier run failed to write out stays as history but is never written. Moves the
-    /// history to the front if a cabinet's block wouldn't fit behind it, so that the block goes out in one.
+    /// Begins a run. Bytes that an earlier run failed to write out become history and are never written.
+    /// Moves the history to the front if a cabinet's block wouldn't fit behind it, so that the block is one
+    /// write.
     void begin();
 
-    /// Sees to it that `count` bytes fit, at most maximum_match.
+    /// Makes room for `count` bytes, at most maximum_match.
     void make_room(unsigned count) {
         if (write_position + count > capacity)
             slide();
     }
+    /// Stores one byte, for which there must be room.
     void put(unsigned char byte) { buffer[write_position++] = byte; }
-    /// Copies `length` bytes from `distance` behind, one by one in ascending order. Raises
-    /// basic::algorithm_exception if the window doesn't reach that far back.
+    /// Copies `length` bytes from `distance` bytes back, one by one in ascending order; there must be room.
+    /// Raises basic::algorithm_exception "deflate distance too far back" if fewer bytes were decoded.
     void copy(std::uint32_t distance, std::uint32_t length);
-    /// Writes out all bytes that haven't been.
+    /// Writes all bytes to the output that haven't been written yet, in one write.
     void flush();
 
-    /// For loops that store on their own: where the next byte goes, with room() bytes behind it and written()
-    /// bytes of history ahead of it. grow() tells how many were stored.
+    /// For loops that store bytes themselves: next() is where the next byte goes, with room() bytes of space
+    /// from there on and written() bytes of history before it. The pointer is valid until room is made;
+    /// grow() says how many bytes were stored.
     unsigned char* next() { return buffer.get() + write_position; }
     unsigned room() const { return capacity - write_position; }
     unsigned written() const { return write_position; }

@@ -4,7 +4,8 @@ namespace deflate {
 
 namespace {
 
-constexpr unsigned pipe_size = 65536; ///< more than an MSZIP block, so that its writer never waits
+constexpr unsigned pipe_size =
+    65536; ///< more than an MSZIP block, so that the worker never waits for the reader
 
 } // namespace
 

@@ -2,6 +2,7 @@
 
 #include "codec/lzx/lzx_fast_loop.h"
 #include "codec/lzx/lzx_translation.h"
+#include "harbor6/groundwork/endian.h"
 #include "harbor6/groundwork/exception.h"
 #include "harbor6/stream/input.h"
 #include "harbor6/stream/output.h"
@@ -14,7 +15,7 @@ namespace algorithm::lzx {
 
 namespace {
 
-/// How far the input position is ahead of the word with the next bit, and the limit of the data's end.
+/// Bytes from the word with the next bit to the input position, and from the end of the data to the limit.
 constexpr unsigned look_ahead = 4;
 
 /// Zeros behind the compressed bytes. The farthest read: a raw block's header may begin one byte before the
@@ -22,28 +23,27 @@ constexpr unsigned look_ahead = 4;
 /// it, its length symbol and its footer take no more than 4 words behind it.
 constexpr unsigned spare_input = 32;
 static_assert(spare_input >= 11 + look_ahead && spare_input >= look_ahead + 4 * 2);
-/// The fast loop looks at whole words, and at some more.
-static_assert(spare_input >= 1 + 2 * token_lanes::further_words);
+/// The fast loop reads whole words, and some further ones.
+static_assert(spare_input >= 1 + 2 * token_lanes::lookahead_words);
 
 constexpr std::uint32_t state_start = 1;
 constexpr std::uint32_t state_decoding = 2;
 
-constexpr std::uint32_t largest_window = 1u << 21;
-
-/// Window bytes that stand again behind its end, so that a match may run over it without a test for each
-/// byte.
+/// The window's first bytes that are mirrored behind its end, so that a match may run past it without a test
+/// for each byte.
 constexpr std::uint32_t mirrored_bytes = longest_match;
 constexpr std::uint32_t overhang = 261;
 static_assert(overhang >= mirrored_bytes);
 
-/// Beside the window a decoder shall take no more than 200 KiB: at the usual frame size the objects, a
-/// compressed frame and one to translate.
+/// Beside the window a decoder uses at most 200 KiB: at the usual frame size the objects, one compressed
+/// frame and one to translate.
 constexpr std::size_t usual_frame = 32768;
-constexpr std::size_t usual_growth = 6144;
-static_assert(sizeof(decompressor) + sizeof(fast_loop) + 2 * usual_frame + usual_growth <= 200 * 1024);
+constexpr std::size_t scratch_growth = 6144;
+static_assert(sizeof(decompressor) + sizeof(fast_loop) + 2 * usual_frame + scratch_growth <= 200 * 1024);
 
-std::uint32_t load_16(const std::uint8_t* from) {
-    return static_cast<std::uint32_t>(from[0] | from[1] << 8);
+/// The 16-bit word at `from`, widened for shifts.
+std::uint32_t word_at(const std::uint8_t* from) {
+    return endian::load_le16(from);
 }
 
 } // namespace
@@ -52,7 +52,7 @@ decompressor::decompressor(std::uint32_t size) : window_size(size), window_mask(
     if (!std::has_single_bit(size) || size > largest_window)
         throw exception("Invalid compression window size", "algorithm::lzx::decompressor");
     // Zeros: a match may reach before the first byte.
-    window = std::make_unique<std::uint8_t[]>(std::size_t{size} + overhang + fast_loop::overhang);
+    window = std::make_unique<std::uint8_t[]>(std::size_t{size} + overhang + fast_loop::window_padding);
     position_slots = static_cast<std::uint8_t>(count_slots(size));
 }
 
@@ -72,8 +72,8 @@ void decompressor::load_frame(stream::input& input, std::uint32_t size) {
     const std::size_t needed = std::size_t{size} + spare_input;
     if (input_buffer.size() < needed)
         input_buffer.resize(needed);
-    const std::uint32_t came = input.read(reinterpret_cast<char*>(input_buffer.data()), size);
-    std::memset(input_buffer.data() + came, 0, needed - came);
+    const std::uint32_t received = input.read(reinterpret_cast<char*>(input_buffer.data()), size);
+    std::memset(input_buffer.data() + received, 0, needed - received);
     input_position = input_buffer.data();
     input_limit = input_position + size + look_ahead;
 }
@@ -123,7 +123,6 @@ bool decompressor::start_block() {
     if (block_type == raw_block) {
         if (block_size % 2 != 0 && input_position < input_limit)
             ++input_position;
-        block_type = 0;
         start_bits();
     }
     block_type = read_checked(3);
@@ -167,29 +166,28 @@ bool decompressor::read_trees() {
 
 void decompressor::build_tables() {
     tables_ready = true;
-    build_table(main_lengths, literal_symbols + headers_per_slot * position_slots, main_bits, main_table,
-                main_links);
-    build_table(length_lengths, length_symbols, length_bits, length_table, length_links);
+    build_table(main_lengths, literal_symbols + headers_per_slot * position_slots, main_table_bits,
+                main_table, main_links);
+    build_table(length_lengths, length_symbols, length_table_bits, length_table, length_links);
 }
 
 bool decompressor::read_lengths(std::uint8_t* lengths, const std::uint8_t* previous, unsigned count) {
     std::uint8_t pre_lengths[pre_symbols];
     for (auto& length : pre_lengths)
         length = static_cast<std::uint8_t>(read_checked(4));
-    std::int16_t table[1 << pre_bits];
+    std::int16_t table[1 << pre_table_bits];
     tree_links links[2 * pre_symbols];
-    if (input_overrun || !build_table(pre_lengths, pre_symbols, pre_bits, table, links))
+    if (input_overrun || !build_table(pre_lengths, pre_symbols, pre_table_bits, table, links))
         return false;
 
     const auto decode = [&] {
-        const unsigned symbol = look_up(table, links, pre_bits);
+        const unsigned symbol = look_up(table, links, pre_table_bits);
         consume_checked(pre_lengths[symbol]);
         return symbol;
     };
     // Lengths are deltas, modulo 17, on those of the last block that had trees.
     const auto new_length = [&](unsigned i, unsigned delta) {
-        return static_cast<std::uint8_t>((previous[i] + maximum_code_length + 1 - delta) %
-                                         (maximum_code_length + 1));
+        return static_cast<std::uint8_t>((previous[i] + length_modulus - delta) % length_modulus);
     };
 
     for (unsigned i = 0; i < count;) {
@@ -198,13 +196,13 @@ bool decompressor::read_lengths(std::uint8_t* lengths, const std::uint8_t* previ
             return false;
         unsigned run = 1;
         std::uint8_t length = 0;
-        if (symbol == 17) {
+        if (symbol == zeros_run) {
             run = read_checked(4) + 4;
-        } else if (symbol == 18) {
+        } else if (symbol == long_zeros_run) {
             run = read_checked(5) + 20;
         } else {
             unsigned delta = symbol;
-            if (symbol == 19) {
+            if (symbol == same_run) {
                 run = read_checked(1) + 4;
                 delta = decode();
                 if (delta > maximum_code_length)
@@ -220,12 +218,12 @@ bool decompressor::read_lengths(std::uint8_t* lengths, const std::uint8_t* previ
 }
 
 bool decompressor::read_raw_header() {
-    // The look-ahead's second word comes first in the stream; what is left of the first one is padding.
+    // The rest of the first look-ahead word is padding; the header begins with the second one.
     input_position -= 2;
     if (input_limit - input_position <= 4)
         return false;
     for (std::uint32_t* offset : {&R0, &R1, &R2}) {
-        *offset = load_16(input_position) | load_16(input_position + 2) << 16;
+        *offset = endian::load_le32(input_position);
         input_position += 4;
     }
     return true;
@@ -257,9 +255,9 @@ bool decompressor::decode_tree_block(std::uint32_t amount) {
     return true;
 }
 
-/// The middle of the frame, as far as the fast loop serves it.
+/// Decodes the middle of the frame, as far as the fast loop can.
 void decompressor::decode_fast(std::uint32_t end) {
-    if (window_position < mirrored_bytes || block_size < fast_loop::worthwhile_block ||
+    if (window_position < mirrored_bytes || block_size < fast_loop::smallest_block ||
         input_position >= input_limit)
         return;
     if (!fast)
@@ -269,7 +267,7 @@ void decompressor::decode_fast(std::uint32_t end) {
         fast->begin_block({main_lengths, literal_symbols + headers_per_slot * position_slots, length_lengths,
                            block_type == aligned_block ? aligned_table : nullptr, aligned_lengths});
     }
-    // The exact loop fails where a main symbol begins in a word behind the data.
+    // The exact loop fails when a main symbol begins in a word behind the data.
     const auto data_left = static_cast<std::uint64_t>(input_limit - input_position);
     frame_state frame{window.get(),
                       window_size,
@@ -287,16 +285,16 @@ void decompressor::decode_fast(std::uint32_t end) {
     const std::uint8_t* const word = frame.words + frame.next_bit / 16 * 2;
     input_position = word + look_ahead;
     bits_left = static_cast<std::int8_t>(16 - frame.next_bit % 16);
-    bit_buffer = (load_16(word) << 16 | load_16(word + 2)) << frame.next_bit % 16;
+    bit_buffer = (word_at(word) << 16 | word_at(word + 2)) << frame.next_bit % 16;
 }
 
-/// Runs until `window_position` is at `stop` or, with the last match, behind it, but never behind `end`.
+/// Decodes until `window_position` reaches `stop`; the last match may pass it, but never `end`.
 template<bool Mirrored>
 bool decompressor::decode_exactly(std::uint32_t stop, std::uint32_t end) {
     if (!tables_ready && window_position < stop)
         build_tables();
     while (window_position < stop) {
-        const unsigned symbol = look_up(main_table, main_links, main_bits);
+        const unsigned symbol = look_up(main_table, main_links, main_table_bits);
         if (input_position >= input_limit)
             return false;
         consume(main_lengths[symbol]);
@@ -309,7 +307,7 @@ bool decompressor::decode_exactly(std::uint32_t stop, std::uint32_t end) {
         }
         unsigned header = (symbol - literal_symbols) % headers_per_slot;
         if (header == long_header) {
-            const unsigned further = look_up(length_table, length_links, length_bits);
+            const unsigned further = look_up(length_table, length_links, length_table_bits);
             consume(length_lengths[further]);
             header += further;
         }
@@ -322,7 +320,7 @@ bool decompressor::decode_exactly(std::uint32_t stop, std::uint32_t end) {
     return true;
 }
 
-/// One byte after the other, so that an overlap repeats what the match itself has written.
+/// Copies byte by byte, so that an overlap repeats bytes which the match itself has written.
 template<bool Mirrored>
 void decompressor::copy_match(std::uint32_t offset, std::uint32_t length) {
     std::uint32_t source = (window_position - offset) & window_mask;
@@ -338,15 +336,15 @@ void decompressor::copy_match(std::uint32_t offset, std::uint32_t length) {
 
 std::uint32_t decompressor::read_offset(unsigned slot) {
     unsigned extra = extra_bits(slot);
-    const bool aligned = block_type == aligned_block && extra >= 3;
+    const bool aligned = block_type == aligned_block && extra >= aligned_footer_bits;
     if (aligned)
-        extra -= 3;
+        extra -= aligned_footer_bits;
     std::uint32_t value = peek(extra);
     consume(extra);
     if (aligned) {
-        const unsigned low = aligned_table[peek(aligned_bits)];
+        const unsigned low = aligned_table[peek(aligned_table_bits)];
         consume(aligned_lengths[low]);
-        value = value * 8 + low;
+        value = (value << aligned_footer_bits) + low;
     }
     return slot_bases[slot] + value;
 }
@@ -371,13 +369,13 @@ std::uint32_t decompressor::use_offset(unsigned slot) {
 }
 
 void decompressor::load_word() {
-    bit_buffer |= load_16(input_position) << -bits_left;
+    bit_buffer |= word_at(input_position) << -bits_left;
     input_position += 2;
     bits_left = static_cast<std::int8_t>(bits_left + 16);
 }
 
 void decompressor::start_bits() {
-    bit_buffer = load_16(input_position) << 16 | load_16(input_position + 2);
+    bit_buffer = word_at(input_position) << 16 | word_at(input_position + 2);
     input_position += 4;
     bits_left = 16;
 }

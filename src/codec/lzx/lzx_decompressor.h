@@ -11,28 +11,31 @@ namespace algorithm::lzx {
 
 class fast_loop;
 
-/// Expands the LZX frames of one cabinet folder, in order: window, repeated offsets, code lengths, the
-/// current block and the translation of CALL operands run on from frame to frame. One object serves one
-/// folder, on one thread, and is not used again after a frame has failed.
+/// Expands the LZX frames of one cabinet folder, in order: the window, the repeated offsets, the code
+/// lengths, the current block and the translation of CALL operands continue from frame to frame. One object
+/// serves one folder, on one thread, and must not be used again after a frame has failed. It owns its
+/// buffers: the window and up to 200 KiB beside it.
 ///
-/// Decoding has two loops. The exact loop says what every stream gives, good or bad. The fast loop
-/// (class fast_loop) serves the middle of a frame and hands over in the very state that the exact loop would
-/// have there, so that no result depends on which of the two ran.
+/// There are two decoding loops. The exact loop defines the result for every input, good or bad. The fast
+/// loop (class fast_loop) decodes the middle of a frame and stops in the state that the exact loop would have
+/// there, so that no result depends on which of the two ran.
 class decompressor : public stream::transform {
 public:
-    /// `window` bytes of history, a power of two up to 2 MiB; raises algorithm::exception otherwise.
-    explicit decompressor(std::uint32_t window);
+    /// `window_size` bytes of history, a power of two up to 2 MiB. Any other size raises algorithm::exception
+    /// "Invalid compression window size".
+    explicit decompressor(std::uint32_t window_size);
     ~decompressor() override;
 
-    /// Takes one frame of `compressed_size` bytes from `input`, gives its `uncompressed_size` bytes to
-    /// `output` in one write, and returns how many. A frame that doesn't decode to just that many bytes, or
-    /// doesn't fit the rest of the window, gives -1, and nothing is written. Only the low 32 bits of the
-    /// sizes count. Where `input` ends early, zeros stand for the rest; a frame's bytes are taken even if it
-    /// fails.
+    /// Reads one frame of `compressed_size` bytes from `input`, writes its `uncompressed_size` bytes to
+    /// `output` in one write, and returns their number. Returns -1, with nothing written, if the frame
+    /// doesn't decode to exactly that many bytes or doesn't fit the rest of the window. All bytes of the
+    /// frame are read even if it fails. If `input` ends early, the missing bytes are taken as zeros. Sizes
+    /// are used modulo 2 to the power
+    /// 32. Exceptions of the streams pass through.
     std::int64_t process_block(stream::input& input, stream::output& output, std::uint64_t compressed_size,
                                std::uint64_t uncompressed_size);
 
-    /// For tests and fuzzing: the results are the same either way.
+    /// Turns the fast loop off, for tests and fuzzing; the results are the same.
     void use_exact_loop_only() { exact_only = true; }
 
 private:
@@ -66,44 +69,47 @@ private:
     std::uint32_t read_checked(unsigned count);
     unsigned look_up(const std::int16_t* table, const tree_links* links, unsigned bits) const;
 
-    std::unique_ptr<std::uint8_t[]> window; ///< the first 257 bytes stand again behind its end
+    static constexpr unsigned main_room = 672;   ///< main symbols that the arrays hold; 656 are used
+    static constexpr unsigned length_room = 252; ///< the same for length symbols; 249 are used
+
+    std::unique_ptr<std::uint8_t[]> window; ///< with a mirror of its first 257 bytes behind its end
     std::uint32_t window_size;
     std::uint32_t window_mask;
     std::uint32_t R0 = 1;
     std::uint32_t R1 = 1;
     std::uint32_t R2 = 1;
-    std::int16_t main_table[1 << main_bits] = {};
-    std::int16_t length_table[1 << length_bits] = {};
-    std::uint8_t main_lengths[672] = {};
-    std::uint8_t length_lengths[252] = {};
-    std::uint8_t aligned_table[1 << aligned_bits] = {};
+    std::int16_t main_table[1 << main_table_bits] = {};
+    std::int16_t length_table[1 << length_table_bits] = {};
+    std::uint8_t main_lengths[main_room] = {};
+    std::uint8_t length_lengths[length_room] = {};
+    std::uint8_t aligned_table[1 << aligned_table_bits] = {};
     std::uint8_t aligned_lengths[aligned_symbols] = {};
-    tree_links main_links[1344] = {};
-    tree_links length_links[498] = {};
+    tree_links main_links[2 * main_room] = {};
+    tree_links length_links[2 * length_symbols] = {};
     std::vector<std::uint8_t> input_buffer; ///< this frame's compressed bytes, then zeros
     const std::uint8_t* input_position = nullptr;
     const std::uint8_t* input_limit = nullptr; ///< 4 bytes behind the last compressed byte
-    /// The fast loop's scratch, then the frame while its calls are translated.
+    /// The fast loop's scratch memory, then the frame while its calls are translated.
     std::vector<std::uint8_t> output_buffer;
-    std::uint8_t previous_main_lengths[672] = {};
-    std::uint8_t previous_length_lengths[252] = {};
+    std::uint8_t previous_main_lengths[main_room] = {};
+    std::uint8_t previous_length_lengths[length_room] = {};
     std::uint32_t bit_buffer = 0; ///< the next 16 + bits_left bits, at the top
     std::int8_t bits_left = 0;
     std::uint8_t position_slots = 0;
     bool needs_translation_header = true;
-    bool input_overrun = false; ///< a header or length list ran past the frame, which fails for it
+    bool input_overrun = false; ///< a header or length list ran past the frame, which therefore fails
     std::uint32_t window_position = 0;
     std::uint32_t translation_size = 0; ///< 0: no translation
     std::uint32_t instruction_position = 0;
     std::uint32_t block_size = 0;
     std::int32_t block_remaining = 0;
-    std::uint32_t block_type = 0;    ///< one of the block types, or 0: none yet, or a raw one has ended
-    std::uint32_t decoder_state = 1; ///< 1 a block begins, 2 inside a block
+    std::uint32_t block_type = 0;    ///< of the current or the last block; 0 before the first
+    std::uint32_t decoder_state = 1; ///< 1: a block header follows, 2: inside a block
 
-    bool tables_ready = false; ///< main_table and length_table belong to the current block
+    bool tables_ready = false; ///< main_table and length_table are those of the current block
     bool exact_only = false;
-    bool fast_ready = false; ///< the fast loop's tables belong to the current block
-    std::unique_ptr<fast_loop> fast;
+    bool fast_ready = false;         ///< the fast loop's tables are those of the current block
+    std::unique_ptr<fast_loop> fast; ///< created when first used
 };
 
 } // namespace algorithm::lzx

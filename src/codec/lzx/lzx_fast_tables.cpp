@@ -8,7 +8,7 @@ namespace algorithm::lzx {
 
 namespace {
 
-/// The entries of match symbols, with 0 bits of code; 0 where a length symbol follows.
+/// The entries of match symbols, with code length 0; an entry is 0 where a length symbol follows.
 template<bool Aligned>
 constexpr std::array<entry::type, maximum_main_symbols> plain_entries = [] {
     std::array<entry::type, maximum_main_symbols> entries{};
@@ -79,10 +79,10 @@ void fast_tables::fill_main() {
 }
 
 void fast_tables::fill_aligned(const std::uint8_t* symbols, const std::uint8_t* lengths) {
-    for (unsigned i = 0; i < 1u << aligned_bits; ++i)
-        aligned[(1u << aligned_bits) + i] = (entry::token{symbols[i]} << entry::symbol_shift) +
-                                            (entry::token{lengths[symbols[i]]} << entry::size_shift) -
-                                            (entry::token{entry::aligned} << entry::size_shift);
+    for (unsigned i = 0; i < 1u << aligned_table_bits; ++i)
+        aligned[(1u << aligned_table_bits) + i] = (entry::token{symbols[i]} << entry::symbol_shift) +
+                                                  (entry::token{lengths[symbols[i]]} << entry::size_shift) -
+                                                  (entry::token{entry::aligned} << entry::size_shift);
 }
 
 } // namespace algorithm::lzx

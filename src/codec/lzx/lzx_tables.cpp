@@ -79,22 +79,22 @@ bool build_table(const std::uint8_t* lengths, unsigned count, unsigned bits, std
 }
 
 bool build_aligned_table(const std::uint8_t* lengths, std::uint8_t* table) {
-    constexpr unsigned size = 1u << aligned_bits;
-    std::uint16_t start[aligned_bits + 2] = {};
-    for (unsigned l = 1; l <= aligned_bits; ++l) {
+    constexpr unsigned size = 1u << aligned_table_bits;
+    std::uint16_t start[aligned_table_bits + 2] = {};
+    for (unsigned l = 1; l <= aligned_table_bits; ++l) {
         const auto count = static_cast<unsigned>(std::count(lengths, lengths + aligned_symbols, l));
         start[l + 1] = static_cast<std::uint16_t>(start[l] + (count << (maximum_code_length - l)));
     }
-    if (start[aligned_bits + 1] != 0)
+    if (start[aligned_table_bits + 1] != 0)
         return false;
     std::fill_n(table, size, std::uint8_t{0});
-    for (unsigned l = 1; l <= aligned_bits; ++l)
-        start[l] = static_cast<std::uint16_t>(start[l] >> (maximum_code_length - aligned_bits));
+    for (unsigned l = 1; l <= aligned_table_bits; ++l)
+        start[l] = static_cast<std::uint16_t>(start[l] >> (maximum_code_length - aligned_table_bits));
     for (unsigned symbol = 0; symbol < aligned_symbols; ++symbol) {
         const unsigned l = lengths[symbol];
         if (l == 0)
             continue;
-        const unsigned weight = 1u << (aligned_bits - l);
+        const unsigned weight = 1u << (aligned_table_bits - l);
         if (start[l] + weight > size)
             return false;
         std::fill_n(table + start[l], weight, static_cast<std::uint8_t>(symbol));

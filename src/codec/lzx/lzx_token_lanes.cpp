@@ -1,8 +1,9 @@
 #include "codec/lzx/lzx_token_lanes.h"
 
-#include "codec/lzx/lzx_fast_bytes.h"
+#include "harbor6/groundwork/endian.h"
 
 #include <algorithm>
+#include <cstring>
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -13,17 +14,18 @@ namespace {
 
 constexpr unsigned valid_bits = 64 - 7;
 static_assert(fast_tables::main_index_bits + 17 <= valid_bits, "a symbol and its footer");
-static_assert(fast_tables::main_index_bits + 14 + aligned_bits <= valid_bits, "the same with aligned symbol");
+static_assert(fast_tables::main_index_bits + 14 + aligned_table_bits <= valid_bits,
+              "the same with aligned symbol");
 static_assert(2 * maximum_code_length <= valid_bits, "two long codes");
 
-constexpr unsigned longest_token = 2 * maximum_code_length + 17 + aligned_bits;
+constexpr unsigned longest_token = 2 * maximum_code_length + 17 + aligned_table_bits;
 static_assert(longest_token < entry::aligned, "the size of any token");
 
-// A token may begin in the last bit that is asked for, and its bits are looked at 64 at a time.
-static_assert(16 * token_lanes::further_words > longest_token + 64);
+// A token may begin in the last requested bit, and its bits are loaded 64 at a time.
+static_assert(16 * token_lanes::lookahead_words > longest_token + 64);
 
-/// Behind `tokens` tokens, of which `matches` are matches, writes one more as a literal and as a match; the
-/// next one overwrites what it is not.
+/// Appends a token to `tokens` others, of which `matches` are matches. It is written both as a literal and as
+/// a match, without a branch; the next one overwrites the wrong one of the two.
 inline void append(token_list& to, entry::token token, std::uint64_t tokens, std::uint64_t& matches) {
     const std::uint64_t literals = tokens - matches;
     to.matches[matches] = token;
@@ -32,7 +34,7 @@ inline void append(token_list& to, entry::token token, std::uint64_t tokens, std
     matches += entry::match_count(token);
 }
 
-/// The words in reverse order, the bytes within each as they are.
+/// Writes the words in reverse order, the bytes within each unchanged.
 void reverse_words(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
     to += 2 * count;
 #if defined(__SSE2__)
@@ -54,14 +56,14 @@ void reverse_words(std::uint8_t* to, const std::uint8_t* from, std::size_t count
 
 void token_lanes::load(const std::uint8_t* words, std::uint64_t at, std::uint64_t bits) {
     const std::uint64_t first = at / 16;
-    const std::uint64_t words_end = (at + bits + 15) / 16 + further_words;
+    const std::uint64_t words_end = (at + bits + 15) / 16 + lookahead_words;
     reverse_words(chunk + chunk_margin, words + 2 * first, words_end - first);
     chunk_last = 16 * words_end - 1;
 }
 
-/// The bits from `place` on, the first one at the top; `valid_bits` of them are good.
+/// The bits from `place` on, the first one at the top; the first `valid_bits` are valid.
 inline std::uint64_t token_lanes::bits_at(std::uint64_t place) const {
-    return load_64(chunk + chunk_margin - 7 + (place >> 3)) << (~place & 7);
+    return endian::load_le64(chunk + chunk_margin - 7 + (place >> 3)) << (~place & 7);
 }
 
 /// Makes a token of an entry and the bits that begin with its code.
@@ -70,8 +72,8 @@ inline entry::token token_lanes::with_footer(std::uint64_t bits, entry::type e) 
     entry::token token = (bits << (e & entry::shift_mask) & entry::footer_mask) | e;
     if constexpr (Aligned) {
         const entry::type size = e >> entry::size_shift;
-        token += tables.aligned[(bits << (size & entry::shift_mask) >> (64 - aligned_bits)) +
-                                (1u << aligned_bits) / entry::aligned * (size & entry::aligned)];
+        token += tables.aligned[(bits << (size & entry::shift_mask) >> (64 - aligned_table_bits)) +
+                                (1u << aligned_table_bits) / entry::aligned * (size & entry::aligned)];
     }
     return token;
 }
@@ -85,7 +87,7 @@ inline entry::token token_lanes::token_at(std::uint64_t place) const {
     return with_footer<Aligned>(bits, e);
 }
 
-/// Where the main table doesn't say all. Kept out of the lanes' loop, whose registers it would take.
+/// The token of a special entry. Not inlined, since the lanes' loop needs its registers.
 template<bool Aligned>
 [[gnu::noinline]] entry::token token_lanes::special_token(std::uint64_t place, entry::type e) const {
     std::uint64_t bits = bits_at(place);
@@ -121,17 +123,17 @@ struct token_lanes::state {
     unsigned tokens; ///< of each lane
 };
 
-/// Reads on in all lanes until one has come to its end, or each has `token_limit` tokens.
-template<bool Aligned, bool Noted>
-void token_lanes::read_abreast(state& all, unsigned token_limit) {
+/// Reads on in all lanes until one has reached its end, or each has `token_limit` tokens.
+template<bool Aligned, bool Recording>
+void token_lanes::read_interleaved(state& all, unsigned token_limit) {
     static_assert(lane_count == 4);
     auto [next_0, next_1, next_2, next_3] = all.next;
     auto [matches_0, matches_1, matches_2, matches_3] = all.matches;
     unsigned tokens = all.tokens;
     const auto step = [&](unsigned k, std::uint64_t& next, std::uint64_t& matches) {
-        if constexpr (Noted) {
-            noted_places[k][tokens] = static_cast<std::uint16_t>(next);
-            noted_matches[k][tokens] = static_cast<std::uint16_t>(matches);
+        if constexpr (Recording) {
+            recorded_places[k][tokens] = static_cast<std::uint16_t>(next);
+            recorded_matches[k][tokens] = static_cast<std::uint16_t>(matches);
         }
         const entry::token token = token_at<Aligned>(next);
         append(lists[k], token, tokens, matches);
@@ -159,11 +161,11 @@ void token_lanes::read(const std::uint8_t* words, std::uint64_t at, std::uint64_
     unsigned working = lane_count;
     bool done[lane_count] = {};
     while (working > 0) {
-        if (all.tokens < noted)
-            read_abreast<Aligned, true>(all, noted);
+        if (all.tokens < recorded)
+            read_interleaved<Aligned, true>(all, recorded);
         else
-            read_abreast<Aligned, false>(all, token_list::most);
-        const bool full = all.tokens == token_list::most;
+            read_interleaved<Aligned, false>(all, token_list::capacity);
+        const bool full = all.tokens == token_list::capacity;
         for (unsigned k = 0; k < lane_count; ++k) {
             if (all.next[k] > lists[k].chunk_stop && !full)
                 continue;
@@ -174,7 +176,8 @@ void token_lanes::read(const std::uint8_t* words, std::uint64_t at, std::uint64_
                 lists[k].match_count = all.matches[k];
                 lists[k].chunk_next = all.next[k];
             }
-            all.next[k] = lists[k].chunk_stop + part; // once more, for nobody, until the others are there
+            all.next[k] =
+                lists[k].chunk_stop + part; // a finished lane keeps stepping; its output is discarded
         }
     }
 }
@@ -187,19 +190,19 @@ void token_lanes::read_one(token_list& to) {
 }
 
 template<bool Aligned>
-bool token_lanes::fall_into_step(unsigned k, token_place& place) {
+bool token_lanes::synchronize(unsigned k, token_position& position) {
     token_list& from = lists[k];
-    const std::uint64_t known = std::min<std::uint64_t>(noted, lists[k + 1].token_count);
-    const std::uint64_t most = from.token_count + token_list::most_more;
-    for (std::uint64_t i = 0; i < known;) {
-        const std::uint64_t begins = noted_places[k + 1][i];
+    const std::uint64_t candidates = std::min<std::uint64_t>(recorded, lists[k + 1].token_count);
+    const std::uint64_t limit = from.token_count + token_list::extra_capacity;
+    for (std::uint64_t i = 0; i < candidates;) {
+        const std::uint64_t begins = recorded_places[k + 1][i];
         if (begins > from.chunk_next) {
             ++i;
         } else if (begins == from.chunk_next) {
-            place.match = noted_matches[k + 1][i];
-            place.literal = i - place.match;
+            position.match = recorded_matches[k + 1][i];
+            position.literal = i - position.match;
             return true;
-        } else if (from.token_count == most) {
+        } else if (from.token_count == limit) {
             break;
         } else {
             read_one<Aligned>(from);
@@ -209,22 +212,22 @@ bool token_lanes::fall_into_step(unsigned k, token_place& place) {
 }
 
 template<bool Aligned>
-void token_lanes::read_alone(const std::uint8_t* words, std::uint64_t at, std::uint64_t input_end) {
-    const std::uint64_t bits = std::min(input_end - at, most_bits);
+void token_lanes::read_sequential(const std::uint8_t* words, std::uint64_t at, std::uint64_t input_end) {
+    const std::uint64_t bits = std::min(input_end - at, max_bits);
     load(words, at, bits);
     token_list& to = lists[0];
     to.token_count = to.match_count = 0;
     to.chunk_next = chunk_last - at;
     to.chunk_stop = to.chunk_next - bits;
-    while (to.chunk_next > to.chunk_stop && to.token_count < token_list::most)
+    while (to.chunk_next > to.chunk_stop && to.token_count < token_list::capacity)
         read_one<Aligned>(to);
 }
 
 template void token_lanes::read<false>(const std::uint8_t*, std::uint64_t, std::uint64_t);
 template void token_lanes::read<true>(const std::uint8_t*, std::uint64_t, std::uint64_t);
-template bool token_lanes::fall_into_step<false>(unsigned, token_place&);
-template bool token_lanes::fall_into_step<true>(unsigned, token_place&);
-template void token_lanes::read_alone<false>(const std::uint8_t*, std::uint64_t, std::uint64_t);
-template void token_lanes::read_alone<true>(const std::uint8_t*, std::uint64_t, std::uint64_t);
+template bool token_lanes::synchronize<false>(unsigned, token_position&);
+template bool token_lanes::synchronize<true>(unsigned, token_position&);
+template void token_lanes::read_sequential<false>(const std::uint8_t*, std::uint64_t, std::uint64_t);
+template void token_lanes::read_sequential<true>(const std::uint8_t*, std::uint64_t, std::uint64_t);
 
 } // namespace algorithm::lzx

@@ -6,76 +6,80 @@
 
 namespace algorithm::lzx {
 
-/// Literals in front of a match are copied in steps of so many bytes, one step even for none.
+/// Literals before a match are copied in steps of this many bytes, at least one step even if there are none.
 constexpr unsigned literal_step = 16;
 
-/// A place between two tokens of a list.
-struct token_place {
-    std::uint64_t literal;
-    std::uint64_t match;
+/// A position between two tokens of a list.
+struct token_position {
+    std::uint64_t literal; ///< literals before it
+    std::uint64_t match;   ///< matches before it
 };
 
-/// The tokens that a lane has read: matches, and the literals in front of each of them.
+/// The tokens that a lane has read: matches, and the literals before each of them.
 struct token_list {
-    static constexpr unsigned most = 1024;     ///< tokens that a lane reads
-    static constexpr unsigned most_more = 128; ///< and then to fall into step with the next one
+    static constexpr unsigned capacity = 1024;      ///< tokens that read() stores at most
+    static constexpr unsigned extra_capacity = 128; ///< tokens that synchronize() adds at most
 
-    entry::token matches[most + most_more + 1];
-    std::uint16_t literals_before[most + most_more + 1]; ///< in the whole list
-    std::uint8_t literals[most + most_more + literal_step];
+    entry::token matches[capacity + extra_capacity + 1];
+    std::uint16_t literals_before[capacity + extra_capacity + 1]; ///< each match; in the whole list
+    std::uint8_t literals[capacity + extra_capacity + literal_step];
 
     std::uint64_t token_count; ///< matches and literals
     std::uint64_t match_count;
     std::uint64_t chunk_next; ///< where the next token begins
-    std::uint64_t chunk_stop; ///< from here on, read() begins no token; fall_into_step() may
+    std::uint64_t chunk_stop; ///< read() begins no token at this place or behind it; synchronize() may
 };
 
-/// The first half of the fast loop: from bits to tokens. Nothing here looks at the window, at the offsets in
-/// use or at the end of the block, so that it may begin anywhere, even in the middle of a symbol.
+/// The first half of the fast loop: turns bits into tokens. It looks neither at the window, nor at the
+/// repeated offsets, nor at the end of the block, so it may begin anywhere, even in the middle of a symbol.
 ///
-/// That is what the lanes live on. A symbol's place depends on the symbol before, a chain of some 15
-/// cycles, or 22 with an aligned offset symbol, of which most is waiting. So a piece of the input is cut in
-/// four, and four chains run side by side. All but the first begin at a place where most likely no symbol
-/// begins; after a few dozen symbols they have fallen into step with the true ones, and what they read until
-/// then is left out.
+/// The lanes rely on that. Each symbol's place depends on the symbol before, a dependency chain of some 15
+/// cycles, or 22 with an aligned offset symbol, most of it latency. So a piece of the input is cut in four,
+/// and four lanes are read side by side. All but the first begin at a place where most likely no symbol
+/// begins, and what they read at first is wrong. After a few dozen symbols they usually reach the beginning
+/// of a true symbol and read true ones from there on; synchronize() finds where, and the tokens before are
+/// left out.
 ///
-/// Bits of the input are numbered from 0 on, the highest one of its first word. Places in a chunk, the part
-/// of the input that is being read, count down to its last bit.
+/// Bits of the input are numbered from 0, the highest bit of its first word. Places in a chunk, the part of
+/// the input that is being read, count down to 0 at the chunk's last bit.
+///
+/// It owns its lists and tables; the input is only read during a call. For one thread at a time.
 class token_lanes {
 public:
     static constexpr unsigned lane_count = 4;
-    static constexpr std::uint64_t most_bits = 60'000; ///< read at a time: places in a chunk fit 16 bits
-    /// Words that are looked at behind those of the bits that are asked for.
-    static constexpr unsigned further_words = 8;
+    static constexpr std::uint64_t max_bits = 60'000; ///< per call of read(): places in a chunk fit 16 bits
+    /// Words behind those of the requested bits that may be read, so they must be readable.
+    static constexpr unsigned lookahead_words = 8;
 
-    /// Has to come before the first reading of each block. Answers false if there is nothing to read.
+    /// Sets the codes; to be called before the first reading in each block. Returns false if no symbol can be
+    /// decoded, and then nothing may be read.
     bool begin_block(const block_codes& codes) { return tables.build(codes); }
 
-    /// Reads `lane_count` times `part` bits from bit `at` of `words` on into the lists; no more than
-    /// `most_bits` altogether. A list that is full ends early.
+    /// Reads `lane_count` times `part` bits from bit `at` of `words` on into the lists, `max_bits` at most
+    /// altogether. A lane ends early when its list is full.
     template<bool Aligned>
     void read(const std::uint8_t* words, std::uint64_t at, std::uint64_t part);
 
-    /// Reads on in list `k` until a token begins where one of the first in list `k` + 1 does, and gives that
-    /// one's place there. Answers false if it has passed them, or read `most_more` tokens; what was read
-    /// stays in list `k`.
+    /// Reads on in list `k` until one of its tokens begins at the same place as one of the first tokens of
+    /// list `k` + 1, and sets `position` to that place in list `k` + 1. Returns false if there is no such
+    /// place, or not within `extra_capacity` further tokens. What was read is in list `k` either way.
     template<bool Aligned>
-    bool fall_into_step(unsigned k, token_place& place);
+    bool synchronize(unsigned k, token_position& position);
 
-    /// Reads into the first list alone the tokens that begin in bits `at` to `input_end`, or as many of them
-    /// as there is room for.
+    /// Reads the tokens that begin in bits `at` to `input_end` into the first list alone, until that is full
+    /// or `max_bits` are read.
     template<bool Aligned>
-    void read_alone(const std::uint8_t* words, std::uint64_t at, std::uint64_t input_end);
+    void read_sequential(const std::uint8_t* words, std::uint64_t at, std::uint64_t input_end);
 
     token_list& list(unsigned k) { return lists[k]; }
-    /// The number of the input's bit at a place in the chunk.
+    /// The number of the input's bit at `place` in the chunk.
     std::uint64_t to_input_bit(std::uint64_t place) const { return chunk_last - place; }
 
 private:
-    static constexpr unsigned noted = 64; ///< first tokens of a lane of which it is known where they begin
-    static constexpr unsigned chunk_size = (most_bits + 2 * 15) / 16 * 2 + 2 * further_words;
+    static constexpr unsigned recorded = 64; ///< first tokens of a lane whose places are recorded
+    static constexpr unsigned chunk_size = (max_bits + 2 * 15) / 16 * 2 + 2 * lookahead_words;
     static_assert(8 * chunk_size <= 1u << 16);
-    static constexpr unsigned chunk_margin = 8; ///< eight bytes are loaded, from up to 7 before the chunk on
+    static constexpr unsigned chunk_margin = 8; ///< a load of eight bytes begins up to 7 before the chunk
 
     struct state;
 
@@ -87,17 +91,17 @@ private:
     entry::token token_at(std::uint64_t place) const;
     template<bool Aligned>
     entry::token special_token(std::uint64_t place, entry::type e) const;
-    template<bool Aligned, bool Noted>
-    void read_abreast(state& all, unsigned token_limit);
+    template<bool Aligned, bool Recording>
+    void read_interleaved(state& all, unsigned token_limit);
     template<bool Aligned>
     void read_one(token_list& to);
 
     fast_tables tables;
     token_list lists[lane_count];
-    std::uint16_t noted_places[lane_count][noted];
-    std::uint16_t noted_matches[lane_count][noted];
+    std::uint16_t recorded_places[lane_count][recorded];
+    std::uint16_t recorded_matches[lane_count][recorded];
     std::uint64_t chunk_last = 0; ///< the input number of the chunk's last bit
-    /// Its words in reverse, so that the next bits always stand at the top of a number that is loaded.
+    /// Its words in reverse order, so that the next bits are always the top bits of a loaded number.
     std::uint8_t chunk[chunk_margin + chunk_size];
 };
 

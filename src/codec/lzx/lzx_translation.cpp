@@ -1,5 +1,7 @@
 #include "codec/lzx/lzx_translation.h"
 
+#include "harbor6/groundwork/endian.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -15,11 +17,6 @@ constexpr std::uint8_t call = 0xE8;
 constexpr std::size_t tail = 6;
 constexpr std::size_t operand_size = 4;
 
-std::uint32_t load(const std::uint8_t* from) {
-    return static_cast<std::uint32_t>(from[0]) | static_cast<std::uint32_t>(from[1]) << 8 |
-           static_cast<std::uint32_t>(from[2]) << 16 | static_cast<std::uint32_t>(from[3]) << 24;
-}
-
 void store(std::uint8_t* to, std::uint32_t value) {
     for (unsigned i = 0; i < operand_size; ++i)
         to[i] = static_cast<std::uint8_t>(value >> (8 * i));
@@ -27,10 +24,10 @@ void store(std::uint8_t* to, std::uint32_t value) {
 
 constexpr std::size_t group_size = 64;
 constexpr std::size_t section_size = 64 * group_size;
-constexpr unsigned listed_blindly = 3; ///< calls of a group, whether there are so many or not
+constexpr unsigned unconditional_entries = 3; ///< listed for each group, even if it has fewer calls
 constexpr std::uint64_t last_bit = std::uint64_t{1} << (group_size - 1);
 
-/// One bit for each of 64 bytes, set where it is a CALL.
+/// One bit for each of 64 bytes, set if the byte is a CALL.
 std::uint64_t find_calls(const std::uint8_t* bytes) {
 #if defined(__SSE2__)
     std::uint64_t set = 0;
@@ -45,12 +42,8 @@ std::uint64_t find_calls(const std::uint8_t* bytes) {
     constexpr std::uint64_t low_bits = 0x7F7F7F7F7F7F7F7F;
     std::uint64_t found = 0;
     for (unsigned i = 0; i < group_size; i += 8) {
-        std::uint64_t eight;
-        std::memcpy(&eight, bytes + i, 8);
-        if constexpr (std::endian::native == std::endian::big)
-            eight = __builtin_bswap64(eight);
-        eight ^= 0xE8E8E8E8E8E8E8E8;
-        // The top bit of each byte that is 0 now; then the eight bits are brought together.
+        const std::uint64_t eight = endian::load_le64(bytes + i) ^ 0xE8E8E8E8E8E8E8E8;
+        // The top bit of each byte that is 0 now; then the eight bits are moved together.
         const std::uint64_t zeros = ~(((eight & low_bits) + low_bits) | eight | low_bits);
         found |= (zeros >> 7) * 0x0102040810204080 >> 56 << i;
     }
@@ -58,16 +51,16 @@ std::uint64_t find_calls(const std::uint8_t* bytes) {
 #endif
 }
 
-/// The same for fewer bytes than a group has.
+/// The same for fewer than 64 bytes.
 std::uint64_t find_calls_in_rest(const std::uint8_t* bytes, std::size_t length) {
     std::uint8_t group[group_size] = {};
     std::memcpy(group, bytes, length);
     return find_calls(group);
 }
 
-/// Lists the calls of a section, or of the `left` bytes that there are, and answers how many they are. All
-/// are listed before the first is translated, since how many a group has is hard to predict. The bytes of an
-/// operand don't count as calls, so it doesn't matter that they change.
+/// Lists the offsets of the calls in a section, or in its first `left` bytes if it has fewer, and returns
+/// their number. All are listed before the first is translated, since the number in a group is hard to
+/// predict. Translation changes operands only, and bytes of an operand don't count as calls.
 std::size_t list_calls(const std::uint8_t* section, std::size_t left, std::uint16_t* list) {
     std::size_t count = 0;
     for (std::size_t group = 0; group < std::min(section_size, left); group += group_size) {
@@ -79,7 +72,7 @@ std::size_t list_calls(const std::uint8_t* section, std::size_t left, std::uint1
             count += calls != 0;
             calls &= calls - 1;
         };
-        for (unsigned i = 0; i < listed_blindly; ++i)
+        for (unsigned i = 0; i < unconditional_entries; ++i)
             list_lowest();
         while (calls != 0)
             [[unlikely]] list_lowest();
@@ -97,14 +90,14 @@ void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t tran
         return;
 
     const std::size_t stop = length - tail;
-    std::uint8_t kept[tail];
-    std::memcpy(kept, frame + stop, tail);
+    std::uint8_t saved[tail];
+    std::memcpy(saved, frame + stop, tail);
     std::memset(frame + stop, call, tail);
 
     // Positions wrap at 2 to the power 32, and the comparison with the last one is made after the wrap.
     const std::uint32_t end = first + static_cast<std::uint32_t>(stop);
-    std::size_t operand_end = 0; ///< of the last call that was looked at
-    // Answers false when the scan is over.
+    std::size_t operand_end = 0; // of the last call
+    // Returns false when the scan is over.
     const auto translate = [&](std::size_t at) {
         const std::uint32_t position = first + static_cast<std::uint32_t>(at);
         if (at < operand_end)
@@ -113,14 +106,14 @@ void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t tran
             return false;
         operand_end = at + 1 + operand_size;
         std::uint8_t* operand = frame + at + 1;
-        const std::uint32_t value = load(operand);
+        const std::uint32_t value = endian::load_le32(operand);
         const std::uint32_t change = value < translation_size ? 0u - position
                                      : 0u - value < position  ? translation_size
                                                               : 0u;
         store(operand, value + change);
         return true;
     };
-    std::uint16_t calls[section_size + listed_blindly];
+    std::uint16_t calls[section_size + unconditional_entries];
     for (std::size_t section = 0; section < stop; section += section_size) {
         const std::size_t count = list_calls(frame + section, length - section, calls);
         for (std::size_t i = 0; i < count; ++i)
@@ -129,7 +122,7 @@ void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t tran
                 break;
             }
     }
-    std::memcpy(frame + stop, kept, tail);
+    std::memcpy(frame + stop, saved, tail);
 }
 
 } // namespace algorithm::lzx

@@ -6,12 +6,12 @@
 namespace algorithm::lzx {
 
 /// Turns the absolute operands of x86 CALL instructions (0xE8) in one frame back into relative ones.
-/// `instruction_position`, the stream position of the frame's first byte, moves on behind the frame.
+/// `instruction_position`, the stream position of the frame's first byte, is advanced by `length`.
 ///
 /// Operands from 0 to `translation_size` and from minus their position to 0 are translated. They are read
-/// with the frame's last six bytes overwritten by 0xE8, and those six come back as they were: what an operand
-/// has in common with them counts as 0xE8, whatever stands there, and writers rely on it. A frame of six
-/// bytes or fewer stays as it is.
+/// while the frame's last six bytes are overwritten by 0xE8, and those six are restored at the end: the part
+/// of an operand that lies in them is read as 0xE8, whatever the frame holds there, and writers rely on it. A
+/// frame of six bytes or fewer is not changed. Never fails.
 void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t translation_size,
                      std::uint32_t& instruction_position);
 

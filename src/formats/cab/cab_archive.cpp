@@ -9,6 +9,8 @@
 
 namespace harbor6::cab {
 
+using pattern::AcquiredPtr;
+
 Archive::Archive(const harbor6::Format& format, Item& storing_item, unsigned mode)
     : SuperArchive(format, storing_item, mode) {}
 
@@ -24,12 +26,10 @@ void Archive::addContentTo(Folder& target, ContainerAdaptor* adaptor) const {
     content_scan(const_cast<Archive&>(*this), *storage, target, adaptor).run();
 }
 
-using pattern::AcquiredPtr;
-
 content_scan::content_scan(Archive& scanned, stream::input& bytes, Folder& into, ContainerAdaptor* list)
     : archive(scanned), input(bytes), adaptor(list),
-      folders(scanned, into, list,
-              [&scanned](const std::string& name) { return new FolderItem(&scanned, name); }) {}
+      target_folders(scanned, into, list,
+                     [&scanned](const std::string& name) { return new FolderItem(&scanned, name); }) {}
 
 void content_scan::run() {
     header.read(input, true);
@@ -37,7 +37,7 @@ void content_scan::run() {
         throw un::implemented("expansion of segmented CAB archives not supported");
     readFolders();
     for (std::uint32_t i = 0; i < header.file_count; ++i)
-        if (!readFile())
+        if (!addFile())
             return;
     expandFolders();
 }
@@ -53,14 +53,14 @@ void content_scan::readFolders() {
     }
 }
 
-bool content_scan::readFile() {
+bool content_scan::addFile() {
     const auto record = std::make_shared<::format::cab::file_header>();
     record->read(input, true);
     if (record->folder_index >= cabinet_folders.size())
         throw format::exception("invalid folder_index in file_header", "harbor6::cab::Archive::addContentTo");
     AcquiredPtr<Folder> parent;
     const auto stem = nio::stem(record->name, '/');
-    if (!folders.walk(stem, parent))
+    if (!target_folders.walk(stem, parent))
         return false;
     const AcquiredPtr<FileItem> item(new FileItem(&archive, record));
     AcquiredPtr<File> file;

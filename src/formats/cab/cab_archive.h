@@ -10,37 +10,39 @@
 
 namespace harbor6::cab {
 
-/// A cabinet. It keeps no state between calls: every addContentTo reads its storage from the first byte on,
-/// once, strictly forward. The offsets that a cabinet states are not consulted.
+/// A cabinet. It keeps no state between calls: every addContentTo() reads the storage once, from the first
+/// byte to the last block and strictly forward. The offsets that the records state are not used. For one
+/// thread at a time.
 class Archive : public SuperArchive {
 public:
     Archive(const harbor6::Format& format, Item& storing_item, unsigned mode);
-    /// Ends what is still open; what that raises ends there.
+    /// Closes the archive; exceptions of that are dropped.
     ~Archive() override;
 
-    /// Takes the content out into `target` in one pass: reads header and records, asks the client which files
-    /// are wanted, makes those files and their folders, and runs every cabinet folder, wanted or not, from
-    /// its first block to its last through its decoder into them. Each top-level item that is made or found
-    /// goes to `adaptor` too, unless that is null.
+    /// Expands the content into `target` in one pass: reads header and records, asks the client which files
+    /// to expand, creates those files and their folders in `target`, and decodes every cabinet folder from
+    /// its first block to its last into them, even if no file of it is expanded. Each top-level item that is
+    /// created or found is added to `adaptor` too, unless that is null.
     ///
-    /// A cabinet that continues in a next one raises un::implemented, one whose content is refused
-    /// format::exception; failures of streams, decoders and of the target pass through. What was made before
-    /// a failure stays. A client that refuses a new folder ends the pass without a failure.
+    /// Raises un::implemented for a cabinet that continues in a next one and format::exception for unsound or
+    /// unsupported content; failures of streams, decoders and the target pass through. Files and folders
+    /// created before a failure remain. A client that refuses a new folder ends the pass without a failure.
     void addContentTo(Folder& target, ContainerAdaptor* adaptor) const override;
 };
 
-/// Cuts the stream of one cabinet folder into its files.
+/// Cuts the expanded stream of one cabinet folder into its files; see FileSplitter for its states.
 class block_output : public FileSplitter {
 public:
     using block_entry = entry;
 };
 
-/// One pass over a cabinet's bytes, from header to last block. It lives for one call of Archive::addContentTo
-/// and owns none of what it is given.
+/// One pass over a cabinet's bytes, from the header to the last block. It lives for one call of
+/// Archive::addContentTo and owns none of its arguments.
 class content_scan {
 public:
     content_scan(Archive& archive, stream::input& input, Folder& target, ContainerAdaptor* adaptor);
 
+    /// Runs the pass, once per object. What it raises is said at Archive::addContentTo.
     void run();
 
 private:
@@ -50,14 +52,15 @@ private:
     };
 
     void readFolders();
-    /// False ends the whole pass: the client refused a folder.
-    bool readFile();
+    /// Reads a file record, and creates the file with its folders if the client wants it. Returns false if
+    /// the client refused a folder, which ends the pass.
+    bool addFile();
     void expandFolders();
 
     Archive& archive;
     stream::input& input;
     ContainerAdaptor* adaptor;
-    PathWalk folders;
+    PathWalk target_folders;
     ::format::cab::archive_header header;
     std::vector<folder_entry> cabinet_folders;
 };

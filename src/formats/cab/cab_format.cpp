@@ -59,8 +59,8 @@ format::classifier* Format::_newClassifier() {
 
 } // namespace harbor6::cab
 
-/// Registers the cabinet format with the host, which owns it from then on; answers what the host's registry
-/// answered.
+/// Registers the cabinet format with the host's registry, which owns it from then on, and returns the
+/// registry's answer. The one symbol that the plug-in exports.
 extern "C" HARBOR6_API bool loadFormats(harbor6::Classifier& classifier, harbor6::HarborShell* shell) {
     return classifier.addFormat(*new harbor6::cab::Format(shell));
 }

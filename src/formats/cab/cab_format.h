@@ -8,12 +8,12 @@
 
 namespace format {
 
-/// What a recogniser knows of its format.
+/// The constants that describe a format to its recogniser.
 struct record {
     std::uint32_t number;
     std::string_view name;
     std::string_view suffix;
-    char separator; ///< between the parts of a stored path
+    char separator; ///< between the components of a stored path
 };
 
 } // namespace format
@@ -22,17 +22,19 @@ namespace format::cab {
 
 inline constexpr format::record record{35, "cab", ".cab", '\\'};
 
-/// Recognises cabinets. Each confirm_at reads into the same header, so a classifier serves one call at a
-/// time.
+/// Recognises cabinets in the bytes of `sample`, which the host sets and owns. Neither test depends on the
+/// other. Each confirm_at reads into the same header, so a classifier serves one call at a time.
 class classifier : public format::classifier {
 public:
     explicit classifier(std::uint32_t identifier);
     ~classifier() override;
 
-    /// Wants one byte more than the signature.
+    /// 1 if the signature is at `offset` of the sample with at least one more byte behind it, otherwise 0.
     unsigned matches_at(unsigned offset) const override;
-    /// Reads the header without refusing anything, and takes a cabinet that is sound and the first of its
-    /// set; one of another version, too, or one that continues, which expansion refuses with a message.
+    /// Whether a cabinet header with the right signature and checksum is at `offset` of the sample, and the
+    /// cabinet doesn't continue an earlier one. Another version or a next cabinet is accepted, so that
+    /// expansion refuses it with a message. A sample that ends inside the fixed header raises
+    /// stream::exception.
     bool confirm_at(unsigned offset) override;
 
 private:
@@ -43,13 +45,15 @@ private:
 
 namespace harbor6::cab {
 
-/// The Microsoft Cabinet, described to the host: cabinets are expanded, never made.
+/// The Microsoft Cabinet format as the host sees it: it expands archives and creates none.
 class Format : public SuperFormat {
 public:
     explicit Format(HarborShell* shell);
     ~Format() override;
 
+    /// A new archive, counted for the caller, on the cabinet that `file` stores.
     Archive* _newArchiveAtItem(File* file, unsigned mode) override;
+    /// A new recogniser of cabinets, which the caller owns.
     format::classifier* _newClassifier() override;
 };
 

@@ -1,5 +1,7 @@
 #include "formats/cab/checksum.h"
 
+#include "harbor6/groundwork/endian.h"
+
 #include <bit>
 #include <cstring>
 
@@ -10,36 +12,25 @@ namespace {
 constexpr std::uint32_t byte_bits = 8;
 constexpr std::uint32_t word_bits = 32;
 
-// Lanes of 64 bits that don't depend on each other: the compiler makes vector registers of them, and loads
-// bound the loop, not the chain of XORs.
+// Sums of 64 bits that don't depend on each other: the compiler puts them into vector registers, and the loop
+// is bound by loads, not by a chain of XORs.
 constexpr unsigned lanes = 8;
 constexpr unsigned step = lanes * sizeof(std::uint64_t);
 
-std::uint64_t load(const char* bytes) {
-    std::uint64_t word;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-std::uint32_t from_little_endian(std::uint32_t word) {
-    return std::endian::native == std::endian::little ? word : __builtin_bswap32(word);
-}
-
-/// XOR of the words of `bytes`, the last of them filled up with zeros. The order of bytes within a word is
-/// put right once, at the end: XOR doesn't care.
+/// The XOR of the little-endian words of `bytes`, the last one padded with zeros.
 std::uint32_t xor_of_words(const char* bytes, unsigned length) {
     std::uint64_t sums[lanes] = {};
     for (; length >= step; bytes += step, length -= step) {
         for (unsigned i = 0; i < lanes; ++i)
-            sums[i] ^= load(bytes + i * sizeof(std::uint64_t));
+            sums[i] ^= endian::load_le64(bytes + i * sizeof(std::uint64_t));
     }
     char rest[step] = {};
     if (length > 0)
         std::memcpy(rest, bytes, length);
     std::uint64_t sum = 0;
     for (unsigned i = 0; i < lanes; ++i)
-        sum ^= sums[i] ^ load(rest + i * sizeof(std::uint64_t));
-    return from_little_endian(static_cast<std::uint32_t>(sum) ^ static_cast<std::uint32_t>(sum >> word_bits));
+        sum ^= sums[i] ^ endian::load_le64(rest + i * sizeof(std::uint64_t));
+    return static_cast<std::uint32_t>(sum) ^ static_cast<std::uint32_t>(sum >> word_bits);
 }
 
 } // namespace
@@ -55,7 +46,7 @@ void checksum::reset() {
 void checksum::update(const char* bytes, unsigned length) {
     if (!enabled || length == 0)
         return;
-    // A run that begins inside a word is that many bytes late in each of its words.
+    // A run that begins inside a word is shifted by that many bits in each of its words.
     value ^= std::rotl(xor_of_words(bytes, length), static_cast<int>(shift));
     shift = (shift + byte_bits * (length % sizeof value)) % word_bits;
 }

@@ -4,20 +4,21 @@
 
 namespace format::cab {
 
-/// The running checksum of cabinets: the XOR of the little-endian 32-bit words of what passes. The records
-/// that use it read and set the members directly. For one thread at a time.
+/// The running checksum of cabinets: the XOR of the little-endian 32-bit words of all bytes passed to
+/// update(). Records that use it read and set the members directly. It never fails. For one thread at a time.
 class checksum : public algorithm::digest {
 public:
     ~checksum() override;
 
-    /// Back to the start of a word with the value 0, and on.
+    /// Sets `value` and `shift` to 0, and `enabled`.
     void reset() override;
-    /// The same as byte by byte, from any `shift` and any address, at several words a step.
+    /// Adds `length` bytes, with the same result as one by one, for any `shift` and any address.
     void update(const char* bytes, unsigned length) override;
+    /// Adds one byte at `shift`, which moves on to the next.
     void update(char byte) override;
 
-    bool enabled = true;     ///< while false, bytes pass uncounted
-    std::uint32_t shift = 0; ///< where the next byte goes in the word: 0, 8, 16 or 24
+    bool enabled = true;     ///< while false, update() does nothing
+    std::uint32_t shift = 0; ///< bit position of the next byte in the word: 0, 8, 16 or 24
 };
 
 } // namespace format::cab

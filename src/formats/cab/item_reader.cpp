@@ -5,7 +5,8 @@
 #include "formats/cab/constants.h"
 #include "formats/cab/records.h"
 #include "harbor6/groundwork/exception.h"
-#include "harbor6/stream/transform.h"
+#include "harbor6/stream/input.h"
+#include "harbor6/stream/output.h"
 
 namespace format {
 
@@ -54,7 +55,13 @@ std::uint64_t item_reader::copy_stored(stream::input& input, stream::output& out
     stream::copier copier(copy_buffer);
     std::uint64_t total = 0;
     for (std::uint32_t i = 0; i < folder->block_count; ++i) {
-        block.read(input, true);
+        try {
+            block.read(input, true);
+        } catch (const stream::cut_short&) {
+            // No decoder needs the rest of the block, so the bytes that were read are worth keeping.
+            output.write(block.payload.get(), block.received_size());
+            throw;
+        }
         total += copier.process(input, output, block.compressed_size);
     }
     return total;
@@ -63,7 +70,7 @@ std::uint64_t item_reader::copy_stored(stream::input& input, stream::output& out
 std::uint64_t item_reader::expand_deflate(stream::input& input, stream::output& output, data_header& block) {
     if (folder->block_count == 0)
         return 0;
-    algorithm::flate_adaptor::decompressor expanded(input, deflate_extent, true);
+    algorithm::flate_adaptor::decompressor decoder(input, deflate_extent, true);
     std::uint64_t total = 0;
     for (std::uint32_t i = 0; i < folder->block_count; ++i) {
         block.read(input, true);
@@ -71,12 +78,12 @@ std::uint64_t item_reader::expand_deflate(stream::input& input, stream::output& 
         const int second = input.read();
         if (first != deflate_mark_1 || second != deflate_mark_2)
             refuse("invalid deflate block artifact");
-        expanded.start();
-        const auto came = expanded.copy_to(output);
-        expanded.finish(); // raises what went wrong in the decoder, ahead of the size that follows from it
-        if (came != block.uncompressed_size)
+        decoder.start();
+        const auto produced = decoder.copy_to(output);
+        decoder.finish(); // raises the decoder's failure, of which a wrong size is only the consequence
+        if (produced != block.uncompressed_size)
             refuse("Deflate decompression output size mismatch");
-        total += came;
+        total += produced;
     }
     return total;
 }
@@ -86,16 +93,16 @@ std::uint64_t item_reader::expand_lzx(stream::input& input, stream::output& outp
     if (bits < compression::smallest_window || bits > compression::largest_window)
         refuse("invalid LZX compression memory ");
     if (folder->block_count == 0)
-        return 0; // a window costs memory, and any number of empty folders fits a small cabinet
+        return 0; // without a window: a small cabinet may have many empty folders
     algorithm::lzx::decompressor decoder(std::uint32_t{1} << bits);
     std::uint64_t total = 0;
     for (std::uint32_t i = 0; i < folder->block_count; ++i) {
         block.read(input, true);
-        const auto came =
+        const auto produced =
             decoder.process_block(input, output, block.compressed_size, block.uncompressed_size);
-        if (came < 0 || static_cast<std::uint64_t>(came) != block.uncompressed_size)
+        if (produced < 0 || static_cast<std::uint64_t>(produced) != block.uncompressed_size)
             refuse("LZX decompression output size mismatch");
-        total += static_cast<std::uint64_t>(came);
+        total += static_cast<std::uint64_t>(produced);
     }
     return total;
 }

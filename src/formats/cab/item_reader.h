@@ -4,7 +4,7 @@
 
 namespace format {
 
-/// Whatever expands one item of an archive.
+/// Base of the classes that expand one item of an archive.
 class item_reader : public stream::transform {
 public:
     ~item_reader() override;
@@ -17,20 +17,25 @@ namespace format::cab {
 class data_header;
 class folder_header;
 
-/// Expands one cabinet folder into one stream of bytes; it knows nothing of files. Decoders live for one call
-/// of process, so history runs through all blocks of a folder and starts afresh in the next. `output` is
-/// written on the calling thread, and neither finished nor closed.
+/// Expands one cabinet folder into one stream of bytes; files are cut from that stream elsewhere. Decoders
+/// live for one call of process(), so history continues through all blocks of a folder and is empty at the
+/// start of the next. It owns neither the record nor the streams.
 class item_reader : public format::item_reader {
 public:
-    /// `expanded` isn't owned and must outlive the reader.
+    /// `expanded` must outlive the reader and be set before process().
     explicit item_reader(const folder_header* expanded = nullptr);
     ~item_reader() override;
 
     using stream::transform::process;
 
-    /// From `input`, which stands on the folder's first data block, runs as many blocks as the record says,
-    /// and returns the bytes produced. A method that can't be read is refused with format::exception before a
-    /// byte is read; what a block's record, a decoder or `output` raises passes through.
+    /// Expands `folder->block_count` data blocks from `input`, which is positioned on the first, and returns
+    /// the number of bytes produced. `output` is written on the calling thread, and neither finished nor
+    /// closed.
+    ///
+    /// A method that isn't supported raises format::exception before a byte is read, and so does a block that
+    /// doesn't expand to its size; failures of the records, the decoders and the streams pass through. The
+    /// bytes produced before a failure have been written. That includes the bytes of a stored block without a
+    /// checksum that the end of the input cut short.
     std::uint64_t process(stream::input& input, stream::output& output) override;
 
     const folder_header* folder; ///< the folder to expand

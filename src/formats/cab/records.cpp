@@ -11,6 +11,17 @@
 
 namespace format::cab {
 
+namespace {
+
+constexpr unsigned word_size = 4;
+constexpr unsigned byte_bits = 8;
+
+void require(bool sound, const char* refusal) {
+    if (!sound)
+        throw format::exception(refusal, "format::cab::archive_header");
+}
+
+/// Reads a text field of any length, up to a zero byte, which is consumed too, or the end of the stream.
 std::string read_text(stream::input& input) {
     std::string text;
     for (int byte = input.read(); byte > 0; byte = input.read())
@@ -18,21 +29,21 @@ std::string read_text(stream::input& input) {
     return text;
 }
 
+/// Reads a text field that is a file name.
 std::string read_name(stream::input& input) {
     return nio::to_utf8(nio::decode(read_text(input), -1));
-}
-
-namespace {
-
-void require(bool sound, const char* refusal) {
-    if (!sound)
-        throw format::exception(refusal, "format::cab::archive_header");
 }
 
 void read_pair(stream::input& input, optional_field<std::string>& cabinet,
                optional_field<std::string>& disk) {
     cabinet = {read_name(input), true};
     disk = {read_text(input), true};
+}
+
+/// Skips the reserve bytes of a record. With `verify` all of them must be there.
+void skip_reserve(stream::input& fields, std::uint64_t size, bool verify, const char* reporting_class) {
+    if (fields.skip(size) < size && verify)
+        throw format::exception("unexpected end of input stream", reporting_class);
 }
 
 } // namespace
@@ -95,10 +106,11 @@ std::uint32_t archive_header::read(stream::input& input, bool verify) {
     input.mark = input.tell();
     read_fixed_fields(input, verify);
 
-    // What follows isn't covered by the checksum.
+    // The checksum doesn't cover what follows.
     reserve = {};
     if (has_reserve) {
-        stream::little_endian_input inner(input); // which keeps a mark of its own
+        stream::little_endian_input inner(
+            input); // so that reading the sizes sets its mark, not that of `input`
         reserve.present = true;
         reserve.value.read(inner, true);
         inner.skip(reserve.value.header_size);
@@ -118,11 +130,8 @@ std::uint32_t folder_header::read(stream::input& input, bool verify) {
     data_offset = fields.read32();
     block_count = fields.read16();
     compression = fields.read16();
-    if (reserve) {
-        const auto passed = fields.skip(reserve->folder_size);
-        if (verify && passed < reserve->folder_size)
-            throw format::exception("unexpected end of input stream", "format::cab::folder_header");
-    }
+    if (reserve)
+        skip_reserve(fields, reserve->folder_size, verify, "format::cab::folder_header");
     return static_cast<std::uint32_t>(input.tell() - input.mark);
 }
 
@@ -142,18 +151,11 @@ std::uint32_t file_header::read(stream::input& input, bool /*verify*/) {
     time.set_dos(dos_date, dos_time);
     attributes.from_dos_flags(fields.read16());
 
-    // Only once the name is decoded: in some code pages the second byte of a letter is a backslash.
+    // Only after decoding: in some code pages the second byte of a letter is a backslash.
     name = read_name(input);
     std::replace(name.begin(), name.end(), '\\', '/');
     return static_cast<std::uint32_t>(input.tell() - input.mark);
 }
-
-namespace {
-
-constexpr unsigned word_size = 4;
-constexpr unsigned byte_bits = 8;
-
-} // namespace
 
 data_header::~data_header() = default;
 
@@ -162,6 +164,7 @@ bool data_header::is_valid() const {
 }
 
 std::uint32_t data_header::read(stream::input& input, bool verify) {
+    received = 0;
     input.mark = input.tell();
     checksum sum;
     algorithm::digest_input counted(&input, &sum);
@@ -172,15 +175,12 @@ std::uint32_t data_header::read(stream::input& input, bool verify) {
     sum.reset();
     compressed_size = fields.read16();
     uncompressed_size = fields.read16();
-    if (reserve) {
-        const auto passed = fields.skip(reserve->data_size);
-        if (verify && passed < reserve->data_size)
-            throw format::exception("unexpected end of input stream", "format::cab::data_header");
-    }
+    if (reserve)
+        skip_reserve(fields, reserve->data_size, verify, "format::cab::data_header");
 
     const auto length = static_cast<unsigned>(compressed_size);
     const auto tail = length % word_size;
-    read_payload(fields, length - tail);
+    read_words(fields, length - tail);
     computed_checksum = sum.value;
     read_tail(input, tail);
     if (stored_checksum != 0 && stored_checksum != computed_checksum)
@@ -190,22 +190,24 @@ std::uint32_t data_header::read(stream::input& input, bool verify) {
     return static_cast<std::uint32_t>(input.tell() - input.mark);
 }
 
-/// All of the payload but its tail, counted as it comes.
-void data_header::read_payload(stream::input& counted, unsigned length) {
+/// Reads the whole words of the payload through the checksum.
+void data_header::read_words(stream::input& counted, unsigned length) {
     if (!payload || capacity < compressed_size) {
         payload = std::make_unique_for_overwrite<char[]>(compressed_size);
         capacity = compressed_size;
     }
-    const auto came = counted.read(payload.get(), length);
-    std::fill(payload.get() + came, payload.get() + length, '\0');
+    received = counted.read(payload.get(), length);
+    std::fill(payload.get() + received, payload.get() + length, '\0');
 }
 
-/// The last bytes, short of a word, count the other way round: the last one of them is the lowest.
+/// Reads the last bytes, fewer than a word. In the checksum they count in the opposite order: the last one is
+/// the lowest.
 void data_header::read_tail(stream::input& input, unsigned length) {
     char* const bytes = payload.get() + (compressed_size - length);
     for (unsigned i = 0; i < length; ++i) {
         const int byte = input.read();
         bytes[i] = byte < 0 ? '\0' : static_cast<char>(byte);
+        received += byte >= 0;
         computed_checksum ^= std::uint32_t{static_cast<unsigned char>(bytes[i])}
                              << byte_bits * (length - 1 - i);
     }

@@ -13,14 +13,14 @@ namespace stream {
 class input;
 }
 
+/// The records of a cabinet in the order in which a cabinet holds them. A record owns its fields and not the
+/// stream; it is for one thread at a time.
+///
+/// `read(input, verify)` of each reads the record from the current position of `input`, sets `input.mark` to
+/// that position and returns the number of bytes consumed. `verify` turns the record's own tests on; their
+/// failures are format::exception with the texts given at each record. A stream that ends inside an integer
+/// raises stream::exception in either case. After a failure the fields read before it are set.
 namespace format::cab {
-
-/// The bytes up to a zero byte, which is taken too, or up to the end of the stream, which is no failure. A
-/// field may be of any length.
-std::string read_text(stream::input& input);
-
-/// A text field that names a file, in UTF-8.
-std::string read_name(stream::input& input);
 
 /// A field that not every header has.
 template<class T>
@@ -29,34 +29,33 @@ struct optional_field {
     bool present = false; ///< whether it was read
 };
 
-/// How many bytes a cabinet's writer kept for itself in each kind of record.
+/// The sizes of the reserve areas, which cabinet writers use as they like and readers skip.
 class reserved_header : public format::header {
 public:
     ~reserved_header() override;
 
-    /// Without tests; at the end of the stream a missing byte reads as 255.
+    /// Makes no tests. At the end of the stream a missing size byte reads as 255.
     std::uint32_t read(stream::input& input, bool verify) override;
 
-    std::uint64_t header_size = 0; ///< behind the archive header
-    std::uint64_t folder_size = 0; ///< in each folder record
-    std::uint64_t data_size = 0;   ///< in each data block
+    std::uint64_t header_size = 0; ///< bytes behind the archive header
+    std::uint64_t folder_size = 0; ///< bytes in each folder record
+    std::uint64_t data_size = 0;   ///< bytes in each data block
 };
 
-/// The record at the start of a cabinet, with the reserve area and the names behind it. Reading it again into
-/// the same object sets all fixed fields anew; names stay from the last header that had them.
+/// The record at the start of a cabinet, with the reserve area and the names behind it. An object may be read
+/// again: all fixed fields are overwritten, names are kept from the last header that had them.
 class archive_header : public format::header {
 public:
     ~archive_header() override;
 
-    /// The signature fits, and so does the checksum if there is one.
+    /// Whether the signature is right, and the checksum too if there is one.
     bool is_valid() const override;
-    /// With `verify` a header that can't be used raises format::exception: "bad header artifact",
-    /// "unsupported cabinet version", "invalid cabinet index", "archive header CRC error". Without it nothing
-    /// is looked at. A stream that ends inside an integer raises stream::exception; names and reserve bytes
-    /// may end with it.
+    /// With `verify` a header that can't be used raises "bad header artifact", "unsupported cabinet version",
+    /// "invalid cabinet index" or "archive header CRC error", the first that applies. Names and reserve bytes
+    /// may end with the stream.
     std::uint32_t read(stream::input& input, bool verify) override;
 
-    std::uint64_t cabinet_size = 0; ///< as the writer states it, not tested
+    std::uint64_t cabinet_size = 0; ///< as stated by the writer; not tested
     std::uint64_t files_offset = 0; ///< of the first file record; not used
     std::uint32_t folder_count = 0;
     std::uint32_t file_count = 0;
@@ -68,10 +67,10 @@ public:
     std::uint32_t reserved_word_1 = 0;
     std::uint32_t reserved_word_2 = 0;
     optional_field<std::string> previous_cabinet; ///< UTF-8
-    optional_field<std::string> previous_disk;    ///< bytes as they stand in the cabinet
+    optional_field<std::string> previous_disk;    ///< not converted
     optional_field<std::string> next_cabinet;     ///< UTF-8
-    optional_field<std::string> next_disk;        ///< bytes as they stand in the cabinet
-    optional_field<reserved_header> reserve;      ///< all sizes are 0 if it isn't present
+    optional_field<std::string> next_disk;        ///< not converted
+    optional_field<reserved_header> reserve;      ///< all sizes are 0 if it is absent
     std::uint16_t flags = 0;
     std::uint32_t stored_checksum = 0; ///< 0 means none
     std::uint32_t computed_checksum = 0xFFFFFFFF;
@@ -82,35 +81,31 @@ private:
     void read_fixed_fields(stream::input& input, bool verify);
 };
 
-class reserved_header;
-
 /// One compressed stream of a cabinet. The records follow the archive header directly.
 class folder_header : public format::header {
 public:
     ~folder_header() override;
 
-    /// With `verify`, reserve bytes cut short raise format::exception "unexpected end of input stream". A
-    /// stream that ends inside an integer raises stream::exception.
+    /// With `verify`, a stream that ends inside the reserve bytes raises "unexpected end of input stream".
     std::uint32_t read(stream::input& input, bool verify) override;
 
     std::uint64_t data_offset = 0; ///< of the first data block in the cabinet; not used
     std::uint32_t block_count = 0;
     std::uint16_t compression = 0; ///< see format::cab::compression
-    /// The cabinet's reserve sizes; null, or set by whoever made the record, and never owned.
+    /// The cabinet's reserve sizes, not owned; to be set before read(). Null if the cabinet has none.
     const reserved_header* reserve = nullptr;
 };
 
-/// A piece of a cabinet folder's stream. The records follow the last folder record.
+/// A file: a piece of a cabinet folder's stream. The records follow the last folder record.
 class file_header : public format::header {
 public:
     ~file_header() override;
 
-    /// No field is tested: the caller knows which folder indexes there are. The name may end with the stream;
-    /// a stream that ends before it raises stream::exception.
+    /// Makes no tests; the caller knows which folder indexes are valid. The name may end with the stream.
     std::uint32_t read(stream::input& input, bool verify) override;
 
-    std::uint64_t size = 0;          ///< uncompressed
-    std::uint64_t folder_offset = 0; ///< in the uncompressed folder; not used
+    std::uint64_t size = 0;          ///< bytes when expanded
+    std::uint64_t folder_offset = 0; ///< in the folder's expanded stream; not used
     std::uint16_t folder_index = 0;
     bool continued_from_previous = false;
     bool continued_to_next = false;
@@ -120,37 +115,41 @@ public:
     std::string name; ///< UTF-8, with '/' as the only separator
 };
 
-class reserved_header;
-
-/// One data block. A block is tested before a byte of it is expanded: read takes all of it and then hands the
-/// payload back to the stream, so the stream must take back up to 65535 bytes. One object serves all blocks
-/// of a folder and keeps its buffer between them.
+/// One data block. A block is tested before a byte of it is expanded: read() reads all of it and then pushes
+/// the payload back, so the stream must accept a push-back of up to 65535 bytes. One object serves all blocks
+/// of a folder and reuses its buffer.
 class data_header : public format::header {
 public:
     ~data_header() override;
 
     /// Whether the stored checksum equals the computed one.
     bool is_valid() const override;
-    /// Leaves `input` at the payload's first byte and returns the bytes in front of it. The caller takes
-    /// exactly `compressed_size` bytes before the next read. Raises format::crc_exception "CRC mismatch, data
-    /// is invalid", and with `verify` format::exception "unexpected end of input stream" for reserve bytes
-    /// cut short; a stream that ends inside an integer raises stream::exception. A payload cut short is
-    /// filled up with zeros; only a checksum tells.
+    /// Leaves `input` at the payload's first byte and returns the number of bytes before it. The caller must
+    /// consume exactly `compressed_size` bytes before the next read.
+    ///
+    /// A wrong checksum raises format::crc_exception "CRC mismatch, data is invalid", whatever `verify` is.
+    /// With `verify`, a stream that ends inside the reserve bytes raises "unexpected end of input stream". A
+    /// payload that the end of the stream cuts short is padded with zeros, which only a checksum detects
+    /// here; a host's stream may refuse the push-back then with stream::cut_short.
     std::uint32_t read(stream::input& input, bool verify) override;
 
     std::uint64_t compressed_size = 0;   ///< bytes of payload
     std::uint64_t uncompressed_size = 0; ///< bytes that it expands to
-    const reserved_header* reserve =
-        nullptr;                       ///< the cabinet's reserve sizes, null or set from outside, not owned
+    /// The cabinet's reserve sizes, not owned; to be set before read(). Null if the cabinet has none.
+    const reserved_header* reserve = nullptr;
     std::uint32_t stored_checksum = 0; ///< 0 means none
     std::uint32_t computed_checksum = 0xFFFFFFFF;
     std::unique_ptr<char[]> payload; ///< valid until the next read
 
+    /// How many bytes of the payload the stream held at the last read, even if that has failed.
+    unsigned received_size() const { return received; }
+
 private:
-    void read_payload(stream::input& counted, unsigned length);
+    void read_words(stream::input& counted, unsigned length);
     void read_tail(stream::input& input, unsigned length);
 
     std::uint64_t capacity = 0; ///< of `payload`
+    unsigned received = 0;
 };
 
 } // namespace format::cab

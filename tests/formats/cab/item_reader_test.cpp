@@ -46,6 +46,28 @@ TEST(ItemReader, RefusesMethodsBeforeAByteIsRead) {
     }
 }
 
+TEST(ItemReader, KeepsTheBytesOfAStoredBlockThatTheHostsStreamCutsShort) {
+    /// Refuses what it never delivered, as the streams of a host do.
+    struct refusing_input : memory_input {
+        using memory_input::memory_input;
+        void unread(const char* from, unsigned length) override {
+            if (length > tell() - mark - 8)
+                throw stream::cut_short(tell(), "test");
+            memory_input::unread(from, length);
+        }
+    };
+    for (unsigned missing = 0; missing <= 7; ++missing) {
+        folder_header folder;
+        folder.block_count = 2;
+        const auto whole = bytes_of({.payload = "before"}) + bytes_of({.payload = "abcdefg", .checksum = 0});
+        refusing_input input(support::cut(whole, whole.size() - missing));
+        memory_output output;
+        const auto refusal = support::refusal_of([&] { item_reader(&folder).process(input, output); });
+        EXPECT_EQ(refusal.empty(), missing == 0) << missing;
+        EXPECT_EQ(output.bytes, support::cut("beforeabcdefg", 13 - missing));
+    }
+}
+
 TEST(ItemReader, RunsDecodersBlockByBlockAndRefusesWhatDoesntFit) {
     const auto block = [](const std::string& payload, std::uint16_t size) {
         return bytes_of({.payload = payload, .uncompressed_size = size});
@@ -58,27 +80,30 @@ TEST(ItemReader, RunsDecodersBlockByBlockAndRefusesWhatDoesntFit) {
                                 "abc\x00",
                                 20);
     const struct {
+        const char* name;
         std::uint16_t compression;
         std::string data;
         unsigned blocks;
         std::string refusal, expanded;
         unsigned unread = 0;
     } cases[] = {
-        {support::mszip, block(first, 32768) + block(second, 7232), 2, "", text},
-        {support::stored, block("abc", 99) + block("", 0) + block(text, 1), 3, "", "abc" + text},
-        {support::mszip, block("CJxx", 4), 1, reporter + "invalid deflate block artifact", "", 2},
-        {support::mszip, block("C", 1), 1, reporter + "invalid deflate block artifact", ""},
-        {support::mszip, block(first, 32767), 1, reporter + "Deflate decompression output size mismatch",
-         text.substr(0, 32768)},
-        {support::lzx(15), block(raw_frame, 3), 1, "", "abc"},
-        {support::lzx(15), block(std::string(20, '\xFF'), 3), 1,
+        {"two MSZIP blocks", support::mszip, block(first, 32768) + block(second, 7232), 2, "", text},
+        {"stored blocks of any size", support::stored, block("abc", 99) + block("", 0) + block(text, 1), 3,
+         "", "abc" + text},
+        {"no mark", support::mszip, block("CJxx", 4), 1, reporter + "invalid deflate block artifact", "", 2},
+        {"half a mark", support::mszip, block("C", 1), 1, reporter + "invalid deflate block artifact", ""},
+        {"an MSZIP block of another size", support::mszip, block(first, 32767), 1,
+         reporter + "Deflate decompression output size mismatch", text.substr(0, 32768)},
+        {"a raw LZX frame", support::lzx(15), block(raw_frame, 3), 1, "", "abc"},
+        {"an unsound LZX frame", support::lzx(15), block(std::string(20, '\xFF'), 3), 1,
          reporter + "LZX decompression output size mismatch", ""},
-        // Block type 3 in the second block, whose size doesn't fit either: what is wrong is told ahead of
-        // that.
-        {support::mszip, block(first, 32768) + block("CK\x07", 5), 2, "bad deflate block type",
-         text.substr(0, 32768)},
+        // Block type 3 in the second block, whose size doesn't fit either: the decoder's failure is
+        // reported first.
+        {"an unsound MSZIP block", support::mszip, block(first, 32768) + block("CK\x07", 5), 2,
+         "bad deflate block type", text.substr(0, 32768)},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         support::seekable_input input(c.data);
         memory_output output;
         folder_header folder;
@@ -88,6 +113,6 @@ TEST(ItemReader, RunsDecodersBlockByBlockAndRefusesWhatDoesntFit) {
                       [&] { EXPECT_EQ(item_reader(&folder).process(input, output), c.expanded.size()); }),
                   c.refusal);
         EXPECT_EQ(output.bytes, c.expanded);
-        EXPECT_EQ(input.tell(), c.data.size() - c.unread) << c.refusal;
+        EXPECT_EQ(input.tell(), c.data.size() - c.unread);
     }
 }
