@@ -143,13 +143,11 @@ EntryFolder::EntryFolder(std::shared_ptr<WalkState> shared) : WalkEntry(std::mov
 EntryFolder::~EntryFolder() = default;
 
 std::unique_ptr<pattern::Iterator<Item*>> EntryFolder::createIterator() {
-    using Items = std::vector<AcquiredPtr<Item>>;
-    return std::make_unique<STLContainerIterator<Items, Item*, Items::iterator>>(items);
+    return std::make_unique<StdVectorContainer::STLContainerIterator>(items);
 }
 
 std::unique_ptr<pattern::Iterator<const Item*>> EntryFolder::createIterator() const {
-    using Items = const std::vector<AcquiredPtr<Item>>;
-    return std::make_unique<STLContainerIterator<Items, const Item*, Items::const_iterator>>(items);
+    return std::make_unique<StdVectorContainer::STLConstContainerIterator>(items);
 }
 
 Item* EntryFolder::acquireItemFromName(const std::string& wanted) {
