@@ -18,7 +18,7 @@ bool endsWith(const std::string& name, const std::string& suffix) {
            std::equal(suffix.rbegin(), suffix.rend(), name.rbegin(), same);
 }
 
-/// Null where a folder stores the archive.
+/// Null if a folder stores the archive.
 Fork* mainForkOf(Item& storing) {
     File* const file = storing.asFile();
     return file ? file->getMainFork() : nullptr;

@@ -9,22 +9,22 @@ namespace harbor6 {
 class ArchiveWalk;
 class EntryFolder;
 
-/// A folder that lies in an archive's storage, and the owner of that storage. Made unopened on the item that
-/// stores it, of which it holds a reference; its format outlives it.
+/// An archive, which is a folder too. It is made on the item that stores it, to which it holds a reference;
+/// its format must outlive it. Used by one thread at a time.
 ///
-/// A format without an item tree of its own gets one here: while the archive is open, the first walk, count
-/// or lookup runs addContentTo once into entries that are kept until close(). If that fails, the failure
-/// leaves the walk, each time. Walks of a closed archive are empty.
+/// A format that has no item tree of its own gets one here: while the archive is open, the first walk, count
+/// or lookup runs addContentTo once into entries that are kept until close(). What that raises passes
+/// through, and the next walk tries again. A closed archive is empty.
 class HARBOR6_API Archive : public virtual Folder {
 public:
-    /// How an archive is open; combined as bits. 0 is closed.
+    /// How an archive is open, a combination of bits; 0 means closed.
     using Mode = std::uint32_t;
-    static constexpr Mode mode_read = 1;   ///< its content will be taken out
+    static constexpr Mode mode_read = 1;   ///< its content is read
     static constexpr Mode mode_search = 4; ///< items are found by name
-    static constexpr Mode mode_walk = 7;   ///< all that reading can ask for
-    static constexpr Mode mode_create = 8; ///< it is being made
+    static constexpr Mode mode_walk = 7;   ///< everything but creation
+    static constexpr Mode mode_create = 8; ///< a new archive is written
 
-    /// An operation that the open mode or the format's abilities don't allow.
+    /// An operation that the open mode or the format doesn't allow.
     class HARBOR6_API ModeError : public un::exception {
     public:
         explicit ModeError(const std::string& message);
@@ -39,64 +39,67 @@ public:
     std::unique_ptr<pattern::Iterator<const Item*>> createIterator() const override;
     ~Archive() override;
 
-    /// Raises ModeError if the archive is open already, or `mode` asks a format that makes no archives to
-    /// make one.
+    /// Opens the archive. Raises ModeError if it is open already, or if `mode` creates and the format cannot.
+    /// What _open raises passes through and leaves it closed.
     virtual void open(Mode mode);
-    /// Describes the archive in `out`. Raises un::implemented, where a class doesn't do better.
+    /// Writes a description of the archive. Raises un::implemented by default.
     virtual void print(stream::output& out);
-    /// Makes what was put in so far count in the storage; nothing by default.
+    /// Writes what was added so far to the storage; nothing by default.
     virtual void commit();
-    /// Keeps its place in the table; nothing calls it.
+    /// Reserved; never called.
     virtual void archiveHook();
     /// Whether there is storage to read.
     virtual bool verify();
-    /// Tells the archive that is being made what it receives next; null if that is nothing in particular.
+    /// Announces the attributes of what the archive receives next, null if they are not known; nothing by
+    /// default. They are valid during the call only.
     virtual void setArchiveFile(const Attributes* attributes);
-    /// The archive's bytes from `offset` on; empty if there is no storage. The stream takes back what it
-    /// delivered and seeks back into it as far as the host's streams do.
+    /// The archive's bytes from `offset` on; empty if no file with a readable main fork stores it. The stream
+    /// supports unread and seeking back as far as the host's streams do.
     virtual data::CountedInput storageInput(std::uint64_t offset) const;
-    /// These three are streams of the storing file's main fork, empty where it gives none; `shared` and
-    /// `expanding` go to the fork as they are.
+    /// The other streams of the storing file's main fork, with the arguments of the operations of Fork; empty
+    /// likewise.
     virtual data::random::CountedInput storageRandomInput(bool shared) const;
     virtual data::CountedOutput storageOutput(bool expanding);
     virtual data::random::CountedOutput storageRandomOutput(bool expanding);
-    /// Writes an index of the archive into `file`. Raises un::implemented, where a class doesn't do better.
+    /// Writes an index of the archive into `file`. Raises un::implemented by default.
     virtual void createIndex(File& file);
-    /// Bytes of the storage: 0 if there is none, all ones where it cannot tell.
+    /// Size of the storage in bytes: 0 if there is none, all ones if it is unknown.
     virtual std::uint64_t size() const;
-    /// Where the archive ends in its storage, here the same as size().
+    /// Offset at which the archive ends in its storage; here the same as size().
     virtual std::uint64_t end() const;
-    /// Bytes of the storage that nothing in the archive uses; 0 by default.
+    /// Bytes of the storage that the archive doesn't use; 0 by default.
     virtual std::uint64_t waste() const;
 
 protected:
-    /// What opening and closing mean for a format; nothing by default. A failure of _open leaves the archive
-    /// closed, and so does one of _close; both pass through.
+    /// What a format does to open and close; nothing by default. After a failure of either the archive is
+    /// closed.
     virtual void _open(Mode mode);
     virtual void _close();
-    /// The streams behind those operations; this `offset` counts from where the storage begins.
+    /// The implementation of the four stream operations. `offset` counts from the start of the storage.
     virtual data::CountedInput _storageInput(std::uint64_t offset) const;
     virtual data::random::CountedInput _storageRandomInput(bool shared) const;
     virtual data::CountedOutput _storageOutput(bool expanding);
     virtual data::random::CountedOutput _storageRandomOutput(bool expanding);
-    /// Lets the archive begin `bytes` further on in its storage.
+    /// Moves the start of the archive in its storage `bytes` further on.
     virtual void shiftInput(std::uint64_t bytes);
 
 public:
-    /// Bracket a walk that copies items out: before the first, after the last, or when an exception ends it.
+    /// Called around a walk that copies items out: before the first item, then after the last one, or when an
+    /// exception ends the walk. Nothing by default.
     virtual void beginExtraction();
     virtual void endExtraction();
     virtual void abortExtraction();
 
-    /// Ends what open() began, the item tree included; nothing if the archive isn't open.
+    /// Closes the archive and drops its item tree; nothing if it isn't open. What _close raises passes
+    /// through.
     void close();
-    /// 0 while the archive is closed.
+    /// The mode given to open(); 0 while the archive is closed.
     Mode mode() const;
-    /// The file that stores the archive, with a reference for the caller; null if a folder does.
+    /// The file that stores the archive, counted for the caller; null if a folder does.
     File* acquireArchiveFile() const;
     /// Whether a file stores the archive.
     bool hasArchiveFile() const;
-    /// Links the archive around this one, and keeps it alive.
+    /// Keeps the archive that contains this one alive as long as this one.
     void sourceArchive(Archive& outer);
 
     void destroy() override;
@@ -109,15 +112,15 @@ public:
     /// "name" is the storing item's name without the format's suffix.
     bool getString(const std::string& key, std::string& value) const override;
 
-    bool keepFailedTargets = false; ///< a copy that failed leaves what it wrote
+    bool keepFailedTargets = false; ///< a file copied from here stays if the copy fails
 
 protected:
     void populateIndex() const override;
-    /// Raises un::exception if there is none.
+    /// The item that stores the archive. Raises un::exception if there is none.
     Item& storingItem() const;
 
 private:
-    /// The root of the tree; null while there is none to walk.
+    /// The root of the item tree; null while the archive is closed or the tree is being built.
     EntryFolder* walkRoot() const;
 
     const Format& described;
@@ -128,13 +131,13 @@ private:
     mutable std::unique_ptr<ArchiveWalk> walk;
 };
 
-/// The smallest complete archive: plain answers where Archive leaves gaps, so that a format's class overrides
-/// only what it really does.
+/// The base of a format's archive class: a complete archive, of which the class overrides what it supports.
 class HARBOR6_API SuperArchive : public Archive {
 public:
     SuperArchive(const Format& format, Item& storing_item, unsigned mode);
     ~SuperArchive() override;
 
+    /// Writes that the format doesn't implement it.
     void print(stream::output& out) override;
     void archiveHook() override;
     void beginExtraction() override;
@@ -154,7 +157,7 @@ public:
     HarborShell& shell() const override;
 };
 
-/// An entry of an archive, which it must not outlive: all that it answers, it asks the archive.
+/// An entry of an archive. Its format, host and parent are those of the archive, which must outlive it.
 class HARBOR6_API ArchiveItem : public virtual Item {
 public:
     ~ArchiveItem() override;
@@ -165,14 +168,18 @@ public:
     const Format& format() const override;
     Format& format() override;
     HarborShell& shell() const override;
+    /// 0: a class whose entries are compared overrides it.
     std::uint64_t position() override;
+    /// Announces the entry to the archive with setArchiveFile, then calls itemCommitted.
     void commitItem() override;
-    /// The archive itself, whatever folder path the entry has.
+    /// The archive itself, whatever folder the entry is in.
     Folder* acquireParent() override;
+    /// Whether the archive finds the entry by its name, which needs mode_search.
     bool exists() override;
 
     /// The archive to which the entry belongs, not counted.
     virtual Archive* owningArchive() const = 0;
+    /// Called when the entry is committed; nothing by default.
     virtual void itemCommitted();
 };
 

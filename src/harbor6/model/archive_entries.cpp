@@ -4,12 +4,13 @@
 #include "harbor6/stream/random.h"
 
 #include <algorithm>
+#include <type_traits>
 
 namespace harbor6 {
 
 namespace {
 
-/// Reads a run of a walk's bytes.
+/// Reads a range of a walk's bytes.
 class EntryInput : public stream::random::input {
 public:
     EntryInput(std::shared_ptr<const WalkState> shared, std::uint64_t offset, std::uint64_t count)
@@ -25,8 +26,8 @@ public:
         return true;
     }
     std::uint64_t size() const override { return length; }
-    /// Bytes pushed back while the last read came short were never whole: an archive in this entry ends
-    /// early.
+    /// A reader that pushes bytes back after a read that came short has hit the end inside a record: an
+    /// archive in this entry is cut short.
     void unread(const char* bytes, unsigned count) override {
         if (came_short)
             throw stream::cut_short(length, "harbor6::EntryInput");
@@ -35,11 +36,11 @@ public:
 
 protected:
     unsigned _read(char* buffer, unsigned wanted) override {
-        const auto there = static_cast<unsigned>(std::min<std::uint64_t>(wanted, length - next));
-        const auto came = state->bytes.read(start + next, buffer, there);
-        next += came;
-        came_short = came < wanted;
-        return came;
+        const auto available = static_cast<unsigned>(std::min<std::uint64_t>(wanted, length - next));
+        const auto count = state->bytes.read(start + next, buffer, available);
+        next += count;
+        came_short = count < wanted;
+        return count;
     }
     int _read() override {
         char byte;
@@ -55,7 +56,7 @@ private:
     bool came_short = false; ///< the last read wanted more than there was
 };
 
-/// Writes an entry's bytes behind those of the entries before it. One is open at a time.
+/// Appends an entry's bytes to those of the walk. One is open at a time.
 class EntryOutput : public stream::output {
 public:
     EntryOutput(std::shared_ptr<WalkState> shared, std::uint64_t& growing)
@@ -77,30 +78,193 @@ private:
 
 } // namespace
 
-EntryFork::EntryFork(File* file, std::shared_ptr<WalkState> shared)
-    : SimpleFork(file), state(std::move(shared)) {}
+namespace {
+
+// Ids of keys that only the format knows, in the order of their first use in a walk.
+constexpr std::uint16_t first_free_id = 0x2000;
+constexpr std::uint16_t last_free_id = 0x2FFF;
+
+} // namespace
+
+WalkEntry::WalkEntry(std::shared_ptr<WalkState> shared)
+    : state(std::move(shared)), number(++state->entries) {}
+
+WalkEntry::~WalkEntry() = default;
+
+/// The value of that type, null if there is none.
+template<class T>
+const T* WalkEntry::find(const std::string& key) const {
+    const auto id = idFromName(key);
+    if constexpr (std::is_same_v<T, std::string>)
+        if (id == key_id::name)
+            return &name;
+    if constexpr (std::is_same_v<T, any::time>)
+        if (id == key_id::modTime)
+            return modified ? &*modified : nullptr;
+    if (others)
+        for (const auto& [known, value] : *others)
+            if (const auto* const held = known == id ? std::get_if<T>(&value) : nullptr)
+                return held;
+    return nullptr;
+}
+
+template<class T>
+bool WalkEntry::get(const std::string& key, T& value) const {
+    const T* const held = find<T>(key);
+    if (held)
+        value = *held;
+    return held != nullptr;
+}
+
+template<class T>
+bool WalkEntry::keep(const std::string& key, const T& value) {
+    if (!modifiable(key))
+        return false;
+    if (T* const held = const_cast<T*>(find<T>(key))) {
+        *held = value;
+        return true;
+    }
+    auto id = idFromName(key);
+    if constexpr (std::is_same_v<T, any::time>)
+        if (id == key_id::modTime) {
+            modified = value;
+            return true;
+        }
+    if (id == key_id::unknown) {
+        const auto free = first_free_id + index().size();
+        if (free > last_free_id)
+            return false;
+        id = index()[key] = static_cast<std::uint16_t>(free);
+    }
+    if (!others)
+        others = std::make_unique<decltype(others)::element_type>();
+    others->emplace_back(id, value);
+    return true;
+}
+
+bool WalkEntry::modifiable(const std::string& key) {
+    return state->building && (idFromName(key) == key_id::unknown || ArchiveItem::modifiable(key));
+}
+
+bool WalkEntry::hasBoolean(const std::string& key) const {
+    return find<bool>(key) || ArchiveItem::hasBoolean(key);
+}
+
+bool WalkEntry::getBoolean(const std::string& key, bool& value) const {
+    return get(key, value) || ArchiveItem::getBoolean(key, value);
+}
+
+bool WalkEntry::setBoolean(const std::string& key, bool value) {
+    return keep(key, value);
+}
+
+bool WalkEntry::hasString(const std::string& key) const {
+    return find<std::string>(key) != nullptr;
+}
+
+bool WalkEntry::getString(const std::string& key, std::string& value) const {
+    return get(key, value);
+}
+
+bool WalkEntry::setString(const std::string& key, const std::string& value) {
+    return keep(key, value);
+}
+
+bool WalkEntry::hasTime(const std::string& key) const {
+    return find<any::time>(key) != nullptr;
+}
+
+bool WalkEntry::getTime(const std::string& key, any::time& value) const {
+    return get(key, value);
+}
+
+bool WalkEntry::setTime(const std::string& key, const any::time& value) {
+    return keep(key, value);
+}
+
+bool WalkEntry::hasInteger(const std::string& key) const {
+    return find<std::int64_t>(key) || ArchiveItem::hasInteger(key);
+}
+
+bool WalkEntry::getInteger(const std::string& key, std::int64_t& value) const {
+    return get(key, value) || ArchiveItem::getInteger(key, value);
+}
+
+bool WalkEntry::setInteger(const std::string& key, const std::int64_t& value) {
+    return keep(key, value);
+}
+
+namespace {
+
+/// Calls `use` with each class of structure that a value can have, until it returns true.
+template<class Use>
+bool anyStructure(Use use) {
+    return use(io::mac::file_info()) || use(io::mac::extended_file_info()) || use(io::mac::folder_info()) ||
+           use(io::mac::extended_folder_info());
+}
+
+} // namespace
+
+bool WalkEntry::hasStructure(const std::string& key) const {
+    return anyStructure([&](auto kind) { return find<decltype(kind)>(key) != nullptr; });
+}
+
+bool WalkEntry::getStructure(const std::string& key, un::structure& value) const {
+    return anyStructure([&](auto kind) { return get(key, kind) && un::copy_to(value, kind); });
+}
+
+bool WalkEntry::setStructure(const std::string& key, const un::structure& value) {
+    return anyStructure([&](auto kind) {
+        const auto* const given = dynamic_cast<const decltype(kind)*>(&value);
+        return given && keep(key, *given);
+    });
+}
+
+void WalkEntry::cloneAttributes(const Attributes& source, bool withName) {
+    Attributes::cloneAttributes(source, withName);
+}
+
+void WalkEntry::populateIndex() const {
+    auto& keys = index();
+    if (!keys.empty())
+        return;
+    ArchiveItem::populateIndex();
+    keys[key::name] = key_id::name;
+    keys[key::modTime] = key_id::modTime;
+    keys[key::uncompressedSize] = key_id::uncompressedSize;
+    keys[key::fInfo] = key_id::fInfo;
+    keys[key::fXInfo] = key_id::fXInfo;
+    keys[key::dInfo] = key_id::dInfo;
+    keys[key::dXInfo] = key_id::dXInfo;
+}
+
+Attributes::Index* WalkEntry::newIndex() const {
+    return asFolder() ? &state->folder_keys : &state->file_keys;
+}
+
+EntryFork::EntryFork(File* file, const EntryFile& owning) : SimpleFork(file), entry(owning) {}
 
 EntryFork::~EntryFork() = default;
 
 data::CountedInput EntryFork::input(bool /*expanding*/) const {
-    return complete ? data::CountedInput(new EntryInput(state, offset, length)) : data::CountedInput();
+    return complete ? data::CountedInput(new EntryInput(entry.state, offset, length)) : data::CountedInput();
 }
 
 data::random::CountedInput EntryFork::randomInput(bool /*expanding*/, bool /*shared*/) const {
-    return complete ? data::random::CountedInput(new EntryInput(state, offset, length))
+    return complete ? data::random::CountedInput(new EntryInput(entry.state, offset, length))
                     : data::random::CountedInput();
 }
 
 data::CountedOutput EntryFork::output(bool /*expanding*/) {
-    if (!state->building)
+    if (!entry.state->building)
         return {};
-    offset = state->bytes.size();
+    offset = entry.state->bytes.size();
     length = 0;
-    return data::CountedOutput(new EntryOutput(state, length));
+    return data::CountedOutput(new EntryOutput(entry.state, length));
 }
 
 EntryFile::EntryFile(std::shared_ptr<WalkState> shared)
-    : WalkEntry(std::move(shared)), OneForkFile(this, state) {}
+    : WalkEntry(std::move(shared)), OneForkFile(static_cast<File*>(this), *this) {}
 
 EntryFile::~EntryFile() = default;
 
@@ -109,31 +273,14 @@ void EntryFile::itemCommitted() {
 }
 
 bool EntryFile::hasInteger(const std::string& key) const {
-    return idFromName(key) == key_id::uncompressedSize || Item::hasInteger(key);
+    return idFromName(key) == key_id::uncompressedSize || WalkEntry::hasInteger(key);
 }
 
 bool EntryFile::getInteger(const std::string& key, std::int64_t& value) const {
     if (idFromName(key) != key_id::uncompressedSize)
-        return Item::getInteger(key, value);
+        return WalkEntry::getInteger(key, value);
     value = static_cast<std::int64_t>(fork.length);
     return true;
-}
-
-std::optional<any::time> EntryFile::itemTime() const {
-    return modified;
-}
-
-bool EntryFile::setItemTime(const any::time& time) {
-    if (state->building)
-        modified = time;
-    return state->building;
-}
-
-void EntryFile::populateIndex() const {
-    if (filled)
-        return;
-    WalkEntry::populateIndex();
-    index()[key::uncompressedSize] = key_id::uncompressedSize;
 }
 
 using pattern::AcquiredPtr;
@@ -143,13 +290,11 @@ EntryFolder::EntryFolder(std::shared_ptr<WalkState> shared) : WalkEntry(std::mov
 EntryFolder::~EntryFolder() = default;
 
 std::unique_ptr<pattern::Iterator<Item*>> EntryFolder::createIterator() {
-    using Items = std::vector<AcquiredPtr<Item>>;
-    return std::make_unique<STLContainerIterator<Items, Item*, Items::iterator>>(items);
+    return std::make_unique<StdVectorContainer::STLContainerIterator>(items);
 }
 
 std::unique_ptr<pattern::Iterator<const Item*>> EntryFolder::createIterator() const {
-    using Items = const std::vector<AcquiredPtr<Item>>;
-    return std::make_unique<STLContainerIterator<Items, const Item*, Items::const_iterator>>(items);
+    return std::make_unique<StdVectorContainer::STLConstContainerIterator>(items);
 }
 
 Item* EntryFolder::acquireItemFromName(const std::string& wanted) {
@@ -168,8 +313,8 @@ File* EntryFolder::acquireNewFileLike(const Attributes& model, bool /*uniqueName
 Folder* EntryFolder::acquireNewFolderFromName(const std::string& wanted, bool uniqueName) {
     if (wanted.empty())
         return AcquiredPtr<Folder>::sharing(*this).detach();
-    if (const AcquiredPtr<Item> known(acquireItemFromName(wanted)); known && known->asFolder())
-        return AcquiredPtr<Folder>::sharing(*known->asFolder()).detach();
+    if (const AcquiredPtr<Item> existing(acquireItemFromName(wanted)); existing && existing->asFolder())
+        return AcquiredPtr<Folder>::sharing(*existing->asFolder()).detach();
     AcquiredPtr<Folder> made(Folder::acquireNewFolderFromName(wanted, uniqueName));
     subfolders.emplace(wanted, static_cast<EntryFolder*>(made.get()));
     return made.detach();

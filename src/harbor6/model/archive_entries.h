@@ -2,97 +2,127 @@
 
 #include "harbor6/model/archive.h"
 #include "harbor6/model/folder.h"
-#include "harbor6/model/named_item.h"
 #include "harbor6/model/scratch_log.h"
 #include "harbor6/model/single_fork_file.h"
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
+#include <variant>
 #include <vector>
 
 namespace harbor6 {
 
-/// What the entries of one walk share. Entries hold it, so that one that outlives the archive's close() still
-/// has its bytes; the archive it must not outlive.
+/// What the entries of one walk share. Entries hold it, so that the bytes of one that outlives the archive's
+/// close() remain readable; the archive itself must outlive every entry.
 struct WalkState {
     Archive* archive;
-    bool building = true; ///< the pass is running: entries can be made and named
+    bool building = true; ///< the pass is running: entries can be made and changed
     std::uint64_t entries = 0;
-    ScratchLog bytes;
+    ScratchLog bytes = {};
+    Attributes::Index file_keys = {};   ///< of all files of the walk
+    Attributes::Index folder_keys = {}; ///< of all folders
 };
 
-/// What the classes of entries have in common, `Concrete` being one of them: a name that can be given while
-/// the walk is built, and a number in the walk.
-template<class Concrete>
-class WalkEntry : public ArchiveItem, public NamedItem<Concrete> {
+/// An item of the walk. While the walk is built it takes every attribute value that the format's item has,
+/// except those that an item computes; afterwards nothing can be changed. A structure is kept if its class is
+/// one of Value's.
+class WalkEntry : public ArchiveItem {
 public:
+    ~WalkEntry() override;
+
     Archive* owningArchive() const override { return state->archive; }
     std::uint64_t position() override { return number; }
-    bool modifiable(const std::string& key) override { return state->building && Item::modifiable(key); }
+    void destroy() override { delete this; }
+
+    bool modifiable(const std::string& key) override;
+    bool hasBoolean(const std::string& key) const override;
+    bool getBoolean(const std::string& key, bool& value) const override;
+    bool setBoolean(const std::string& key, bool value) override;
+    bool hasString(const std::string& key) const override;
+    bool getString(const std::string& key, std::string& value) const override;
+    bool setString(const std::string& key, const std::string& value) override;
+    bool hasTime(const std::string& key) const override;
+    bool getTime(const std::string& key, any::time& value) const override;
+    bool setTime(const std::string& key, const any::time& value) override;
+    bool hasInteger(const std::string& key) const override;
+    bool getInteger(const std::string& key, std::int64_t& value) const override;
+    bool setInteger(const std::string& key, const std::int64_t& value) override;
+    bool hasStructure(const std::string& key) const override;
+    bool getStructure(const std::string& key, un::structure& value) const override;
+    bool setStructure(const std::string& key, const un::structure& value) override;
+    /// Copies what `source` has and derives nothing from it.
+    void cloneAttributes(const Attributes& source, bool withName) override;
 
 protected:
-    explicit WalkEntry(std::shared_ptr<WalkState> shared)
-        : state(std::move(shared)), number(++state->entries) {}
+    explicit WalkEntry(std::shared_ptr<WalkState> state);
 
-    std::string itemName() const override { return name; }
-    bool setItemName(const std::string& given) override {
-        if (state->building)
-            name = given;
-        return state->building;
-    }
+    void populateIndex() const override;
+    Index* newIndex() const override;
 
     const std::shared_ptr<WalkState> state;
 
 private:
+    using Value =
+        std::variant<bool, std::string, any::time, std::int64_t, io::mac::file_info,
+                     io::mac::extended_file_info, io::mac::folder_info, io::mac::extended_folder_info>;
+
+    template<class T>
+    const T* find(const std::string& key) const;
+    template<class T>
+    bool get(const std::string& key, T& value) const;
+    template<class T>
+    bool keep(const std::string& key, const T& value);
+
+    const std::uint64_t number; ///< in the walk
+    // Most entries have these two and no other value.
     std::string name;
-    const std::uint64_t number;
+    std::optional<any::time> modified;
+    std::unique_ptr<std::vector<std::pair<std::uint16_t, Value>>> others; ///< by id
 };
 
-/// The fork of an entry: a run of the walk's bytes. It has no input until all of them have come, and takes
-/// them only while the walk is built.
+class EntryFile;
+
+/// The fork of an entry: a range of the walk's bytes. It has an input once all of them are there, and an
+/// output only while the walk is built.
 class EntryFork : public SimpleFork {
 public:
-    EntryFork(File* file, std::shared_ptr<WalkState> state);
+    EntryFork(File* file, const EntryFile& entry);
     ~EntryFork() override;
 
     data::CountedInput input(bool expanding) const override;
     data::random::CountedInput randomInput(bool expanding, bool shared) const override;
     data::CountedOutput output(bool expanding) override;
 
-    bool complete = false; ///< all bytes have come
+    bool complete = false; ///< all bytes are there
     std::uint64_t length = 0;
 
 private:
-    const std::shared_ptr<WalkState> state;
+    const EntryFile& entry;
     std::uint64_t offset = 0; ///< of the first byte in the walk's bytes
 };
 
-/// A file of an archive. One whose bytes never came has no input.
-class EntryFile : public WalkEntry<EntryFile>, public OneForkFile<EntryFork> {
+/// A file of an archive. If the pass didn't commit it, it has no input.
+class EntryFile : public WalkEntry, public OneForkFile<EntryFork> {
 public:
     explicit EntryFile(std::shared_ptr<WalkState> state);
     ~EntryFile() override;
 
     void itemCommitted() override;
     bool hasInteger(const std::string& key) const override;
-    /// "uncompressedSize" too.
+    /// Computes "uncompressedSize" from the bytes.
     bool getInteger(const std::string& key, std::int64_t& value) const override;
 
-protected:
-    std::optional<any::time> itemTime() const override;
-    bool setItemTime(const any::time& time) override;
-    void populateIndex() const override;
-
 private:
-    std::optional<any::time> modified;
+    friend class EntryFork;
 };
 
 /// A folder of an archive, or the root of its tree.
-class EntryFolder : public WalkEntry<EntryFolder>, public Folder {
+class EntryFolder : public WalkEntry, public Folder {
 public:
-    /// Whoever walks the tree goes down it step by step; a few bytes of an archive can state any number of
-    /// steps.
+    /// Limits the recursion of those who walk the tree: a few bytes of an archive can describe any depth.
     static constexpr unsigned greatest_depth = 512;
 
     explicit EntryFolder(std::shared_ptr<WalkState> state);
@@ -100,18 +130,19 @@ public:
 
     std::unique_ptr<pattern::Iterator<Item*>> createIterator() override;
     std::unique_ptr<pattern::Iterator<const Item*>> createIterator() const override;
-    /// While the tree is built, finds folders alone: archives may hold two files of one name, or a file named
-    /// as a folder, and every one of them is an entry.
+    /// While the tree is built, finds folders only: an archive may contain two files of one name, or a file
+    /// with the name of a folder, and each of them is an entry.
     Item* acquireItemFromName(const std::string& name) override;
     File* acquireNewFileLike(const Attributes& model, bool uniqueName) override;
-    /// The folder of that name that is there already, else a new one; this one for an empty name.
+    /// The existing folder of that name, or a new one; this folder for an empty name.
     Folder* acquireNewFolderFromName(const std::string& name, bool uniqueName) override;
     File* _newFile() override;
+    /// Raises un::exception beyond greatest_depth.
     Folder* _newFolder() override;
 
 private:
-    unsigned depth = 0; ///< folders above it
-    std::vector<pattern::AcquiredPtr<Item>> items;
+    unsigned depth = 0; ///< number of folders above it
+    ItemVector items;
     std::map<std::string, EntryFolder*> subfolders;
 };
 

@@ -6,7 +6,7 @@ namespace harbor6 {
 
 ArchiveWalk::ArchiveWalk(Archive& walked)
     : archive(walked), own_shell(walked.shell().getClassifier(), client),
-      state(std::make_shared<WalkState>(WalkState{&walked, true, 0, {}})), tree(new EntryFolder(state)) {}
+      state(std::make_shared<WalkState>(WalkState{.archive = &walked})), tree(new EntryFolder(state)) {}
 
 ArchiveWalk::~ArchiveWalk() = default;
 

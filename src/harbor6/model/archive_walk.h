@@ -6,23 +6,23 @@
 
 namespace harbor6 {
 
-/// The item tree of one archive that keeps none, while it is open: the archive's content pass runs once into
-/// folders and files that live in memory, and those are the archive's entries from then on.
+/// The item tree of an open archive whose format has none: the archive's content pass runs once into folders
+/// and files in memory, which are the archive's entries from then on. Owned by the archive.
 class ArchiveWalk {
 public:
     explicit ArchiveWalk(Archive& archive);
     ~ArchiveWalk();
 
-    /// Runs the archive's content pass. What it raises passes through, and the walk is of no use then.
+    /// Runs the archive's content pass. What it raises passes through, and the walk is unusable then.
     void build();
     EntryFolder& root() const;
-    /// While the pass runs, it asks this shell, which wants everything, in place of the host's; null
-    /// otherwise.
+    /// The shell that the pass uses in place of the host's while it runs, whose client accepts everything;
+    /// null otherwise.
     HarborShell* shell();
 
 private:
     Archive& archive;
-    ClientInterface client; ///< wants everything
+    ClientInterface client; ///< accepts everything
     HarborShell own_shell;
     std::shared_ptr<WalkState> state;
     pattern::AcquiredPtr<EntryFolder> tree;

@@ -12,8 +12,9 @@ namespace harbor6 {
 class ContainerAdaptor;
 class Folder;
 
-/// Whatever holds items in an order. This one is empty; a class that holds something overrides
-/// createIterator, from which the other operations follow.
+/// Contains items in an order. This one is empty; a class that contains some overrides createIterator, on
+/// which the other operations are built. Used by one thread at a time. What createIterator and its iterator
+/// raise passes through every operation.
 class HARBOR6_API Container : public pattern::Traversable<Item*>,
                               public pattern::TraversableConst<const Item*> {
 public:
@@ -21,21 +22,24 @@ public:
     Container(const Container&) = delete;
     Container& operator=(const Container&) = delete;
 
+    /// A walk over the items, whose current() carries a reference; never null.
     std::unique_ptr<pattern::Iterator<Item*>> createIterator() override;
     std::unique_ptr<pattern::Iterator<const Item*>> createIterator() const override;
     ~Container() override;
-    /// Copies the content into `target`; each new top-level item goes to `added` too, unless that is null.
+    /// Copies the content into `target`. Each new top-level item is added to `added` too, unless that is
+    /// null.
     virtual void addContentTo(Folder& target, ContainerAdaptor* added) const;
-    /// Erases every item in order; an exception leaves the rest.
+    /// Erases every item in order. What the erase of an item raises ends the walk and leaves the rest.
     virtual void eraseContent();
+    /// Sets `count` to the number of items directly in here, whatever `deep` is; false if it is unknown.
     virtual bool getNumItems(std::int64_t& count, bool deep) const;
-    /// Whether there is more than one item.
+    /// Sets `plural` to whether there is more than one item; false if that is unknown.
     virtual bool hasPluralContent(bool& plural, bool deep) const;
-    /// The first item with a reference for the caller, null if there is none.
+    /// The first item with a reference for the caller; null if there is none.
     virtual const Item* acquireFirstItem() const;
 };
 
-/// A counted list of items, in which operations hand back what they made.
+/// A counted list of items, in which operations return what they made. It keeps its items alive.
 class HARBOR6_API ContainerAdaptor : public pattern::RefCounted, public Container {
 public:
     ~ContainerAdaptor() override;
@@ -45,38 +49,35 @@ public:
     virtual void containerAdd(Item& item) = 0;
 };
 
-/// A walk over a standard container; adding to the container ends it.
-template<class Sequence, class T, class Position>
-class STLContainerIterator : public pattern::Iterator<T> {
-public:
-    explicit STLContainerIterator(Sequence& walked) : items(&walked), position(walked.begin()) {}
-
-    void first() override { position = items->begin(); }
-    void next() override {
-        if (!isDone())
-            ++position;
-    }
-    bool isDone() const override { return position == items->end(); }
-    T current() override { return isDone() ? nullptr : position->acquire(); }
-
-private:
-    Sequence* items;
-    Position position;
-};
-
-/// Works on a standard container of AcquiredPtr<Item>, which it doesn't own.
-template<class Sequence>
+/// The list over a standard container of AcquiredPtr<Item>, which it doesn't own. Iterators end with the next
+/// containerAdd.
+template<class Sequence, class Position = typename Sequence::iterator,
+         class ConstPosition = typename Sequence::const_iterator>
 class STLContainerAdaptor : public ContainerAdaptor {
 public:
-    explicit STLContainerAdaptor(Sequence* worked_on) : items(worked_on) {}
+    class STLContainerIterator : public pattern::STLContainerIterator<Sequence, Item*, Position> {
+    public:
+        using pattern::STLContainerIterator<Sequence, Item*, Position>::STLContainerIterator;
+
+        Item* current() override { return this->isDone() ? nullptr : this->position->acquire(); }
+    };
+    class STLConstContainerIterator
+        : public pattern::STLContainerIterator<const Sequence, const Item*, ConstPosition> {
+    public:
+        using pattern::STLContainerIterator<const Sequence, const Item*, ConstPosition>::STLContainerIterator;
+
+        const Item* current() override { return this->isDone() ? nullptr : this->position->acquire(); }
+    };
+
+    explicit STLContainerAdaptor(Sequence* adapted) : items(adapted) {}
 
     std::unique_ptr<pattern::Iterator<Item*>> createIterator() override {
-        return std::make_unique<STLContainerIterator<Sequence, Item*, typename Sequence::iterator>>(*items);
+        return std::make_unique<STLContainerIterator>(*items);
     }
     std::unique_ptr<pattern::Iterator<const Item*>> createIterator() const override {
-        return std::make_unique<
-            STLContainerIterator<const Sequence, const Item*, typename Sequence::const_iterator>>(*items);
+        return std::make_unique<STLConstContainerIterator>(*items);
     }
+    /// The list keeps its entries.
     void eraseContent() override {
         for (auto& item : *items)
             item->erase();
@@ -98,13 +99,16 @@ private:
     Sequence* items;
 };
 
-class HARBOR6_API StdVectorContainer : public STLContainerAdaptor<std::vector<pattern::AcquiredPtr<Item>>> {
+using ItemVector = std::vector<pattern::AcquiredPtr<Item>>;
+
+/// The list that owns its container; empty at first.
+class HARBOR6_API StdVectorContainer : public STLContainerAdaptor<ItemVector> {
 public:
     StdVectorContainer();
     ~StdVectorContainer() override;
 
 private:
-    std::vector<pattern::AcquiredPtr<Item>> held;
+    ItemVector held;
 };
 
 } // namespace harbor6

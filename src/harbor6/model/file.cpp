@@ -168,7 +168,7 @@ void File::adoptForks(const File& source) {
 }
 
 void File::commitFork(const Fork& fork) {
-    const auto in = fork.input(true);
+    auto in = fork.input(true);
     if (!in)
         throw un::implemented("gz::FileItem::commitFile: can't get input stream");
     Fork* const own = getFork(fork.id);
@@ -210,7 +210,7 @@ Archive* File::acquireArchive(bool follow, std::uint32_t a, std::uint32_t b) {
             return inner.detach();
         }
     } catch (const un::exception&) {
-        // Nothing to find further in: the wrapper itself is the answer.
+        // No archive further in: the wrapper itself is the result.
     } catch (...) {
         found->close();
         throw;

@@ -7,41 +7,41 @@
 
 namespace harbor6 {
 
-/// Cuts one stream into the files that lie in it back to back, as archives with solid compression keep them.
-/// Whoever makes it appends to `entries`, calls start() and writes; one thread at a time. Each target is
-/// opened when its bytes begin, closed and committed when it has them all; the bytes of an entry without a
-/// target are discarded, and so are those behind the last entry. What a target raises passes through.
+/// Splits a stream into the files that it contains back to back, as in archives with solid compression. The
+/// owner appends to `entries`, calls start() and writes, on one thread at a time. Each target is opened when
+/// its bytes begin, and closed and committed when it has all of them. Bytes of an entry without a target are
+/// discarded, and so are bytes after the last entry. What a target raises passes through.
 ///
 ///              current      stream attached
 ///   collecting none         none
 ///   writing    an entry     the target's output, or the sink
 ///   exhausted  at the end   none: next() left the last entry
-///   finished   at the end   none: finish() ended the pass, committing the entry it stood on
+///   finished   at the end   none: finish() ended the pass, committing the current entry
 class HARBOR6_API FileSplitter : public stream::multi_output {
 public:
     struct entry {
-        std::uint64_t size = 0;            ///< bytes of the file
-        pattern::AcquiredPtr<File> target; ///< null if nobody wants it
+        std::uint64_t size = 0;            ///< of the file, in bytes
+        pattern::AcquiredPtr<File> target; ///< null if the file is not wanted
     };
 
     FileSplitter();
-    /// Calls finish() and drops what it raises. A file that a failure left half written is committed with the
-    /// bytes it has.
+    /// Calls finish() and ignores what it raises: a file that a failure left half written is committed with
+    /// the bytes it has.
     ~FileSplitter() override;
 
     using stream::multi_output::write;
 
-    /// Opens the first target.
+    /// Opens the first target. Once, before the first write.
     void start() override;
     /// Commits the current entry, if any; a second call does nothing.
     void finish() override;
     /// Commits the current entry and opens the next.
     void next() override;
-    /// Goes on from a file that has all its bytes over the empty ones behind it. To be called when the stream
-    /// has ended without a failure: no write follows that would do it.
+    /// Commits a current file that is complete and the empty files after it, except the last of them. To be
+    /// called when the stream has ended without a failure, since no write follows that would do it.
     void passEmptyFiles();
 
-    std::vector<entry> entries; ///< in the order of the stream
+    std::vector<entry> entries; ///< in the order of the stream; not to be changed after start()
 
 private:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);

@@ -2,8 +2,8 @@
 
 #include "harbor6/model/archive.h"
 
-// What is common to all folders, and what is in them. Bringing items in is folder_items.cpp, copying and
-// expanding folder_copying.cpp.
+// What is common to all folders, and queries of their content. folder_items.cpp makes and moves items,
+// folder_copying.cpp copies and expands them.
 
 namespace harbor6 {
 
@@ -86,14 +86,14 @@ bool Folder::flagInside(const char* key, bool (Folder::*inside)(bool&, bool) con
 }
 
 bool Folder::getUncompressedSize(std::int64_t& size, bool deep) const {
-    return sumInside(key::uncompressedSize, size, deep);
+    return sizeInside(key::uncompressedSize, size, deep);
 }
 
 bool Folder::getCompressedSize(std::int64_t& size, bool deep) const {
-    return sumInside(key::compressedSize, size, deep);
+    return sizeInside(key::compressedSize, size, deep);
 }
 
-bool Folder::sumInside(const char* key, std::int64_t& size, bool deep) const {
+bool Folder::sizeInside(const char* key, std::int64_t& size, bool deep) const {
     if (!deep)
         return false;
     bool known = true;

@@ -6,7 +6,7 @@
 #include "harbor6/shell/client_interface.h"
 #include "harbor6/shell/harbor_shell.h"
 
-// Copying items from anywhere into a folder, and expanding the archives among them.
+// Copying items from any source into a folder, and expanding the archives among them.
 
 namespace harbor6 {
 
@@ -16,7 +16,7 @@ namespace {
 
 constexpr char wrapper_name[] = ".__&&temp_folder&&__";
 
-/// Tells an archive that no file stores what comes next: the source, its only item, or nothing in particular.
+/// Tells an archive that isn't stored in a file what it receives next: the source, its only item, or null.
 void announce(Archive& archive, const Container& source) {
     const auto* const described = dynamic_cast<const Attributes*>(&source);
     bool plural = true;
@@ -88,7 +88,7 @@ void Folder::_addContent(const Container& source, ContainerAdaptor* added) {
             try {
                 walked->abortExtraction();
             } catch (...) {
-                // The failure that ended the walk is the one to tell.
+                // The failure that ended the walk is the one to report.
             }
         }
         throw;
@@ -141,8 +141,8 @@ Item* Folder::acquireExpandedFile(const File& file, bool uniqueName) {
     return copy.detach();
 }
 
-/// The first attempt: on the source itself. A null result means a plain copy, after which `expand` says
-/// whether the copy is to be tried too.
+/// The first attempt, on the source itself. If it returns null the file is copied, and `expand` tells whether
+/// to try the copy then.
 AcquiredPtr<Item> Folder::expandInPlace(const File& source, bool uniqueName, bool& expand) {
     auto& file = const_cast<File&>(source);
     try {
@@ -166,7 +166,7 @@ AcquiredPtr<Item> Folder::expandInPlace(const File& source, bool uniqueName, boo
             }
         }
     } catch (const un::implemented&) {
-        // The archive can't be read where it lies: its copy may.
+        // The archive can't be read in place; its copy may be readable.
     } catch (const Archive::ModeError&) {
     } catch (const fs::Exception&) {
         throw;
@@ -176,8 +176,8 @@ AcquiredPtr<Item> Folder::expandInPlace(const File& source, bool uniqueName, boo
     return {};
 }
 
-/// The second attempt: on the copy that was made, which goes when its content has come out. Null leaves the
-/// copy.
+/// The second attempt, on the copy, which is erased once it has been expanded. If it returns null the copy
+/// stays.
 AcquiredPtr<Item> Folder::expandCopy(const File& original, File* copy, bool uniqueName) {
     if (!copy)
         throw un::exception("attempt to derefernce 0", "un");
@@ -195,22 +195,22 @@ AcquiredPtr<Item> Folder::expandCopy(const File& original, File* copy, bool uniq
     return result;
 }
 
-/// Brings the content of an archive here. On every way out the archive is closed and the client told.
-AcquiredPtr<Item> Folder::expandArchive(Archive& found, bool uniqueName) {
-    if (found.mode() == 0)
-        found.open(Archive::mode_read);
+/// Copies the content of an archive into this folder. The archive is closed and the client told in any case.
+AcquiredPtr<Item> Folder::expandArchive(Archive& archive, bool uniqueName) {
+    if (archive.mode() == 0)
+        archive.open(Archive::mode_read);
     auto& client = shell().client();
     AcquiredPtr<Item> result;
     try {
-        result = acquireAddedItem(found, uniqueName);
+        result = acquireAddedItem(archive, uniqueName);
     } catch (...) {
-        found.close();
-        client.sourceArchiveFailed(found, std::current_exception());
-        client.sourceArchiveDone(found);
+        archive.close();
+        client.sourceArchiveFailed(archive, std::current_exception());
+        client.sourceArchiveDone(archive);
         throw;
     }
-    found.close();
-    client.sourceArchiveDone(found);
+    archive.close();
+    client.sourceArchiveDone(archive);
     return result;
 }
 
@@ -223,7 +223,7 @@ void Folder::promoteOnlyItem(AcquiredPtr<Item>& result) {
     try {
         if (!AcquiredPtr<const Item>(folder->acquireFirstItem()))
             return;
-        // The item may bear the wrapper's name: the wrapper makes room first.
+        // The item may have the wrapper's name: the wrapper is renamed first.
         folder->setString(key::name, wrapper_name);
         const AcquiredPtr<const Item> only(folder->acquireFirstItem());
         AcquiredPtr<Item> adopted(acquireAdoptedItem(const_cast<Item&>(*only)));
@@ -233,7 +233,7 @@ void Folder::promoteOnlyItem(AcquiredPtr<Item>& result) {
             return;
         }
     } catch (...) {
-        // The wrapper gets its name back and stays.
+        // The wrapper stays, under its old name.
     }
     try {
         folder->setString(key::name, name);
@@ -242,7 +242,7 @@ void Folder::promoteOnlyItem(AcquiredPtr<Item>& result) {
     }
 }
 
-/// Where a scratch file may stand: this folder, or, inside archives, beside the outermost archive's file.
+/// The folder for a scratch file: this one, or, inside archives, the one that contains the outermost archive.
 AcquiredPtr<Folder> Folder::scratchFolder() {
     AcquiredPtr<File> outermost;
     for (Archive* around = archive(); around; around = outermost ? outermost->archive() : nullptr)

@@ -7,7 +7,7 @@
 
 #include <deque>
 
-// Making new items and moving existing ones in.
+// Making new items in a folder, and moving existing ones into it.
 
 namespace harbor6 {
 
@@ -111,18 +111,18 @@ File* Folder::acquireNewFileLike(const Attributes& model, bool uniqueName) {
 }
 
 bool Folder::settleFolderName(const Item& asker, const Attributes& model, std::string& name,
-                              AcquiredPtr<Folder>& target, AcquiredPtr<Folder>& standing) {
-    AcquiredPtr<Item> existing(target->acquireItemFromName(name));
-    if (!existing)
+                              AcquiredPtr<Folder>& target, AcquiredPtr<Folder>& existing) {
+    AcquiredPtr<Item> found(target->acquireItemFromName(name));
+    if (!found)
         return true;
-    const bool folders = existing->asFolder() != nullptr;
-    if (!asker.shell().client().targetNameConflict(name, *existing, folders, model, &target) || !target)
+    const bool folders = found->asFolder() != nullptr;
+    if (!asker.shell().client().targetNameConflict(name, *found, folders, model, &target) || !target)
         return false;
-    existing = target->acquireItemFromName(name);
-    if (existing && !existing->asFolder())
+    found = target->acquireItemFromName(name);
+    if (found && !found->asFolder())
         throw un::exception("targetNameConflict failed to resolve conflict", "un");
-    if (existing)
-        standing = AcquiredPtr<Folder>::sharing(*existing->asFolder());
+    if (found)
+        existing = AcquiredPtr<Folder>::sharing(*found->asFolder());
     return true;
 }
 

@@ -5,20 +5,20 @@
 
 namespace harbor6 {
 
-InfiniteItem::InfiniteItem(HarborShell& shell) : held_format(&shell) {}
+InfiniteItem::InfiniteItem(HarborShell& shell) : own_format(&shell) {}
 
 InfiniteItem::~InfiniteItem() = default;
 
 const Format& InfiniteItem::format() const {
-    return held_format;
+    return own_format;
 }
 
 Format& InfiniteItem::format() {
-    return held_format;
+    return own_format;
 }
 
 HarborShell& InfiniteItem::shell() const {
-    return *held_format.shell;
+    return *own_format.shell;
 }
 
 bool InfiniteItem::isCreated() {
@@ -106,7 +106,7 @@ Fork* InfiniteFile::getFork(unsigned id) {
 
 void InfiniteFile::commitFork(const Fork& source) {
     const pattern::AcquiredPtr<Transform> transform(&source.acquireExpansionTransform());
-    const auto out = fork.output(true);
+    auto out = fork.output(true);
     transform->setOutput(out);
     transform->run();
     transform->finishRun();

@@ -6,7 +6,7 @@
 
 namespace harbor6 {
 
-/// Takes everything and keeps nothing but a name.
+/// Accepts every value and keeps only a name, which cloneAttributes sets. `shell` must outlive it.
 class HARBOR6_API InfiniteItem : public virtual Item {
 public:
     explicit InfiniteItem(HarborShell& shell);
@@ -28,18 +28,18 @@ public:
     bool getInteger(const std::string& key, std::int64_t& value) const override;
     bool setInteger(const std::string& key, const std::int64_t& value) override;
     bool setStructure(const std::string& key, const un::structure& value) override;
-    /// Takes the name, if asked to, and nothing else.
+    /// Takes the name if `withName`, and nothing else.
     void cloneAttributes(const Attributes& source, bool withName) override;
 
 protected:
     bool cloneStructure(const std::string& key, const Attributes& source) override;
 
 private:
-    Format held_format;
+    Format own_format;
     std::string name;
 };
 
-/// A fork that takes whatever is written.
+/// A fork that discards what is written.
 class HARBOR6_API InfiniteFork : public Fork {
 public:
     ~InfiniteFork() override;
@@ -47,10 +47,10 @@ public:
     data::CountedOutput output(bool expanding) override;
 };
 
-/// A file that takes a copy and keeps nothing, with which a file is tested. It lives for one copy.
+/// The target of a test: a file that takes a copy and discards it. It lives for one copy.
 class HARBOR6_API InfiniteFile : public virtual InfiniteItem, public File {
 public:
-    /// `parent`, which may be null, is not counted.
+    /// `parent` is what acquireParent returns; it may be null and is not counted here.
     InfiniteFile(HarborShell& shell, Folder* parent);
     ~InfiniteFile() override;
 
@@ -59,10 +59,10 @@ public:
 
     void adopt(File* other) override;
     Fork* getMainFork() override;
-    /// Whatever fork is asked for.
+    /// The one fork, under any number.
     Fork* getFork(unsigned id) override;
     using File::getFork;
-    /// Runs the source's expansion into nothing.
+    /// Runs the source's expansion into the sink.
     void commitFork(const Fork& source) override;
     Folder* acquireParent() override;
     void destroy() override;

@@ -109,7 +109,7 @@ void Item::release() {
             if (isCreated())
                 erase();
         } catch (...) {
-            // The reference goes back all the same.
+            // The reference is returned all the same.
         }
     }
     RefCounted::release();

@@ -7,8 +7,9 @@
 
 namespace harbor6 {
 
-/// Mixed into `Concrete`, a class of items that are made with new: it answers "name", and "modTime" for a
-/// file, by the operations below, and gives all items of the class one index, which the first of them fills.
+/// Mixed into `Concrete`, a class of items made with new, beside its other bases: supplies destroy() and the
+/// attributes "name" and, for files, "modTime" by the four operations below. All items of the class share one
+/// index, which the first of them fills.
 template<class Concrete>
 class NamedItem : public virtual Item {
 public:
@@ -42,13 +43,14 @@ public:
 
 protected:
     virtual std::string itemName() const = 0;
-    /// The setters say whether the value was taken.
+    /// The setters return whether the value was taken; by default it is not.
     virtual bool setItemName(const std::string& /*name*/) { return false; }
-    /// Nothing if no time is known.
+    /// Empty if the item has no time.
     virtual std::optional<any::time> itemTime() const { return std::nullopt; }
     virtual bool setItemTime(const any::time& /*time*/) { return false; }
 
     void populateIndex() const override {
+        static bool filled = false;
         if (std::exchange(filled, true))
             return;
         Item::populateIndex();
@@ -56,12 +58,10 @@ protected:
         if (asFile())
             index()[key::modTime] = key_id::modTime;
     }
-    Index* newIndex() const override { return &keys; }
-
-    static inline bool filled = false; ///< the index has its keys
-
-private:
-    static inline Index keys;
+    Index* newIndex() const override {
+        static Index keys;
+        return &keys;
+    }
 };
 
 } // namespace harbor6

@@ -95,10 +95,10 @@ bool PathWalk::walk(const std::string& path, AcquiredPtr<Folder>& parent) {
     return true;
 }
 
-/// Finds or makes the top-level folder for `token`. False if the client gave it up.
+/// Finds or makes the top-level folder for `token`. False if the client declined in a name clash.
 bool PathWalk::topFolder(const std::string& token, AcquiredPtr<Folder>& parent, AcquiredPtr<Folder>& folder) {
-    if (const auto known = folders.find(token); known != folders.end()) {
-        folder = known->second;
+    if (const auto found = folders.find(token); found != folders.end()) {
+        folder = found->second;
         return true;
     }
     std::string name = token;

@@ -12,15 +12,15 @@ namespace harbor6 {
 
 class Archive;
 
-/// A path in normal form, cut into its components. Components of one or two dots vanish without climbing, so
-/// that a path cannot lead above where it starts; doubled and trailing separators vanish, a leading one
-/// stays. Names that begin with dots, or are three dots or more, stay whole. A text of n separators has n + 1
-/// components, an empty one has none.
+/// The components of a normalised path. Normalising drops components of one or two dots without going up, so
+/// that a path cannot lead above its start, and drops repeated and trailing separators; a leading one stays.
+/// Names that begin with dots, or are three dots or more, are kept. A normalised path with n separators has
+/// n + 1 components, an empty one has none.
 class HARBOR6_API split_path {
 public:
     split_path(std::string_view path, char separator);
 
-    /// Gives the components as text, in order.
+    /// Iterates over the components; the path must outlive it.
     class iterator {
     public:
         iterator(const split_path& path, std::size_t index);
@@ -40,23 +40,23 @@ public:
 private:
     std::string normal;
     char separator;
-    std::vector<std::size_t> offsets; ///< where the components begin
+    std::vector<std::size_t> offsets; ///< of the components in `normal`
 };
 
-/// The folders of the paths that one pass over an archive meets: each is found in the target or made there,
-/// and the archive's client is asked once for a top-level one. It lives for one pass and owns nothing it is
-/// given.
+/// Finds or makes the target folders for the paths of one pass over an archive. The archive's client is asked
+/// once for each top-level folder. It lives for one pass and owns none of its arguments.
 class HARBOR6_API PathWalk {
 public:
-    /// The item, counted, that shows the client a top-level folder of that name.
+    /// Returns a counted item that represents a top-level folder of that name to the client.
     using Model = std::function<Item*(const std::string& name)>;
 
-    /// Folders are made in `target`; new top-level ones go to `added` too, unless that is null.
+    /// Folders are made in `target`. Top-level ones are added to `added` too, unless that is null.
     PathWalk(Archive& archive, Folder& target, ContainerAdaptor* added, Model model);
 
-    /// Walks down the folders of `path` from the target. `parent` becomes the folder reached, or the one
-    /// where the client gave up, null if it left none. False if the client refused a folder, which ends the
-    /// pass.
+    /// Goes down the folders of `path` from the target, making those that don't exist. `parent` becomes the
+    /// last folder. If the client declines in a name clash, `parent` is what it left as the folder, maybe
+    /// null. Returns false if the client refused a new folder, which ends the pass. What the folders raise
+    /// passes through.
     bool walk(const std::string& path, pattern::AcquiredPtr<Folder>& parent);
 
 private:
@@ -67,7 +67,8 @@ private:
     Folder& target;
     ContainerAdaptor* added;
     Model model;
-    std::map<std::string, pattern::AcquiredPtr<Folder>> folders; ///< top-level ones by their stored name
+    std::map<std::string, pattern::AcquiredPtr<Folder>>
+        folders; ///< top-level ones, by their name in the archive
 };
 
 } // namespace harbor6

@@ -61,7 +61,7 @@ unsigned ScratchLog::read(std::uint64_t offset, char* buffer, unsigned count) co
     return count;
 }
 
-/// The file, standing where the byte at `offset` of the log is.
+/// The file, positioned at the byte at `offset` of the log.
 std::FILE* ScratchLog::fileAt(std::uint64_t offset) const {
     if (std::fseek(overflow.get(), static_cast<long>(offset - memory_limit), SEEK_SET) != 0)
         failed("read");

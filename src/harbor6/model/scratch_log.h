@@ -7,15 +7,15 @@
 
 namespace harbor6 {
 
-/// A growing run of bytes, written at its end and read anywhere: the first 16 MiB are kept in memory, what
-/// comes behind them in one file without a name. Failures of that file raise fs::Exception.
+/// A growing sequence of bytes, written at its end and read anywhere. The first 16 MiB are kept in memory,
+/// the rest in an unnamed temporary file, whose failures raise fs::Exception. Used by one thread at a time.
 class ScratchLog {
 public:
     static constexpr std::uint64_t memory_limit = 16u << 20;
 
     std::uint64_t size() const;
     void append(const char* bytes, unsigned length);
-    /// Takes up to `length` bytes from `offset` on, fewer only at the end.
+    /// Reads up to `length` bytes from `offset` on and returns how many; fewer only at the end.
     unsigned read(std::uint64_t offset, char* buffer, unsigned length) const;
 
 private:

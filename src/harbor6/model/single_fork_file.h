@@ -2,12 +2,66 @@
 
 #include "harbor6/model/file.h"
 
-#include <concepts>
 #include <utility>
 
 namespace harbor6 {
 
-/// A file with exactly one fork, of the class `OwnFork`, whose number is 0.
+/// The fork of a file that has one. All its attributes are those of the file that contains it, which outlives
+/// it. A class that has data overrides the streams.
+class HARBOR6_API SimpleFork : public Fork {
+public:
+    explicit SimpleFork(File* owner);
+    ~SimpleFork() override;
+
+    using Key = const std::string&;
+    bool available(Key key) const override { return owner->available(key); }
+    bool modifiable(Key key) override { return owner->modifiable(key); }
+    bool hasBoolean(Key key) const override { return owner->hasBoolean(key); }
+    bool getBoolean(Key key, bool& value) const override { return owner->getBoolean(key, value); }
+    bool setBoolean(Key key, bool value) override { return owner->setBoolean(key, value); }
+    bool hasString(Key key) const override { return owner->hasString(key); }
+    bool getString(Key key, std::string& value) const override { return owner->getString(key, value); }
+    bool setString(Key key, const std::string& value) override { return owner->setString(key, value); }
+    bool hasTime(Key key) const override { return owner->hasTime(key); }
+    bool getTime(Key key, any::time& value) const override { return owner->getTime(key, value); }
+    bool setTime(Key key, const any::time& value) override { return owner->setTime(key, value); }
+    bool hasInteger(Key key) const override { return owner->hasInteger(key); }
+    bool getInteger(Key key, std::int64_t& value) const override { return owner->getInteger(key, value); }
+    bool setInteger(Key key, const std::int64_t& value) override { return owner->setInteger(key, value); }
+    bool hasStructure(Key key) const override { return owner->hasStructure(key); }
+    bool getStructure(Key key, un::structure& value) const override {
+        return owner->getStructure(key, value);
+    }
+    bool setStructure(Key key, const un::structure& value) override {
+        return owner->setStructure(key, value);
+    }
+    const Attributes* attributes(Key key) const override { return owner->attributes(key); }
+    Attributes* attributes(Key key) override { return owner->attributes(key); }
+    void cloneAttributes(const Attributes& source, bool withName) override {
+        owner->cloneAttributes(source, withName);
+    }
+
+protected:
+    File* owner;
+};
+
+/// A file with exactly one fork, which has the number 0 and no data.
+class HARBOR6_API SingleForkFile : public virtual File {
+public:
+    ~SingleForkFile() override;
+
+    Fork* getMainFork() override;
+    const Fork* getMainFork() const override;
+    Fork* getFork(unsigned id) override;
+    const Fork* getFork(unsigned id) const override;
+
+protected:
+    SingleForkFile();
+
+    SimpleFork fork;
+};
+
+/// The same with a fork of the class `OwnFork`, for files whose fork has data.
 template<class OwnFork>
 class OneForkFile : public virtual File {
 public:
@@ -17,47 +71,13 @@ public:
     const Fork* getFork(unsigned id) const override { return id == 0 ? getMainFork() : nullptr; }
 
 protected:
-    /// A fork that wants to know the file that holds it is told.
-    OneForkFile() requires std::constructible_from<OwnFork, File*> : fork(this) {}
     template<class... Arguments>
     explicit OneForkFile(Arguments&&... arguments) : fork(std::forward<Arguments>(arguments)...) {}
 
     OwnFork fork;
 };
 
-/// The fork of a file that has one. It has no attributes of its own: it asks the file that holds it, which is
-/// not counted.
-class HARBOR6_API SimpleFork : public Fork {
-public:
-    explicit SimpleFork(File* owner);
-    ~SimpleFork() override;
-
-    bool available(const std::string& key) const override;
-    bool modifiable(const std::string& key) override;
-    bool hasBoolean(const std::string& key) const override;
-    bool getBoolean(const std::string& key, bool& value) const override;
-    bool setBoolean(const std::string& key, bool value) override;
-    bool hasString(const std::string& key) const override;
-    bool getString(const std::string& key, std::string& value) const override;
-    bool setString(const std::string& key, const std::string& value) override;
-    bool hasTime(const std::string& key) const override;
-    bool getTime(const std::string& key, any::time& value) const override;
-    bool setTime(const std::string& key, const any::time& value) override;
-    bool hasInteger(const std::string& key) const override;
-    bool getInteger(const std::string& key, std::int64_t& value) const override;
-    bool setInteger(const std::string& key, const std::int64_t& value) override;
-    bool hasStructure(const std::string& key) const override;
-    bool getStructure(const std::string& key, un::structure& value) const override;
-    bool setStructure(const std::string& key, const un::structure& value) override;
-    const Attributes* attributes(const std::string& key) const override;
-    Attributes* attributes(const std::string& key) override;
-    void cloneAttributes(const Attributes& source, bool withName) override;
-
-protected:
-    File* owner;
-};
-
-/// Walks the main fork of a file, and no other.
+/// Walks over the main fork of a file alone. Raises on first() what getMainFork raises.
 class HARBOR6_API SingleForkIterator : public pattern::Iterator<const Fork*> {
 public:
     explicit SingleForkIterator(const File* file);
@@ -72,9 +92,5 @@ private:
     const File* file;
     const Fork* currentFork = nullptr;
 };
-
-/// A file whose one fork asks it for everything.
-using SingleForkFile = OneForkFile<SimpleFork>;
-extern template class HARBOR6_API OneForkFile<SimpleFork>; // formats and hosts share one
 
 } // namespace harbor6

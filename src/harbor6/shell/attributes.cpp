@@ -134,9 +134,9 @@ bool Attributes::cloneStructure(const std::string& /*key*/, const Attributes& /*
 }
 
 std::uint16_t Attributes::idFromName(const std::string& key) const {
-    const auto& known = index();
-    const auto entry = known.find(key);
-    return entry == known.end() ? key_id::unknown : entry->second;
+    const auto& ids = index();
+    const auto entry = ids.find(key);
+    return entry == ids.end() ? key_id::unknown : entry->second;
 }
 
 void Attributes::populateIndex() const {}
@@ -153,18 +153,6 @@ Attributes::Index& Attributes::index() const {
     }
     return *index_map;
 }
-
-namespace {
-
-template<class Structure>
-bool copyInto(un::structure& target, const Structure& source) {
-    auto* const same = dynamic_cast<Structure*>(&target);
-    if (same)
-        *same = source;
-    return same != nullptr;
-}
-
-} // namespace
 
 ModelAttributes::~ModelAttributes() = default;
 
@@ -191,9 +179,9 @@ bool ModelAttributes::hasStructure(const std::string& key) const {
 bool ModelAttributes::getStructure(const std::string& key, un::structure& value) const {
     switch (idFromName(key)) {
     case key_id::fInfo:
-        return copyInto(value, file_info);
+        return un::copy_to(value, file_info);
     case key_id::fXInfo:
-        return copyInto(value, extended_info);
+        return un::copy_to(value, extended_info);
     default:
         return Attributes::getStructure(key, value);
     }

@@ -14,9 +14,10 @@ class Folder;
 class Format;
 class Item;
 
-/// The host's object of decisions: the item model asks it at each step that can be stopped or redirected. The
-/// bodies here say yes to everything, merge folders, and keep a file that exists; a client overrides what it
-/// decides otherwise. All calls are made on the thread that called into the model.
+/// Makes a host's decisions: the item model asks at each step that can be stopped or redirected. These
+/// defaults accept everything, merge folders, and keep an existing file; a client overrides what it decides
+/// otherwise. All calls are made on the thread that called into the model, and what a client raises ends the
+/// operation that asked. The arguments are valid during the call only.
 class HARBOR6_API ClientInterface {
 public:
     ClientInterface() = default;
@@ -24,31 +25,33 @@ public:
     ClientInterface& operator=(const ClientInterface&) = delete;
     virtual ~ClientInterface();
 
-    /// Whether `file` is wanted. The client may set `*expand` to ask for expansion of an archive, and
-    /// `*format` for a change of format; either pointer may be null.
+    /// Whether `file` is to be copied into `target`. The client may set `*expand` to have an archive
+    /// expanded, and `*format` to have the file converted; either pointer may be null.
     virtual bool sourceFile(const File& file, Folder& target, bool* expand, const Format** format);
-    /// Whether `archive`, which was found among the files, is to be expanded into `target`. The client may
-    /// open it here; then it has to return true.
+    /// Whether `archive`, found in a file, is to be expanded into `target`. The client may open it here, and
+    /// must return true then.
     virtual bool sourceArchive(Archive& archive, Folder& target);
-    /// The work on that archive is over, whether it succeeded or not.
+    /// Work on the archive has ended, successfully or not.
     virtual void sourceArchiveDone(Archive& archive);
+    /// Whether `source` is to be copied into `target`.
     virtual bool sourceFolder(const Folder& source, Folder& target);
-    /// Whether the data may move, now that the target file object exists.
+    /// Whether the data may be copied, now that `newFile` exists as an object; it is dropped if not.
     virtual bool targetFile(const File& source, File& newFile, Folder& target);
-    /// The data is about to move.
+    /// The data is about to be copied.
     virtual void targetFileReady(const File& source, File& newFile);
     /// Whether the folder `newFolder` may be created. `source` may be null.
     virtual bool targetFolder(Folder& newFolder, Folder& parent, const Folder* source);
-    /// `existing` already has the name `name` that is wanted for what `model` describes; `folders` is true
-    /// where a folder may be merged into an existing one. The client may leave another name in `name`, and
-    /// another folder or none in `target` unless that is null. False gives the item up.
+    /// `existing` already has the name `name` that is wanted for what `model` describes; `folders` is true if
+    /// a folder may be merged into it. The client may change `name`, and, unless `target` is null, replace
+    /// the folder there or clear it. Returns false to skip the item.
     virtual bool targetNameConflict(std::string& name, Item& existing, bool folders, const Attributes& model,
                                     pattern::AcquiredPtr<Folder>* target);
-    /// A fork of `source` arrived damaged in `target`; `code` says what found it.
+    /// Codes of itemFailed: what detected the damage.
     static constexpr std::uint32_t checksum_failed = 1001;
     static constexpr std::uint32_t decoder_failed = 1002;
+    /// Data of `source` arrived damaged in `target`, which is kept.
     virtual void itemFailed(std::uint32_t code, const Item& source, Item& target);
-    /// The expansion of `archive` ended with `failure`; sourceArchiveDone follows.
+    /// The expansion of `archive` failed with `failure`; sourceArchiveDone follows.
     virtual void sourceArchiveFailed(Archive& archive, const std::exception_ptr& failure);
 };
 

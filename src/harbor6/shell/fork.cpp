@@ -8,11 +8,11 @@ void Transform::destroy() {
     delete this;
 }
 
-void Transform::setInput(const data::CountedInput& source) {
+void Transform::setInput(data::CountedInput& source) {
     input = source;
 }
 
-void Transform::setOutput(const data::CountedOutput& target) {
+void Transform::setOutput(data::CountedOutput& target) {
     output = target;
 }
 
@@ -53,13 +53,15 @@ data::random::CountedOutput Fork::randomOutput(bool /*expanding*/) {
 
 Transform& Fork::acquireExpansionTransform() const {
     pattern::AcquiredPtr<Transform> transform(new Transform);
-    transform->setInput(input(true));
+    auto bytes = input(true);
+    transform->setInput(bytes);
     return *transform.detach();
 }
 
 Transform* Fork::acquireCompressionTransform() {
     pattern::AcquiredPtr<Transform> transform(new Transform);
-    transform->setOutput(output(true));
+    auto bytes = output(true);
+    transform->setOutput(bytes);
     return transform.detach();
 }
 

@@ -7,21 +7,24 @@
 
 namespace harbor6 {
 
-/// Carries the bytes of one fork to another, changing them on the way if a class wants to. This one copies.
-/// Whoever hands it out has set the side that is its own; the other side is set by the caller before run().
+/// Moves the bytes of one fork to another; a derived class may change them on the way, this one copies. The
+/// fork that creates it sets its own side, the caller sets the other before run(). Counted; used by one
+/// thread at a time.
 class HARBOR6_API Transform : public pattern::RefCounted {
 public:
     ~Transform() override;
 
     void destroy() override;
 
-    virtual void setInput(const data::CountedInput& input);
-    virtual void setOutput(const data::CountedOutput& output);
-    /// Moves all bytes of the input to the output; an empty holder on either side raises counted_ptr_null.
+    /// Share the stream with the caller until finishRun() or the end of the transform.
+    virtual void setInput(data::CountedInput& input);
+    virtual void setOutput(data::CountedOutput& output);
+    /// Moves all bytes of the input to the output. Raises counted_ptr_null if either is empty; failures of
+    /// the streams pass through.
     virtual void run();
-    /// Ends the output and lets go of both sides.
+    /// Closes the output, if any, and drops both streams.
     virtual void finishRun();
-    /// What to write into instead of running; here the output itself.
+    /// The stream to write into instead of calling run(): here the output itself, empty if none is set.
     virtual data::CountedOutput outputPort();
 
 private:
@@ -29,36 +32,40 @@ private:
     data::CountedOutput output;
 };
 
-/// One stream of data in a file. This one has none: a host's class gives the streams.
+/// One stream of data in a file, with attributes of its own. This one has no data: a host's or a format's
+/// class supplies the streams. It belongs to its file and is used by one thread at a time.
 class HARBOR6_API Fork : public Attributes {
 public:
     ~Fork() override;
 
-    /// Keeps its place in the table; nothing calls it.
+    /// Reserved; never called.
     virtual void forkHook(std::uint32_t x);
-    /// A stream on the fork's bytes, from the first one on; empty if the fork can't be read. `expanding` asks
-    /// for the bytes themselves and not for a packed form in which they may be kept; all callers here do.
-    /// With `shared` the stream may be one that others use too.
+    /// The fork's bytes from the first one on; empty if the fork can't be read. `expanding` asks for the
+    /// contents rather than for a packed form in which they are stored.
     virtual data::CountedInput input(bool expanding) const;
+    /// The same with random access; with `shared` the stream may be one that others use too.
     virtual data::random::CountedInput randomInput(bool expanding, bool shared) const;
-    /// A stream that replaces the fork's bytes; letting go of it closes it. Empty if the fork can't be
-    /// written.
+    /// A stream that replaces the fork's bytes, and is closed when its last holder drops it. Empty if the
+    /// fork can't be written.
     virtual data::CountedOutput output(bool expanding);
+    /// The same with random access.
     virtual data::random::CountedOutput randomOutput(bool expanding);
-    /// A transform with this fork's bytes as its input, counted for the caller.
+    /// A transform whose input is this fork, counted for the caller.
     virtual Transform& acquireExpansionTransform() const;
-    /// A transform that writes this fork, counted for the caller, or null.
+    /// A transform whose output is this fork, counted for the caller; null if the fork can't be written
+    /// through one.
     virtual Transform* acquireCompressionTransform();
 
     std::uint32_t id = 0;           ///< number of the fork in its file
-    mutable bool committed = false; ///< the fork has been brought over to another file
+    mutable bool committed = false; ///< has been copied to another file
 };
 
 } // namespace harbor6
 
 namespace harbor6::data {
 
-/// Writes through a transform's port, and keeps port and transform alive.
+/// Writes into a transform's port and keeps both alive. close() does nothing: the port is closed when its
+/// last holder drops it.
 class HARBOR6_API OutputTransformer : public stream::filter_output {
 public:
     /// Raises counted_ptr_null if `port` is empty.
@@ -68,6 +75,7 @@ public:
     using stream::filter_output::write;
 
     void close() override;
+    /// finish() of the port.
     void finish() override;
 
 private:

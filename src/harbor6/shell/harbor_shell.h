@@ -7,7 +7,8 @@ namespace harbor6 {
 class Classifier;
 class ClientInterface;
 
-/// What every format and item can reach of its host. It owns neither of the two, which must outlive it.
+/// Through this every format and item reaches its host: the registry of formats and the client that decides.
+/// It owns neither, and both must outlive it.
 class HARBOR6_API HarborShell {
 public:
     HarborShell(Classifier& classifier, ClientInterface& client);

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-// The vocabulary of attribute keys. Which of them an object answers is its class's affair. The odd spellings
-// are the interface: hosts and formats ask by exactly these texts.
+// The attribute keys. Which of them an object has, its class decides. The odd spellings are part of the
+// interface: hosts and formats use exactly these texts.
 
 namespace harbor6::key {
 
@@ -129,6 +129,10 @@ inline constexpr char hidden[] = "hidden";
 inline constexpr char system[] = "system";
 inline constexpr char directory[] = "directory";
 
+// No keys: reserved texts.
+inline constexpr char File[] = "File";
+inline constexpr char unknown[] = "unknown";
+
 } // namespace harbor6::key
 
 // The ids that keys have in the indexes: 1 to 27 for all items, from 0x1001 on for files, from 0x3001 on for
@@ -136,7 +140,7 @@ inline constexpr char directory[] = "directory";
 
 namespace harbor6::key_id {
 
-inline constexpr std::uint16_t unknown = 0xFFFF;
+inline constexpr std::uint16_t unknown = 0xFFFF; ///< the index doesn't contain the key
 
 inline constexpr std::uint16_t name = 1;
 inline constexpr std::uint16_t modTime = 3;

@@ -19,8 +19,8 @@ class HARBOR6_API cloneable : public assignable, public copyable {};
 
 namespace pattern {
 
-/// An object that counts its references and dies with the last one. A new object has the count 1, and that
-/// reference is its creator's. Taking and giving back references is safe from any thread.
+/// An object that counts its references and is destroyed with the last one. A new object has the count 1,
+/// and that reference belongs to its creator. Any thread may take and release references.
 class HARBOR6_API RefCounted : public un::cloneable {
 public:
     RefCounted() = default;
@@ -28,14 +28,15 @@ public:
     RefCounted& operator=(const RefCounted&) = delete;
     virtual ~RefCounted();
 
-    /// One reference is left; nothing by default.
+    /// Called when a release leaves one reference; nothing by default.
     virtual void lastRef() const;
-    /// Deletes the whole object; called when the count reaches 0.
+    /// Deletes the whole object. Called when the count reaches 0.
     virtual void destroy() = 0;
 
     void addReference() const;
-    /// Gives one reference back; the object may be gone afterwards.
+    /// Returns one reference; the object may no longer exist afterwards.
     void release();
+    /// The current count, which other threads may change at any time.
     std::uint32_t references() const;
 
 private:
@@ -67,6 +68,7 @@ public:
         return AcquiredPtr(&object);
     }
 
+    /// Raises un::exception if empty.
     T& operator*() const {
         if (!held)
             throw un::exception("attempt to derefernce 0", "un");
@@ -76,13 +78,13 @@ public:
     explicit operator bool() const { return held != nullptr; }
     T* get() const { return held; }
 
-    /// One more reference, for the caller; null stays null.
+    /// Takes one more reference for the caller; null if empty.
     T* acquire() const {
         if (held)
             held->addReference();
         return held;
     }
-    /// Gives the reference that was held to the caller.
+    /// Hands the held reference to the caller; empty afterwards.
     T* detach() { return std::exchange(held, nullptr); }
 
 private:

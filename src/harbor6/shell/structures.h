@@ -5,9 +5,22 @@
 #include <array>
 #include <cstdint>
 
+namespace un {
+
+/// Copies `source` into `target` if that has the class Structure; otherwise returns false.
+template<class Structure>
+bool copy_to(structure& target, const Structure& source) {
+    auto* const same = dynamic_cast<Structure*>(&target);
+    if (same)
+        *same = source;
+    return same != nullptr;
+}
+
+} // namespace un
+
 namespace fs {
 
-/// Which object of a file system an item is, whatever its name. Two default-made ones are equal.
+/// Identifies an object of a file system, whatever its name: the value of "fsSpec".
 class HARBOR6_API Spec : public un::structure {
 public:
     ~Spec() override;
@@ -37,7 +50,8 @@ public:
     os_type creator;
 };
 
-/// The rest are carried whole and not looked into.
+// The contents of the three that follow are copied and not interpreted.
+
 class HARBOR6_API extended_file_info : public un::structure {
 public:
     ~extended_file_info() override;
@@ -63,7 +77,7 @@ public:
 
 namespace io::win32 {
 
-/// DOS file attributes, which archives of several formats keep as a word of flags.
+/// The DOS attributes of a file, which several archive formats store as one word of flags.
 struct attributes {
     bool read_only = false;
     bool hidden = false;

@@ -1,6 +1,7 @@
 #include "support/cabinet_host.h"
 #include "support/cabinet_writer.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <set>
 
@@ -37,7 +38,50 @@ std::string bytes_at(harbor6::Fork& fork, std::uint64_t offset, unsigned length)
     return bytes;
 }
 
+/// An archive with the content that `fill` makes.
+struct filled_archive : harbor6::SuperArchive {
+    filled_archive(support::memory_host& host, std::function<void(harbor6::Folder&)> filling)
+        : SuperArchive(host.arc, *host.source("x", ""), mode_walk), fill(std::move(filling)) {}
+    void addContentTo(harbor6::Folder& target, harbor6::ContainerAdaptor* /*added*/) const override {
+        fill(target);
+    }
+
+    std::function<void(harbor6::Folder&)> fill;
+};
+
 } // namespace
+
+TEST(ArchiveWalk, KeepsEveryValueThatTheFormatsItemHas) {
+    support::memory_host host;
+    io::mac::file_info info;
+    info.type.code = 7;
+    const any::time time{{1, 2, 3, 4, 5, 6}};
+    const AcquiredPtr first(new filled_archive(host, [&](harbor6::Folder& target) {
+        const AcquiredPtr file(target.acquireNewFileFromName("a", false));
+        EXPECT_TRUE(file->setBoolean("readOnly", true) && file->setString("comment", "c"));
+        EXPECT_TRUE(file->setTime("backupTime", time) && file->setTime("modTime", time));
+        EXPECT_TRUE(file->setInteger("unixMode", 1) && file->setInteger("unixMode", 420));
+        EXPECT_TRUE(file->setString("unixMode", "rw") && file->setStructure("fInfo", info));
+        EXPECT_FALSE(file->setInteger("uncompressedSize", 9));
+    }));
+    const AcquiredPtr source(first->acquireFirstItem());
+    EXPECT_FALSE(const_cast<Item&>(*source).setInteger("unixMode", 1)) << "the walk is built";
+    const AcquiredPtr second(new filled_archive(host, [&](harbor6::Folder& target) {
+        AcquiredPtr(target.acquireNewFileLike(*source, false));
+        AcquiredPtr(target.acquireNewFolderLike(*source, false));
+    }));
+    harbor6::ConstItemIterator items(*second);
+    for (items.first(); !items.isDone(); items.next()) {
+        const AcquiredPtr item(items.current());
+        SCOPED_TRACE(item->asFolder() ? "folder" : "file");
+        io::mac::file_info kept;
+        EXPECT_TRUE(item->getStructure("fInfo", kept) && kept.type.code == 7 && !item->has("fXInfo"));
+        EXPECT_TRUE(item->boolean("readOnly") && const_cast<Item&>(*item).time("backupTime") == time);
+        EXPECT_TRUE(item->integer("unixMode") == 420 && item->string("unixMode") == "rw");
+        EXPECT_TRUE(item->string("name") == "a" && item->string("comment") == "c");
+        EXPECT_FALSE(!item->has("modTime") || item->has("createTime") || item->has("unheard of"));
+    }
+}
 
 TEST(ArchiveWalk, GivesEntriesWhileTheArchiveIsOpen) {
     // Two files of one name, a file named as a folder, an empty component, a folder asked for twice.

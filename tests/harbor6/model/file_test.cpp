@@ -38,17 +38,18 @@ TEST(File, FollowsSingleFileWrappersToTheInnermostArchive) {
     const std::string asked = "  classify file out.arc\n", opened = asked + "  open out 7\n",
                       inside = opened + "  classify file in.arc\n";
     const struct {
+        const char* name;
         bool follow, single;
         std::string log, after; ///< after: what is done when something fails
         char failure;           ///< 'u' for an un::exception, 's' for another one
         std::string found;      ///< name of the archive, or what is raised
     } cases[] = {
-        {false, true, asked, "", 0, "out"},
-        {true, false, asked, "", 0, "out"},
-        {true, true, inside + "  open in 7\n  classify file plain\n", "  close in\n", 0, "in"},
-        {true, true, opened, "", 'u', "out"},
-        {true, true, inside, "  close out\n", 'u', "out"},
-        {true, true, inside, "  close out\n", 's', "z"},
+        {"not followed", false, true, asked, "", 0, "out"},
+        {"no wrapper", true, false, asked, "", 0, "out"},
+        {"followed", true, true, inside + "  open in 7\n  classify file plain\n", "  close in\n", 0, "in"},
+        {"fails to open", true, true, opened, "", 'u', "out"},
+        {"fails inside", true, true, inside, "  close out\n", 'u', "out"},
+        {"fails inside, unexpectedly", true, true, inside, "  close out\n", 's', "z"},
     };
     for (const auto& c : cases) {
         memory_host host;
@@ -62,8 +63,8 @@ TEST(File, FollowsSingleFileWrappersToTheInnermostArchive) {
         const auto file = host.source("out.arc", "arc:1");
         std::string found;
         found += refusal_of([&] { found = name_of(*AcquiredPtr(file->acquireArchive(c.follow, 0, 0))); });
-        EXPECT_EQ(found, c.found);
-        EXPECT_EQ(host.transcript(), c.log + c.after);
+        EXPECT_EQ(found, c.found) << c.name;
+        EXPECT_EQ(host.transcript(), c.log + c.after) << c.name;
         const auto around = host.archive(*file);
         EXPECT_EQ(host.item(file->node, around.get())->asFile()->isOutermost(), c.single);
     }
@@ -85,4 +86,25 @@ TEST(File, IsTestedByACopyIntoNothing) {
     sink->cloneAttributes(*file, true);
     EXPECT_EQ(sink->string("name"), "a");
     EXPECT_EQ(refusal_of([&] { sink->copyTo(*file); }), "un::implemented: harbor6::File::getMainFork");
+}
+
+TEST(SimpleFork, HasTheAttributesOfItsFile) {
+    memory_host host;
+    const auto file = host.source("a", "text");
+    file->node->flags["locked"] = true;
+    file->node->times["modTime"].words[0] = 1;
+    harbor6::SimpleFork fork(file.get());
+    fs::Spec spec;
+    EXPECT_TRUE(fork.available("name") && fork.modifiable("name") && !fork.modifiable("x"));
+    EXPECT_TRUE(fork.hasBoolean("locked") && fork.boolean("locked") && fork.hasString("name"));
+    EXPECT_TRUE(fork.hasTime("modTime") && fork.time("modTime").words[0] == 1);
+    EXPECT_TRUE(fork.hasInteger("uncompressedSize") && fork.integer("uncompressedSize") == 4);
+    EXPECT_TRUE(fork.getStructure("fsSpec", spec) && spec.node != 0);
+
+    const AcquiredPtr sink(new harbor6::InfiniteFile(host.shell, nullptr));
+    harbor6::SimpleFork taking(sink.get());
+    EXPECT_TRUE(taking.setBoolean("x", true) && taking.setString("x", "") && taking.setTime("x", {}));
+    EXPECT_TRUE(taking.setInteger("x", 1) && taking.setStructure("x", spec));
+    taking.cloneAttributes(fork, true);
+    EXPECT_EQ(taking.string("name"), "a");
 }

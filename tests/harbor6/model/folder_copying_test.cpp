@@ -91,17 +91,20 @@ TEST(FolderCopying, AsksInOrderAndLeavesNothingOfWhatIsDeclined) {
     const std::string folder = "sourceFolder d -> root\ntargetFolder d -> root from d\n";
     const std::string inner = "sourceFile b -> d\ntargetFile b -> d\ntargetFileReady b\n";
     const struct {
-        const char* item;
+        const char *name, *item;
         std::string declined, transcript, tree;
         bool given;
     } cases[] = {
-        {"a.txt", "", file + "targetFileReady a.txt\n", "a.txt=hello\n", true},
-        {"a.txt", "sourceFile a.txt", "sourceFile a.txt -> root: no\n", "", false},
-        {"a.txt", "targetFile a.txt", "sourceFile a.txt -> root\ntargetFile a.txt -> root: no\n", "", false},
-        {"d", "", folder + inner, "d/\nd/b=x\n", true},
-        {"d", "sourceFolder d", "sourceFolder d -> root: no\n", "", false},
-        {"d", "targetFolder d", "sourceFolder d -> root\ntargetFolder d -> root from d: no\n", "", false},
-        {"d", "sourceFile b", folder + "sourceFile b -> d: no\n", "d/\n", true},
+        {"a file", "a.txt", "", file + "targetFileReady a.txt\n", "a.txt=hello\n", true},
+        {"a file that is not wanted", "a.txt", "sourceFile a.txt", "sourceFile a.txt -> root: no\n", "",
+         false},
+        {"a file without a target", "a.txt", "targetFile a.txt",
+         "sourceFile a.txt -> root\ntargetFile a.txt -> root: no\n", "", false},
+        {"a folder", "d", "", folder + inner, "d/\nd/b=x\n", true},
+        {"a folder that is not wanted", "d", "sourceFolder d", "sourceFolder d -> root: no\n", "", false},
+        {"a folder without a target", "d", "targetFolder d",
+         "sourceFolder d -> root\ntargetFolder d -> root from d: no\n", "", false},
+        {"a folder without its file", "d", "sourceFile b", folder + "sourceFile b -> d: no\n", "d/\n", true},
     };
     for (const auto& c : cases) {
         memory_host host;
@@ -110,24 +113,25 @@ TEST(FolderCopying, AsksInOrderAndLeavesNothingOfWhatIsDeclined) {
         host.client.declined = {c.declined};
         const AcquiredPtr<Item> source(host.folder(*host.sources)->acquireItemFromName(c.item));
         const AcquiredPtr<Item> result(host.root()->acquireAddedItem(*source, false));
-        EXPECT_EQ(host.transcript(), c.transcript);
-        EXPECT_EQ(host.tree(), c.tree) << c.declined;
-        EXPECT_EQ(static_cast<bool>(result), c.given) << c.declined;
+        EXPECT_EQ(host.transcript(), c.transcript) << c.name;
+        EXPECT_EQ(host.tree(), c.tree) << c.name;
+        EXPECT_EQ(static_cast<bool>(result), c.given) << c.name;
     }
 }
 
 TEST(FolderCopying, DataFailuresStayVisibleAndOthersEraseTheTarget) {
     const struct {
+        const char* name;
         std::function<void()> raise;
-        const char* told; ///< empty: the failure leaves
+        const char* told; ///< empty: the failure passes through
         bool keep, stays;
     } cases[] = {
-        {[] { throw format::crc_exception("x", "y"); }, "itemFailed 1001 a.txt\n", false, true},
-        {[] { throw basic::digest_exception("x"); }, "itemFailed 1001 a.txt\n", false, true},
-        {[] { throw basic::algorithm_exception("x"); }, "itemFailed 1002 a.txt\n", false, true},
-        {[] { throw format::exception("x", "y"); }, "", false, false},
-        {[] { throw std::bad_alloc(); }, "", false, false},
-        {[] { throw format::exception("x", "y"); }, "", true, true},
+        {"crc", [] { throw format::crc_exception("x", "y"); }, "itemFailed 1001 a.txt\n", false, true},
+        {"digest", [] { throw basic::digest_exception("x"); }, "itemFailed 1001 a.txt\n", false, true},
+        {"decoder", [] { throw basic::algorithm_exception("x"); }, "itemFailed 1002 a.txt\n", false, true},
+        {"format", [] { throw format::exception("x", "y"); }, "", false, false},
+        {"memory", [] { throw std::bad_alloc(); }, "", false, false},
+        {"format, kept", [] { throw format::exception("x", "y"); }, "", true, true},
     };
     for (const auto& c : cases) {
         memory_host host;
@@ -138,11 +142,12 @@ TEST(FolderCopying, DataFailuresStayVisibleAndOthersEraseTheTarget) {
             if (what == "write a.txt")
                 c.raise();
         };
+        SCOPED_TRACE(c.name);
         EXPECT_EQ(support::refusal_of([&] { host.root()->addItem(*entry, false); }).empty(), *c.told != 0);
         const std::string asked =
             "sourceFile a.txt -> root\ntargetFile a.txt -> root\ntargetFileReady a.txt\n";
         EXPECT_EQ(host.transcript(), asked + c.told);
-        EXPECT_EQ(host.tree(), c.stays ? "a.txt=\n" : "") << c.told;
+        EXPECT_EQ(host.tree(), c.stays ? "a.txt=\n" : "");
         if (*c.told) {
             const auto& node = *host.tree_root->children.front();
             EXPECT_EQ(std::pair(node.commits, node.flags.at("hidden")), std::pair(2u, false));
@@ -174,7 +179,27 @@ TEST(FolderCopying, WalksTellTheArchiveHowTheyEnded) {
         };
         EXPECT_EQ(support::refusal_of([&] { host.root()->addContent(*archive); }),
                   *c.fails ? ": the first" : "");
-        EXPECT_EQ(told, c.told);
+        EXPECT_EQ(told, c.told) << c.fails << ' ' << c.files.size();
+    }
+}
+
+TEST(FolderCopying, TellsAnArchiveThatAFolderStoresWhatComes) {
+    const std::vector<std::string> told = {"  receives anything\n", "  receives f\n",
+                                           "  receives anything\n"};
+    for (unsigned items = 0; items <= 3; ++items) { // in a nameless list, but 3 in a folder
+        memory_host host;
+        const AcquiredPtr archive(
+            new support::test_archive(host, host.arc, *host.root(), Archive::mode_create, host.tree_root));
+        const AcquiredPtr list(new harbor6::StdVectorContainer);
+        for (unsigned i = 0; i < items; ++i)
+            list->containerAdd(*host.source(i ? "g" : "f", "1"));
+        const auto folder = host.folder(*host.sources);
+        const AcquiredPtr added(items == 3 ? archive->acquireAddedContent(*folder)
+                                           : archive->acquireAddedContent(*list));
+        const auto transcript = host.transcript();
+        EXPECT_TRUE(transcript.starts_with(items == 3 ? "  receives sources\n" : told[items])) << transcript;
+        std::int64_t count = -1;
+        EXPECT_TRUE(added->getNumItems(count, false) && count == items) << items;
     }
 }
 
@@ -200,27 +225,29 @@ TEST(FolderCopying, ExpandsWhatItIsAskedForAndNothingElse) {
     const std::string found = asked + "  classify file a.arc\n";
     const std::string opened = "sourceArchive a -> root\n  open a 1\n";
     const struct {
+        const char* name;
         std::function<void(expanding_host&)> set;
         std::string transcript;
         bool expanded;
     } cases[] = {
-        {[](auto&) {},
+        {"wanted", [](auto&) {},
          found + opened +
              "sourceFolder a -> root\ntargetFolder a -> root from a\n  begin\n"
              "sourceFile one -> a\ntargetFile one -> a\ntargetFileReady one\n"
              "sourceFile two -> a\ntargetFile two -> a\ntargetFileReady two\n"
              "  end\n  close a\nsourceArchiveDone a\n",
          true},
-        {[](auto& host) { host.client.expanded.clear(); }, asked + copied, false},
-        {[](auto& host) { host.archive_file->node->bytes = "plain"; }, found + copied, false},
-        {[](auto& host) { host.client.declined = {"sourceArchive a"}; },
+        {"not asked for", [](auto& host) { host.client.expanded.clear(); }, asked + copied, false},
+        {"no archive", [](auto& host) { host.archive_file->node->bytes = "plain"; }, found + copied, false},
+        {"declined", [](auto& host) { host.client.declined = {"sourceArchive a"}; },
          found + "sourceArchive a -> root: no\nsourceArchiveDone a\n" + copied, false},
-        {[](auto& host) {
+        {"declined when open",
+         [](auto& host) {
              host.client.declined = {"sourceArchive a"};
              host.client.on["sourceArchive a"] = [](auto& question) { question.archive->open(7); };
          },
          found + "sourceArchive a -> root: no\n  open a 7\nsourceArchiveDone a\n  close a\n" + copied, false},
-        {[](auto& host) { host.client.declined = {"sourceFolder a"}; },
+        {"content declined", [](auto& host) { host.client.declined = {"sourceFolder a"}; },
          found + opened + "sourceFolder a -> root: no\n  close a\nsourceArchiveDone a\n" + copied +
              "  classify stream a.arc\n" + opened +
              "sourceFolder a -> root: no\n  close a\nsourceArchiveDone a\n",
@@ -228,6 +255,7 @@ TEST(FolderCopying, ExpandsWhatItIsAskedForAndNothingElse) {
     };
     for (const auto& c : cases) {
         expanding_host host({"one", "two"});
+        SCOPED_TRACE(c.name);
         c.set(host);
         const auto result = host.run();
         EXPECT_EQ(host.transcript(), c.transcript);
@@ -304,6 +332,7 @@ TEST(FolderCopying, ASingleItemTakesThePlaceOfItsWrapper) {
     };
     for (const bool second_attempt : {false, true}) {
         for (const auto& c : cases) {
+            SCOPED_TRACE(c.tree + " after " + c.fails + (second_attempt ? ", second attempt" : ""));
             expanding_host host(c.files);
             host.trap = [&](const std::string& what) {
                 // The copy of the archive is a new file too.
@@ -317,8 +346,8 @@ TEST(FolderCopying, ASingleItemTakesThePlaceOfItsWrapper) {
             if (second_attempt)
                 host.refuse_in_place();
             const auto result = host.run();
-            EXPECT_EQ(host.tree(), c.tree) << c.fails;
-            EXPECT_EQ(name_of(*result), c.result) << c.fails;
+            EXPECT_EQ(host.tree(), c.tree);
+            EXPECT_EQ(name_of(*result), c.result);
             EXPECT_TRUE(result->expanded);
         }
     }
@@ -330,24 +359,28 @@ TEST(FolderCopying, ChangesTheFormatInPlaceOrThroughAScratchFileOutsideAllArchiv
                       close_a = "targetFile a -> a\ntargetFileReady a\n  close a\n",
                       scratch = asked + open_a + close_a + "conflict a.arc -> root\n" + new_file;
     const struct {
-        bool changed, in_place, inside; ///< inside: into an archive that lies in another one
+        const char* name;
+        bool changed, in_place, inside; ///< inside: into an archive in another one
         const char* declined;
         std::string transcript, tree;
     } cases[] = {
-        {false, true, false, "", asked + "targetFile a -> root\ntargetFileReady a\n", "a=1\n"},
-        {true, true, false, "",
+        {"its own format", false, true, false, "", asked + "targetFile a -> root\ntargetFileReady a\n",
+         "a=1\n"},
+        {"in place", true, true, false, "",
          asked + "  open new 8\ntargetFile a -> root\ntargetFileReady a\n  close new\n",
          "new.arc=arc:a(1)\n"},
-        {true, false, false, "", scratch + "targetFile a.arc -> root as b\ntargetFileReady a.arc\n",
-         "b=arc:a(1)\n"},
-        {true, false, false, "targetFile a.arc", scratch + "targetFile a.arc -> root as b: no\n", ""},
-        {true, false, true, "",
+        {"scratch file", true, false, false, "",
+         scratch + "targetFile a.arc -> root as b\ntargetFileReady a.arc\n", "b=arc:a(1)\n"},
+        {"scratch file, declined", true, false, false, "targetFile a.arc",
+         scratch + "targetFile a.arc -> root as b: no\n", ""},
+        {"inside archives", true, false, true, "",
          "  open i 8\n  receives a\nsourceFile a -> i\n  new file in sources\n" + open_a + close_a +
              "targetFile a.arc -> i\ntargetFileReady a.arc\n  close i\n",
          "i.arc=arc:a.arc(arc:a(1))\n"},
     };
     for (const auto& c : cases) {
         memory_host host;
+        SCOPED_TRACE(c.name);
         support::test_format other(host);
         host.arc.provides_empty_file = host.plain.provides_empty_file = c.in_place;
         host.client.declined = {c.declined};

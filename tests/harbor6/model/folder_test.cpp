@@ -81,7 +81,7 @@ TEST(Folder, MakesItemsUnderTheNameThatTheClientLeaves) {
             made = &node == &existing ? "existing" : node.parent.lock()->name + "/" + node.name;
             EXPECT_EQ(node.times.count("modTime"), &node == &existing ? 0u : 1u);
         });
-        EXPECT_EQ(made + refusal, c.made);
+        EXPECT_EQ(made + refusal, c.made) << &c - cases;
         const std::string put =
             c.folder && c.existing_folder ? "conflict x -> root folders" : "conflict x -> root";
         EXPECT_EQ(host.transcript(), c.asked == '-' ? "" : put + (c.asked == 'y' ? "\n" : ": no\n"));
@@ -140,11 +140,11 @@ TEST(Folder, AdoptsItemsByACopyAndAnErase) {
         };
         const AcquiredPtr<Item> item(host.folder(*host.sources)->acquireItemFromName(c.item));
         const AcquiredPtr<Item> result(host.root()->acquireAdoptedItem(*item));
-        EXPECT_EQ(host.tree(), c.tree);
+        EXPECT_EQ(host.tree(), c.tree) << c.asked;
         std::string left;
         for (const auto& child : host.sources->children)
             left += child->name;
-        EXPECT_EQ(left, c.left);
+        EXPECT_EQ(left, c.left) << c.asked;
         EXPECT_FALSE(item->adopting);
         EXPECT_EQ(static_cast<bool>(result), !*c.declined);
         EXPECT_TRUE(host.transcript().starts_with(c.asked)) << c.asked;

@@ -31,7 +31,7 @@ TEST(Item, TheLastReleaseErasesACreatedItemThatWasMarked) {
         AcquiredPtr(item.acquire());
         EXPECT_EQ(host.transcript(), "last;");
         item = nullptr;
-        EXPECT_EQ("last;" + host.log, c.log);
+        EXPECT_EQ("last;" + host.log, c.log) << c.created << c.marked;
     }
 }
 
@@ -65,7 +65,7 @@ TEST(Item, IsRenamedBeforeItIsCreatedOrWhileItIsAdopted) {
             const bool may = !created || adopting;
             EXPECT_EQ(support::refusal_of([&] { file->retarget("new"); }),
                       may ? "" : "un::implemented: harbor6::Item::retarget");
-            EXPECT_EQ(file->node->name, may ? "new" : "");
+            EXPECT_EQ(file->node->name, may ? "new" : "") << created << adopting;
             host.unsettable = {"no"};
             EXPECT_EQ(support::refusal_of([&] { file->retarget("no"); }),
                       "un::implemented: harbor6::Item::retarget");
