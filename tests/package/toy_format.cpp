@@ -51,7 +51,7 @@ struct Format : harbor6::SuperFormat {
     harbor6::Archive* _newArchiveAtItem(harbor6::File* file, unsigned mode) override {
         return new Archive(*this, *file, mode);
     }
-    std::unique_ptr<format::classifier> _newClassifier() override { return std::make_unique<Recogniser>(); }
+    format::classifier* _newClassifier() override { return new Recogniser; }
 };
 
 } // namespace

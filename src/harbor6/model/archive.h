@@ -114,6 +114,18 @@ public:
 
     bool keepFailedTargets = false; ///< a file copied from here stays if the copy fails
 
+    /// What a host asks for beyond a plain expansion. Whoever drives the archive sets it after the archive was
+    /// made; with these values nothing differs from a plain expansion.
+    struct Options {
+        /// Follow the published format description where the plain rules are laxer or stricter.
+        bool published_rules = false;
+        /// Items answer every attribute that their records hold, not only name and time.
+        bool item_details = false;
+        /// Bytes of a stored path that are kept; the rest of a longer one is read and dropped.
+        std::uint64_t longest_path = ~std::uint64_t{0};
+    };
+    Options options;
+
 protected:
     void populateIndex() const override;
     /// The item that stores the archive. Raises un::exception if there is none.
