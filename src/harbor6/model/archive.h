@@ -114,8 +114,8 @@ public:
 
     bool keepFailedTargets = false; ///< a file copied from here stays if the copy fails
 
-    /// What a host asks for beyond a plain expansion. Whoever drives the archive sets it after the archive was
-    /// made; with these values nothing differs from a plain expansion.
+    /// What a host asks for beyond a plain expansion. Whoever drives the archive sets it after the archive
+    /// was made; with these values nothing differs from a plain expansion.
     struct Options {
         /// Follow the published format description where the plain rules are laxer or stricter.
         bool published_rules = false;

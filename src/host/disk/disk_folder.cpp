@@ -21,10 +21,12 @@ struct OwnedItems {
 
 /// Iterates over items that it owns.
 template<class T>
-class OwningIterator : private OwnedItems, public harbor6::STLContainerIterator<Items, T, Items::iterator> {
+class OwningIterator : private OwnedItems, public pattern::STLContainerIterator<Items, T, Items::iterator> {
 public:
     explicit OwningIterator(Items taken)
-        : OwnedItems{std::move(taken)}, harbor6::STLContainerIterator<Items, T, Items::iterator>(items) {}
+        : OwnedItems{std::move(taken)}, pattern::STLContainerIterator<Items, T, Items::iterator>(items) {}
+
+    T current() override { return this->isDone() ? nullptr : this->position->acquire(); }
 };
 
 } // namespace
