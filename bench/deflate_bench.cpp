@@ -34,15 +34,15 @@ namespace {
 
 constexpr std::size_t block_size = 32768;
 
-struct yard {
+struct corpus {
     std::string data;
     std::vector<std::string> alone;  ///< one stream for each block, none knows of another
     std::vector<std::string> shared; ///< with the history of a folder
 };
 
-const yard& yard_of(bool text) {
+const corpus& corpus_of(bool text) {
     static const auto make = [](std::string data) {
-        yard made{std::move(data), {}, {}};
+        corpus made{std::move(data), {}, {}};
         for (std::size_t i = 0; i < made.data.size(); i += block_size)
             made.alone.push_back(
                 zlib_streams::compress(std::string_view(made.data).substr(i, block_size), 6));
@@ -51,10 +51,10 @@ const yard& yard_of(bool text) {
     };
     constexpr std::size_t size = 100'000'000;
     if (text) {
-        static const yard made = make(yardstick::source_text(size));
+        static const corpus made = make(yardstick::source_text(size));
         return made;
     }
-    static const yard made = make(yardstick::programs(size));
+    static const corpus made = make(yardstick::programs(size));
     return made;
 }
 
@@ -66,10 +66,10 @@ public:
         next = 0;
     }
     unsigned read(char* buffer, unsigned length) override {
-        const std::size_t came = std::min<std::size_t>(length, block.size() - next);
-        std::memcpy(buffer, block.data() + next, came);
-        next += came;
-        return static_cast<unsigned>(came);
+        const std::size_t received = std::min<std::size_t>(length, block.size() - next);
+        std::memcpy(buffer, block.data() + next, received);
+        next += received;
+        return static_cast<unsigned>(received);
     }
     std::uint64_t tell() const override { return next; }
     bool seek(std::uint64_t value) override {
@@ -108,7 +108,7 @@ void measure(benchmark::State& state, const std::string& wanted, DecodeAll decod
 }
 
 void alone_ours(benchmark::State& state, bool text, bool shared) {
-    const yard& input = yard_of(text);
+    const corpus& input = corpus_of(text);
     measure(state, input.data, [&](char* to) {
         block_input in;
         buffer_output out(to);
@@ -122,7 +122,7 @@ void alone_ours(benchmark::State& state, bool text, bool shared) {
 }
 
 void alone_zlib(benchmark::State& state, bool text, bool shared) {
-    const yard& input = yard_of(text);
+    const corpus& input = corpus_of(text);
     measure(state, input.data, [&](char* to) {
         rivals::zlib_inflate decoder;
         char* const begin = to;
@@ -135,21 +135,21 @@ void alone_zlib(benchmark::State& state, bool text, bool shared) {
 }
 
 void alone_libdeflate(benchmark::State& state, bool text) {
-    const yard& input = yard_of(text);
+    const corpus& input = corpus_of(text);
     const std::unique_ptr<libdeflate_decompressor, void (*)(libdeflate_decompressor*)> decoder(
         libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
     measure(state, input.data, [&](char* to) {
         for (const auto& block : input.alone) {
-            std::size_t came = 0;
+            std::size_t received = 0;
             if (libdeflate_deflate_decompress(decoder.get(), block.data(), block.size(), to, block_size,
-                                              &came) != LIBDEFLATE_SUCCESS)
+                                              &received) != LIBDEFLATE_SUCCESS)
                 throw std::runtime_error("libdeflate");
-            to += came;
+            to += received;
         }
     });
 }
 
-/// One MSZIP folder: its data blocks as they stand in `bytes` from `offset` on.
+/// One MSZIP folder: its data blocks as stored in `bytes` from `offset` on.
 struct folder {
     std::string bytes;
     std::uint64_t offset = 0;
@@ -179,7 +179,7 @@ folder with_streams(folder made) {
     return made;
 }
 
-folder folder_of(const yard& input) {
+folder folder_of(const corpus& input) {
     folder made;
     for (const auto& block : input.shared) {
         made.bytes.append(4, '\0');
@@ -267,7 +267,7 @@ int main(int argc, char** argv) {
             add(name + "/zlib", alone_zlib, text, shared);
         }
         add("alone/" + kind + "/libdeflate", alone_libdeflate, text);
-        add_folder(kind, folder_of(yard_of(text)));
+        add_folder(kind, folder_of(corpus_of(text)));
     }
     std::vector<std::string> cabinets(argv + 1, argv + argc);
     if (const char* more = std::getenv("HARBOR_BENCH_CABINETS"))

@@ -60,8 +60,8 @@ outcome copy(const char* file) {
         std::filesystem::create_directory(place / "out");
         const int from = open((place / file).c_str(), O_RDONLY);
         const int to = open((place / "out/copy").c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
-        for (ssize_t came; (came = read(from, piece.data(), piece.size())) > 0;)
-            if (write(to, piece.data(), static_cast<std::size_t>(came)) != came)
+        for (ssize_t received; (received = read(from, piece.data(), piece.size())) > 0;)
+            if (write(to, piece.data(), static_cast<std::size_t>(received)) != received)
                 _exit(1);
         _exit(0);
     });

@@ -112,8 +112,8 @@ void plain_copy(benchmark::State& state) {
     std::vector<char> buffer(piece);
     for (auto _ : state) {
         both.rewind();
-        while (const auto came = std::fread(buffer.data(), 1, buffer.size(), both.from))
-            std::fwrite(buffer.data(), 1, came, both.to);
+        while (const auto received = std::fread(buffer.data(), 1, buffer.size(), both.from))
+            std::fwrite(buffer.data(), 1, received, both.to);
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(block_count * block_payload));
 }

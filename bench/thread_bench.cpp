@@ -99,8 +99,8 @@ void block_by_worker(benchmark::State& state) {
         pipe.reset();
         thread.start(&writer);
         unsigned got = 0;
-        while (const unsigned came = pipe.read(target.data(), block + 1))
-            got += came;
+        while (const unsigned received = pipe.read(target.data(), block + 1))
+            got += received;
         if (got != block)
             state.SkipWithError("bytes are missing");
         pipe.abort();

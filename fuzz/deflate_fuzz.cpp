@@ -1,5 +1,5 @@
 // The two loops of the Deflate decoder against each other, and both against zlib. The first byte chooses the
-// form and how much the source gives for a read, the rest is one stream after the other.
+// form and how much the source delivers per read; the rest is one stream after the other.
 
 #include "support/deflate_streams.h"
 #include "zlib_answer.h"
@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(deflate_streams::decode(stream, false, how) == exact);
 
     if (how.extent == 15 && how.runs == 1) {
-        // What zlib takes we take; it is stricter about codes that nobody uses and about the end.
+        // Every stream that zlib accepts is accepted; zlib is stricter about unused codes and about the end.
         const zlib_answer theirs(stream);
         if (theirs.sound) {
             require(exact.message.empty());

@@ -6,7 +6,7 @@
 namespace yardstick {
 
 /// What the benchmarks decode, taken from the machine they run on: `size` bytes, from files in a fixed order,
-/// no two alike, begun again when they run out; raises std::runtime_error if there are none. Headers, sources
+/// no two alike, repeated when they run out; raises std::runtime_error if there are none. Headers, sources
 /// and scripts below /usr/include, /usr/lib and /usr/share.
 std::string source_text(std::size_t size);
 /// Programs and shared libraries below /usr/bin and /usr/lib.

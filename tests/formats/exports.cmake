@@ -1,4 +1,4 @@
-# The plug-in gives its host one function, and asks for nothing but libharbor6 and the C and C++ runtime.
+# The plug-in exports one function and needs nothing but libharbor6 and the C and C++ runtime.
 # cmake -D MODULE=cab.so -D NM=nm -D READELF=readelf -P exports.cmake
 
 cmake_minimum_required(VERSION 3.25)

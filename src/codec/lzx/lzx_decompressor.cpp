@@ -123,7 +123,6 @@ bool decompressor::start_block() {
     if (block_type == raw_block) {
         if (block_size % 2 != 0 && input_position < input_limit)
             ++input_position;
-        block_type = 0;
         start_bits();
     }
     block_type = read_checked(3);

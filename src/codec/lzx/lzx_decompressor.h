@@ -103,7 +103,7 @@ private:
     std::uint32_t instruction_position = 0;
     std::uint32_t block_size = 0;
     std::int32_t block_remaining = 0;
-    std::uint32_t block_type = 0;    ///< 0 before the first block and between a raw block and the next one
+    std::uint32_t block_type = 0;    ///< of the current or the last block; 0 before the first
     std::uint32_t decoder_state = 1; ///< 1: a block header follows, 2: inside a block
 
     bool tables_ready = false; ///< main_table and length_table are those of the current block

@@ -14,7 +14,7 @@ namespace {
 using namespace deflate_streams;
 using zlib_streams::compress, zlib_streams::compress_blocks, zlib_streams::words, zlib_streams::noise;
 
-/// Decodes `stream` by both loops, alone and with other bytes behind it, from a source that gives all or
+/// Decodes `stream` by both loops, alone and with other bytes behind it, from a source that delivers all or
 /// little at a time, with and without newer instructions, and expects the same each time; the result is that
 /// of the stream alone.
 outcome decode_all_ways(const std::string& stream, settings how = {}) {
@@ -188,24 +188,32 @@ TEST(DeflateDecompressor, AcceptsTheOddButSound) {
     runs.code(0, 1).field(3, 2);                                     // six times 2 bits, four wanted
     runs.code(0, 2).code(1, 2).code(3, 2).code(1, 2).code(2, 2);     // a, 255, length 3 distance 2, end
 
-    const std::pair<std::string, std::string> cases[] = {
-        {empty + ab + stored(true, "").bytes, "ab"},
-        {ab + fixed_block().fixed('c').fixed(257).fixed_distance(2).fixed(256).bytes, "abcabc"},
-        // Length symbol 285 is 258, and distance 1 repeats one byte; symbol 284 with 31 is 258 as well.
-        {fixed_block().fixed('a').fixed(285).code(0, 5).fixed(284).field(31, 5).code(0, 5).fixed(256).bytes,
+    const struct {
+        const char* name;
+        std::string stream, data;
+    } cases[] = {
+        {"empty stored blocks", empty + ab + stored(true, "").bytes, "ab"},
+        {"history of a stored block",
+         ab + fixed_block().fixed('c').fixed(257).fixed_distance(2).fixed(256).bytes, "abcabc"},
+        {"both codes of length 258",
+         fixed_block().fixed('a').fixed(285).code(0, 5).fixed(284).field(31, 5).code(0, 5).fixed(256).bytes,
          std::string(517, 'a')},
-        {mixed.bytes, "abcdcdc"},
+        {"fixed codes around other codes", mixed.bytes, "abcdcdc"},
         // 'a' 0, end 10, length three 11; the one distance code is 0.
-        {dynamic_block(258, 1, {{'a', 1}, {256, 2}, {257, 2}, {258, 1}}).code(13, 5).code(0, 1).bytes,
+        {"a single distance code",
+         dynamic_block(258, 1, {{'a', 1}, {256, 2}, {257, 2}, {258, 1}}).code(13, 5).code(0, 1).bytes,
          "aaaa"},
-        {dynamic_block(257, 1, {{'a', 1}, {256, 1}}).code(1, 3).bytes, "aa"}, // 'a' 0, end 1, no distance
-        // HLIT 31: 286 and 287 have codes that nobody uses.
-        {dynamic_block(288, 30, {{'a', 2}, {256, 2}, {286, 2}, {287, 2}}).code(1, 4).bytes, "a"},
-        {deep.code(0x7FFF, 15).bytes, text},
-        {runs.bytes, std::string("a\xFF") + "a\xFF" + "a"},
+        {"no distance code", dynamic_block(257, 1, {{'a', 1}, {256, 1}}).code(1, 3).bytes,
+         "aa"}, // 'a' 0, end 1, no distance
+        {"unused codes of 286 and 287",
+         dynamic_block(288, 30, {{'a', 2}, {256, 2}, {286, 2}, {287, 2}}).code(1, 4).bytes, "a"},
+        {"codes of 1 to 15 bits", deep.code(0x7FFF, 15).bytes, text},
+        {"runs from literals to distances", runs.bytes, std::string("a\xFF") + "a\xFF" + "a"},
     };
-    for (const auto& [stream, data] : cases)
+    for (const auto& [name, stream, data] : cases) {
+        SCOPED_TRACE(name);
         expect_sound(stream, data);
+    }
 }
 
 TEST(DeflateDecompressor, StoredBytesMissingAtTheEndAreOnes) {

@@ -10,7 +10,7 @@ using support::cabinet;
 namespace {
 
 struct shown : format::cab::classifier {
-    explicit shown(const std::string& bytes) : classifier(2001) {
+    explicit shown(const std::string& bytes) : classifier(1) {
         sample = un::array<char>(bytes.data(), static_cast<unsigned>(bytes.size()));
     }
 };
@@ -31,14 +31,19 @@ TEST(Classifier, MatchesTheSignatureWithOneMoreByteBehindIt) {
 }
 
 TEST(Classifier, ConfirmsASoundCabinetThatBeginsItsSet) {
-    const std::pair<std::function<void(support::header_record&)>, bool> cases[] = {
-        {[](auto&) {}, true},
-        {[](auto& h) { h.checksum = 1; }, false},
-        {[](auto& h) { h.version = 0x0104, h.cabinet_index = 0xFFFF; }, true},
-        {[](auto& h) { h.previous.emplace(); }, false},
-        {[](auto& h) { h.next.emplace(); }, true},
+    const struct {
+        const char* name;
+        std::function<void(support::header_record&)> set;
+        bool confirmed;
+    } cases[] = {
+        {"a sound one", [](auto&) {}, true},
+        {"a wrong checksum", [](auto& h) { h.checksum = 1; }, false},
+        {"another version", [](auto& h) { h.version = 0x0104, h.cabinet_index = 0xFFFF; }, true},
+        {"a previous cabinet", [](auto& h) { h.previous.emplace(); }, false},
+        {"a next cabinet", [](auto& h) { h.next.emplace(); }, true},
     };
-    for (const auto& [set, confirmed] : cases) {
+    for (const auto& [name, set, confirmed] : cases) {
+        SCOPED_TRACE(name);
         cabinet made;
         set(made.header);
         const auto bytes = "prefix" + made.bytes();
@@ -47,5 +52,10 @@ TEST(Classifier, ConfirmsASoundCabinetThatBeginsItsSet) {
         EXPECT_EQ(support::refusal_of([&] { classifier.confirm_at(7 + 36); }),
                   "stream::little_endian_input: unexpected end of stream");
     }
-    EXPECT_EQ(shown("").format_number, 35u);
+}
+
+TEST(CabFormat, MakesARecogniserWithTheNumbersOfTheFormat) {
+    const auto made = harbor6::cab::Format(nullptr)._newClassifier();
+    EXPECT_EQ(std::tuple(made->format_number, made->identifier, made->default_result()),
+              std::tuple(35u, 2001u, 0u));
 }

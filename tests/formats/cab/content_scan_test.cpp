@@ -58,19 +58,22 @@ TEST(ContentScan, FollowsTheClientInAClashAtTheTop) {
     using question = support::recording_client::question;
     const auto bytes = cabinet().file("a/x", "1").file("a/y", "2").file("r", "3").bytes();
     const struct {
+        const char* name;
         const char* declined;
-        bool folder; ///< what bears the name a already
+        bool folder; ///< whether the existing item named a is one
         std::function<void(support::memory_host&, question&)> answer;
         const char* tree;
         const char* refusal;
         int asked;
     } cases[] = {
-        {"conflict a", false, [](auto&, auto&) {}, "a=\nr=3\nx=1\ny=2\n", "", 2},
-        {"", false, [](auto&, auto&) {}, "a=\n", "un: targetNameConflict failed to resolve conflict", 1},
-        {"", true, [](auto&, auto&) {}, "a/\na/x=1\na/y=2\nr=3\n", "", 1},
-        {"", false, [](auto&, auto& q) { *q.name = "b"; }, "a=\nb/\nb/x=1\nb/y=2\nr=3\n", "", 1},
-        {"", true, [](auto&, auto& q) { *q.target = nullptr; }, "a/\nr=3\n", "", 2},
-        {"", false,
+        {"a refused conflict", "conflict a", false, [](auto&, auto&) {}, "a=\nr=3\nx=1\ny=2\n", "", 2},
+        {"a file that stays in the way", "", false, [](auto&, auto&) {}, "a=\n",
+         "un: targetNameConflict failed to resolve conflict", 1},
+        {"an existing folder", "", true, [](auto&, auto&) {}, "a/\na/x=1\na/y=2\nr=3\n", "", 1},
+        {"another name", "", false, [](auto&, auto& q) { *q.name = "b"; }, "a=\nb/\nb/x=1\nb/y=2\nr=3\n", "",
+         1},
+        {"no parent", "", true, [](auto&, auto& q) { *q.target = nullptr; }, "a/\nr=3\n", "", 2},
+        {"another parent", "", false,
          [](auto& host, auto& q) {
              auto& other = host.tree_root->children.empty() ? *host.tree_root : host.tree_root->dir("o");
              *q.target = static_cast<harbor6::Folder*>(host.folder(other).detach());
@@ -78,6 +81,7 @@ TEST(ContentScan, FollowsTheClientInAClashAtTheTop) {
          "a=\no/\no/a/\no/a/x=1\no/a/y=2\nr=3\n", "", 1},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         cabinet_host host(bytes);
         c.folder ? host.tree_root->dir("a") : host.tree_root->file("a", "");
         host.client.declined = {c.declined};
@@ -87,8 +91,8 @@ TEST(ContentScan, FollowsTheClientInAClashAtTheTop) {
             c.answer(host, put);
         };
         EXPECT_EQ(host.expand(), c.refusal);
-        EXPECT_EQ(host.tree(), c.tree) << &c - cases;
-        EXPECT_EQ(asked, c.asked) << &c - cases;
+        EXPECT_EQ(host.tree(), c.tree);
+        EXPECT_EQ(asked, c.asked);
     }
 }
 
@@ -134,29 +138,35 @@ TEST(ContentScan, RefusesInExactWordsAndKeepsWhatWasMade) {
                       crc = "crc format::cab::data_header: CRC mismatch, data is invalid",
                       segmented = "un::implemented: expansion of segmented CAB archives not supported";
     const struct {
+        const char* name;
         std::function<void(cabinet&)> edit; ///< of a sound cabinet
         std::string refusal, tree;
         std::size_t length = ~std::size_t{0}; ///< of the cabinet, cut
     } cases[] = {
-        {[](auto&) {}, "", "a=12345\nb=67890\n"},
-        {[](auto&) {}, header + "bad header artifact", "", 0},
-        {[](auto&) {}, "stream::little_endian_input: unexpected end of stream", "", 40},
-        {[](auto& c) { c.header.version = 0x0104; }, header + "unsupported cabinet version", ""},
-        {[](auto& c) { c.header.previous.emplace(); }, "", "a=12345\nb=67890\n"},
-        {[](auto& c) { c.header.next.emplace(); }, segmented, ""},
-        {[](auto& c) { c.header.next.emplace(); }, segmented, "", 38}, // nothing beyond the header is read
-        {[](auto& c) { c.header.folder_count = std::uint16_t{0}; }, index, ""},
-        {[](auto& c) { c.files[1].folder_index = 1; }, index, ""},
-        {[](auto& c) { c.files[1].folder_index = 0xFFFF; }, index, ""},
-        {[](auto& c) { c.folders[0].compression = support::quantum; },
+        {"a sound cabinet", [](auto&) {}, "", "a=12345\nb=67890\n"},
+        {"no bytes", [](auto&) {}, header + "bad header artifact", "", 0},
+        {"a header cut short", [](auto&) {}, "stream::little_endian_input: unexpected end of stream", "", 40},
+        {"another version", [](auto& c) { c.header.version = 0x0104; },
+         header + "unsupported cabinet version", ""},
+        {"a previous cabinet", [](auto& c) { c.header.previous.emplace(); }, "", "a=12345\nb=67890\n"},
+        {"a next cabinet", [](auto& c) { c.header.next.emplace(); }, segmented, ""},
+        {"a next cabinet and no names", [](auto& c) { c.header.next.emplace(); }, segmented, "",
+         38}, // nothing beyond the header is read
+        {"no folders", [](auto& c) { c.header.folder_count = std::uint16_t{0}; }, index, ""},
+        {"a folder index too large", [](auto& c) { c.files[1].folder_index = 1; }, index, ""},
+        {"a file of three cabinets", [](auto& c) { c.files[1].folder_index = 0xFFFF; }, index, ""},
+        {"Quantum", [](auto& c) { c.folders[0].compression = support::quantum; },
          reader + "quantum compression method not supported", "a=\n"},
-        {[](auto& c) { c.block({.payload = "x", .checksum = 1}), c.files.pop_back(); }, crc, "a=12345\n"},
-        {[](auto& c) { c.folders[0].block_count = std::uint16_t{0}; }, "", "a=\n"},
-        {[](auto& c) { c = cabinet().file("a", "").file("b", ""); }, "", "a=\nb=\n"},
-        {[](auto& c) { c.files.clear(); }, "", ""},
-        {[](auto& c) { c.block({.payload = "x", .checksum = 1}), c.files.clear(); }, crc, ""},
+        {"a damaged block without a file",
+         [](auto& c) { c.block({.payload = "x", .checksum = 1}), c.files.pop_back(); }, crc, "a=12345\n"},
+        {"no blocks", [](auto& c) { c.folders[0].block_count = std::uint16_t{0}; }, "", "a=\n"},
+        {"empty files alone", [](auto& c) { c = cabinet().file("a", "").file("b", ""); }, "", "a=\nb=\n"},
+        {"no files", [](auto& c) { c.files.clear(); }, "", ""},
+        {"a damaged block and no files",
+         [](auto& c) { c.block({.payload = "x", .checksum = 1}), c.files.clear(); }, crc, ""},
         // The file that the failure hits is committed with what it has, the one behind it isn't begun.
-        {[](auto& c) {
+        {"a failure inside a file",
+         [](auto& c) {
              c.folders[0].block_size = 8;
              c.file("c", "abc").file("d", "").block({.payload = "abc", .checksum = 1});
              c.folders[0].content.resize(8);
@@ -164,13 +174,14 @@ TEST(ContentScan, RefusesInExactWordsAndKeepsWhatWasMade) {
          crc, "a=12345\nb=678\n"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         cabinet made;
         c.edit(made.file("a", "12345").file("b", "67890"));
         cabinet_host host(support::cut(made.bytes(), c.length));
-        EXPECT_EQ(host.expand(), c.refusal) << &c - cases;
-        EXPECT_EQ(host.tree(), c.tree) << &c - cases;
+        EXPECT_EQ(host.expand(), c.refusal);
+        EXPECT_EQ(host.tree(), c.tree);
         for (const auto& file : host.tree_root->children)
-            EXPECT_EQ(file->commits, 1u) << &c - cases;
+            EXPECT_EQ(file->commits, 1u);
     }
 }
 
