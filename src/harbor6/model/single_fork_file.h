@@ -2,6 +2,7 @@
 
 #include "harbor6/model/file.h"
 
+#include <concepts>
 #include <utility>
 
 namespace harbor6 {
@@ -71,6 +72,8 @@ public:
     const Fork* getFork(unsigned id) const override { return id == 0 ? getMainFork() : nullptr; }
 
 protected:
+    /// A fork that wants to know its file gets it.
+    OneForkFile() requires std::constructible_from<OwnFork, File*> : fork(this) {}
     template<class... Arguments>
     explicit OneForkFile(Arguments&&... arguments) : fork(std::forward<Arguments>(arguments)...) {}
 
