@@ -6,25 +6,9 @@ SimpleFork::SimpleFork(File* file) : owner(file) {}
 
 SimpleFork::~SimpleFork() = default;
 
-SingleForkFile::SingleForkFile() : fork(this) {}
+SingleForkFile::SingleForkFile() = default;
 
 SingleForkFile::~SingleForkFile() = default;
-
-Fork* SingleForkFile::getMainFork() {
-    return &fork;
-}
-
-const Fork* SingleForkFile::getMainFork() const {
-    return &fork;
-}
-
-Fork* SingleForkFile::getFork(unsigned id) {
-    return id == 0 ? getMainFork() : nullptr;
-}
-
-const Fork* SingleForkFile::getFork(unsigned id) const {
-    return id == 0 ? getMainFork() : nullptr;
-}
 
 SingleForkIterator::SingleForkIterator(const File* walked) : file(walked) {}
 

@@ -46,23 +46,7 @@ protected:
     File* owner;
 };
 
-/// A file with exactly one fork, which has the number 0 and no data.
-class HARBOR6_API SingleForkFile : public virtual File {
-public:
-    ~SingleForkFile() override;
-
-    Fork* getMainFork() override;
-    const Fork* getMainFork() const override;
-    Fork* getFork(unsigned id) override;
-    const Fork* getFork(unsigned id) const override;
-
-protected:
-    SingleForkFile();
-
-    SimpleFork fork;
-};
-
-/// The same with a fork of the class `OwnFork`, for files whose fork has data.
+/// A file with exactly one fork, of the class `OwnFork`, which has the number 0.
 template<class OwnFork>
 class OneForkFile : public virtual File {
 public:
@@ -78,6 +62,15 @@ protected:
     explicit OneForkFile(Arguments&&... arguments) : fork(std::forward<Arguments>(arguments)...) {}
 
     OwnFork fork;
+};
+
+/// A file whose one fork has no data.
+class HARBOR6_API SingleForkFile : public OneForkFile<SimpleFork> {
+public:
+    ~SingleForkFile() override;
+
+protected:
+    SingleForkFile();
 };
 
 /// Walks over the main fork of a file alone. Raises on first() what getMainFork raises.
