@@ -70,8 +70,8 @@ private:
 
 namespace qpthr {
 
-/// A lock that one thread at a time holds, as basic::critical_section, for callers that know it by its
-/// virtual table only.
+/// A lock that one thread at a time holds, as basic::critical_section, for callers that use it through its
+/// virtual functions.
 class HARBOR6_API QpMutex {
 public:
     /// `name` is null: the lock belongs to this process alone, and a name has no effect.

@@ -50,7 +50,7 @@ public:
     /// exception outside the tree became basic::thread_exception, lack of memory basic::bad_alloc;
     /// basic::cancel_exception counts as a normal end. One thread in the process raises at a time.
     void raise();
-    /// Drops the exception of the run and gives the thread back. Doesn't wait.
+    /// Drops the exception of the run and returns the thread to the pool. Doesn't wait.
     void release();
 
     /// The difference to the platform's normal priority, for the next start(); 0 leaves it normal.

@@ -96,7 +96,8 @@ public:
         return got;
     }
 
-    /// The next byte as 0 to 255, -1 at the end. The position advances by 1 even at the end.
+    /// The next byte as 0 to 255, -1 at the end. The position counts calls, so that it advances by 1 at
+    /// the end too.
     int get() override {
         ++position;
         return pipe.get();

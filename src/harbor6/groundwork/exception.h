@@ -28,6 +28,7 @@
 
 namespace qpthr {
 
+/// The root of the tree.
 class HARBOR6_API QpException : public std::exception {
 public:
     QpException() = default;
@@ -91,6 +92,7 @@ public:
     void Raise() const override { throw Self(static_cast<const Self&>(*this)); }
 };
 
+/// A failure with a number and a text.
 class HARBOR6_API QpUserException : public QpClonedException {
 public:
     /// Copies `text`, which is not null.
@@ -152,6 +154,7 @@ public:
 
 namespace algorithm {
 
+/// A failure of a decoder or digest.
 class HARBOR6_API exception : public qpthr::Cloneable<exception, un::exception> {
 public:
     using Cloneable::Cloneable;
@@ -246,6 +249,7 @@ public:
     ~cancel_exception() override;
 };
 
+/// A digest mismatch that a host's streams report; nothing in this library raises it.
 class HARBOR6_API digest_exception : public cloneable<digest_exception, exception> {
 public:
     using cloneable::cloneable;

@@ -245,8 +245,9 @@ bool set_worker_priority(worker& handle, std::int32_t priority) noexcept {
     while (handle.identity.load(std::memory_order_relaxed) == 0)
         sched_yield();
     const auto identity = static_cast<id_t>(handle.identity.load(std::memory_order_relaxed));
-    handle.changed = setpriority(PRIO_PROCESS, identity, -priority) == 0;
-    return handle.changed;
+    const bool set = setpriority(PRIO_PROCESS, identity, -priority) == 0;
+    handle.changed = handle.changed || set;
+    return set;
 }
 
 // Requires: the handle's only holder. Guarantees: the thread returns to the pool when its run has ended.

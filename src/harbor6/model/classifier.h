@@ -24,6 +24,7 @@ public:
     static constexpr unsigned sample_size = 65536; ///< bytes that are looked at
 
     /// Takes ownership of `format`, made with new. Returns whether it was accepted, here always true.
+    /// Const because plug-ins get a constant registry to add to.
     virtual bool addFormat(Format& format) const;
     /// An unopened archive on `file`, counted for the caller; null if no format recognises it or its main
     /// fork can't be read. The first format to recognise it is used. What reading raises passes through.

@@ -57,9 +57,9 @@ public:
     virtual bool isOutermost() const;
     /// Whether the client gets no targetFileReady when this file is copied; false by default.
     virtual bool fileFlagged() const;
-    /// Copies every fork of `source` into this file. Data damage (a failed checksum, a decoder's failure)
-    /// does not end the walk: the client is told of the first, and this file is kept and made visible. Any
-    /// other failure passes through at once.
+    /// Copies every fork of `source` into this file. Data damage (a failed checksum, a corrupt Deflate
+    /// stream) does not end the walk: the client is told of the first, and this file is kept and made
+    /// visible. Any other failure passes through at once.
     virtual void adoptForks(const File& source);
     /// Copies `fork` into the fork of the same number here, or drops it if there is none. Raises
     /// un::implemented if `fork` can't be read.

@@ -44,7 +44,8 @@ struct FormatKey {
 };
 
 constexpr FormatKey format_keys[] = {
-    {key::formatName, key_id::formatName, base, true}, // its hasString looks at the values, as for the others
+    {key::formatName, key_id::formatName, base,
+     true}, // string keys are `base`: hasString() tests the value itself
     {key::suffix, key_id::suffix, base, true},
     {key::isFile, key_id::isFile, boolean, true},
     {key::isFolder, key_id::isFolder, boolean, true},

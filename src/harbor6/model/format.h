@@ -125,8 +125,8 @@ protected:
     std::vector<std::string> suffixes; ///< the preferred one first
 
 public:
-    bool executable = true;
-    bool active = true; ///< false: creating archives is refused
+    bool executable = true; ///< answers "executable"
+    bool active = true;     ///< false: creating archives is refused
     std::uint32_t preserve_resource_fork = 0;
     HarborShell* const shell;
 
@@ -137,8 +137,8 @@ protected:
     std::string long_name;
     std::string mime_type;
     std::string name_prefix;
-    bool is_file = false;
-    bool is_folder = false;
+    bool is_file = false;   ///< archives hold a single file
+    bool is_folder = false; ///< archives hold folders
     bool is_segmented = false;
     bool is_text = false;
     bool recovers_archives = false;

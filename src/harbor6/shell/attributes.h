@@ -49,6 +49,7 @@ public:
     virtual bool getString(const std::string& key, std::string& value) const;
     virtual bool setString(const std::string& key, const std::string& value);
     virtual bool hasTime(const std::string& key) const;
+    /// Not const, as the given interface has it.
     virtual any::time time(const std::string& key);
     virtual bool getTime(const std::string& key, any::time& value) const;
     virtual bool setTime(const std::string& key, const any::time& value);

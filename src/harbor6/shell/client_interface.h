@@ -26,7 +26,8 @@ public:
     virtual ~ClientInterface();
 
     /// Whether `file` is to be copied into `target`. The client may set `*expand` to have an archive
-    /// expanded, and `*format` to have the file converted; either pointer may be null.
+    /// expanded, and `*format` to have the file converted. Both pointers may be null; `format` is while an
+    /// archive's content is expanded in one pass, where no file is converted.
     virtual bool sourceFile(const File& file, Folder& target, bool* expand, const Format** format);
     /// Whether `archive`, found in a file, is to be expanded into `target`. The client may open it here, and
     /// must return true then.
@@ -43,7 +44,8 @@ public:
     virtual bool targetFolder(Folder& newFolder, Folder& parent, const Folder* source);
     /// `existing` already has the name `name` that is wanted for what `model` describes; `folders` is true if
     /// a folder may be merged into it. The client may change `name`, and, unless `target` is null, replace
-    /// the folder there or clear it. Returns false to skip the item.
+    /// the folder there or clear it; `target` is null when an existing item is moved. Returns false to skip
+    /// the item.
     virtual bool targetNameConflict(std::string& name, Item& existing, bool folders, const Attributes& model,
                                     pattern::AcquiredPtr<Folder>* target);
     /// Codes of itemFailed: what detected the damage.

@@ -24,7 +24,7 @@ public:
     virtual T current() = 0;
 };
 
-/// Something that can be walked; createIterator() returns a new iterator at the first element.
+/// Something that can be walked. createIterator() returns a new iterator; call first() before current().
 template<class T>
 class Traversable {
 public:

@@ -9,6 +9,8 @@
 
 namespace un {
 
+// Bases of RefCounted that say what may be done with a class; they have no members.
+
 class HARBOR6_API assignable {};
 
 class HARBOR6_API copyable {};

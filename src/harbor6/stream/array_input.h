@@ -18,7 +18,6 @@ public:
     /// The first item and the place after the last one; null in an empty default array.
     const T* begin() const { return first; }
     const T* end() const { return first + count; }
-    /// The number of items.
     unsigned length() const { return count; }
 
 private:

@@ -23,7 +23,6 @@ public:
 
     /// The stream, still owned by the holders; null if empty.
     Stream* get() const { return held.get(); }
-    /// Whether there is a stream.
     explicit operator bool() const { return held != nullptr; }
     /// The stream. Raise harbor6::counted_ptr_null if the holder is empty.
     Stream* operator->() const { return &**this; }
@@ -32,7 +31,6 @@ public:
             throw counted_ptr_null();
         return *held;
     }
-    /// Empties this holder.
     void reset() { held.reset(); }
 
 private:

@@ -22,7 +22,6 @@ public:
     virtual void reset();
     /// Adds `length` bytes, in their order, with the same effect as one by one; `bytes` is not kept.
     virtual void update(const char* bytes, unsigned length) = 0;
-    /// Adds one byte.
     virtual void update(char byte) = 0;
     /// Completes the value after the last byte; nothing by default.
     virtual void finish();

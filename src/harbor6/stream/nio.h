@@ -57,7 +57,6 @@ public:
     virtual void finish();
     /// Writes all `length` bytes of `buffer`, which is the caller's again on return.
     virtual void write(const char* buffer, unsigned length) = 0;
-    /// Writes one byte.
     virtual void put(char byte);
     /// Passes on what the stream has buffered; nothing by default.
     virtual void flush();
