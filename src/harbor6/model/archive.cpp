@@ -188,6 +188,10 @@ void Archive::sourceArchive(Archive& around) {
     outer = pattern::AcquiredPtr<Archive>::sharing(around);
 }
 
+Archive* Archive::archive() {
+    return this;
+}
+
 void Archive::destroy() {
     delete this;
 }

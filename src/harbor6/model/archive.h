@@ -102,6 +102,9 @@ public:
     /// Keeps the archive that contains this one alive as long as this one.
     void sourceArchive(Archive& outer);
 
+    using Item::archive;
+    /// An archive lies in itself.
+    Archive* archive() override;
     void destroy() override;
     const Format& format() const override;
     Format& format() override;
@@ -136,8 +139,8 @@ private:
     EntryFolder* walkRoot() const;
 
     const Format& described;
+    pattern::AcquiredPtr<Archive> outer; // outlives `storing`, which may be its entry
     pattern::AcquiredPtr<Item> storing;
-    pattern::AcquiredPtr<Archive> outer;
     Mode open_mode;
     std::uint64_t shift = 0;
     mutable std::unique_ptr<ArchiveWalk> walk;

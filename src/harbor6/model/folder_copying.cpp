@@ -205,7 +205,11 @@ AcquiredPtr<Item> Folder::expandArchive(Archive& archive, bool uniqueName) {
         result = acquireAddedItem(archive, uniqueName);
     } catch (...) {
         archive.close();
-        client.sourceArchiveFailed(archive, std::current_exception());
+        try {
+            client.sourceArchiveFailed(archive, std::current_exception());
+        } catch (...) {
+            // The failure that ended the expansion is the one to report.
+        }
         client.sourceArchiveDone(archive);
         throw;
     }

@@ -28,15 +28,15 @@ public:
 template<class T>
 class Traversable {
 public:
+    virtual std::unique_ptr<Iterator<T>> createIterator() = 0; // the table begins with it
     virtual ~Traversable() = default;
-    virtual std::unique_ptr<Iterator<T>> createIterator() = 0;
 };
 
 template<class T>
 class TraversableConst {
 public:
-    virtual ~TraversableConst() = default;
     virtual std::unique_ptr<Iterator<T>> createIterator() const = 0;
+    virtual ~TraversableConst() = default;
 };
 
 /// The position of a walk over a standard container, to which a derived class adds current(). Adding to the
