@@ -78,7 +78,7 @@ void content_scan::expandFolders() {
     for (auto& entry : cabinet_folders) {
         entry.output->start();
         ::format::cab::item_reader(entry.header.get()).process(input, *entry.output);
-        entry.output->passEmptyFiles();
+        entry.output->endStream();
     }
 }
 
