@@ -29,9 +29,11 @@ void Archive::addContentTo(Folder& target, ContainerAdaptor* adaptor) const {
 content_scan::content_scan(Archive& scanned, stream::input& bytes, Folder& into, ContainerAdaptor* list)
     : archive(scanned), input(bytes), adaptor(list),
       target_folders(scanned, into, list,
-                     [&scanned](const std::string& name) { return new FolderItem(&scanned, name); }) {}
+                     [&scanned](const std::string& name) { return new FolderItem(&scanned, name); }),
+      texts{scanned.options.longest_path, scanned.options.published_rules} {}
 
 void content_scan::run() {
+    header.texts = texts;
     header.read(input, true);
     if (header.has_next)
         throw un::implemented("expansion of segmented CAB archives not supported");
@@ -55,11 +57,12 @@ void content_scan::readFolders() {
 
 bool content_scan::addFile() {
     const auto record = std::make_shared<::format::cab::file_header>();
+    record->texts = texts;
     record->read(input, true);
     if (record->folder_index >= cabinet_folders.size())
         throw format::exception("invalid folder_index in file_header", "harbor6::cab::Archive::addContentTo");
     AcquiredPtr<Folder> parent;
-    const auto stem = nio::stem(record->name, '/');
+    const auto stem = record->name_shortened ? std::string() : nio::stem(record->name, '/');
     if (!target_folders.walk(stem, parent))
         return false;
     const AcquiredPtr<FileItem> item(new FileItem(&archive, record));
@@ -78,7 +81,7 @@ void content_scan::expandFolders() {
     for (auto& entry : cabinet_folders) {
         entry.output->start();
         ::format::cab::item_reader(entry.header.get()).process(input, *entry.output);
-        entry.output->passEmptyFiles();
+        entry.output->endStream();
     }
 }
 

@@ -37,7 +37,8 @@ public:
 };
 
 /// One pass over a cabinet's bytes, from the header to the last block. It lives for one call of
-/// Archive::addContentTo and owns none of its arguments.
+/// Archive::addContentTo and owns none of its arguments. The archive's options apply: with `published_rules`
+/// a name that the end of the input cuts raises stream::cut_short.
 class content_scan {
 public:
     content_scan(Archive& archive, stream::input& input, Folder& target, ContainerAdaptor* adaptor);
@@ -61,6 +62,7 @@ private:
     stream::input& input;
     ContainerAdaptor* adaptor;
     PathWalk target_folders;
+    const ::format::cab::text_rules texts;
     ::format::cab::archive_header header;
     std::vector<folder_entry> cabinet_folders;
 };

@@ -5,6 +5,32 @@
 
 namespace harbor6::cab {
 
+namespace {
+
+struct dos_flag {
+    const char* key;
+    std::uint16_t id;
+    bool io::win32::attributes::*value;
+};
+
+constexpr dos_flag dos_flags[] = {
+    {key::readOnly, key_id::readOnly, &io::win32::attributes::read_only},
+    {key::hidden, key_id::hidden, &io::win32::attributes::hidden},
+    {key::system, key_id::system, &io::win32::attributes::system},
+    {key::archive, key_id::archive, &io::win32::attributes::archive},
+    {key::executable, key_id::executable, &io::win32::attributes::executable},
+};
+
+/// Null if the id is none of a flag.
+const dos_flag* flag_of(std::uint16_t id) {
+    for (const auto& flag : dos_flags)
+        if (flag.id == id)
+            return &flag;
+    return nullptr;
+}
+
+} // namespace
+
 FileItem::FileItem(cab::Archive* archive, std::shared_ptr<const ::format::cab::file_header> read)
     : record(std::move(read)), owner(archive) {}
 
@@ -14,8 +40,60 @@ harbor6::Archive* FileItem::owningArchive() const {
     return owner;
 }
 
+bool FileItem::hasBoolean(const std::string& key) const {
+    return flag_of(idFromName(key)) || Item::hasBoolean(key);
+}
+
+bool FileItem::getBoolean(const std::string& key, bool& value) const {
+    const auto* const flag = flag_of(idFromName(key));
+    if (!flag)
+        return Item::getBoolean(key, value);
+    value = record->attributes.*flag->value;
+    return true;
+}
+
+bool FileItem::hasInteger(const std::string& key) const {
+    return idFromName(key) == key_id::uncompressedSize || Item::hasInteger(key);
+}
+
+bool FileItem::getInteger(const std::string& key, std::int64_t& value) const {
+    if (idFromName(key) != key_id::uncompressedSize)
+        return Item::getInteger(key, value);
+    value = static_cast<std::int64_t>(record->size);
+    return true;
+}
+
+bool FileItem::hasStructure(const std::string& key) const {
+    return idFromName(key) == key_id::win32Attributes || Item::hasStructure(key);
+}
+
+bool FileItem::getStructure(const std::string& key, un::structure& value) const {
+    return idFromName(key) == key_id::win32Attributes ? un::copy_to(value, record->attributes)
+                                                      : Item::getStructure(key, value);
+}
+
+void FileItem::populateIndex() const {
+    if (!owner->options.item_details)
+        return NamedItem::populateIndex();
+    auto& keys = index();
+    if (!keys.empty())
+        return;
+    Item::populateIndex();
+    keys[key::name] = key_id::name;
+    keys[key::modTime] = key_id::modTime;
+    keys[key::uncompressedSize] = key_id::uncompressedSize;
+    keys[key::win32Attributes] = key_id::win32Attributes;
+    for (const auto& flag : dos_flags)
+        keys[flag.key] = flag.id;
+}
+
+Attributes::Index* FileItem::newIndex() const {
+    static Index detailed;
+    return owner->options.item_details ? &detailed : NamedItem::newIndex();
+}
+
 std::string FileItem::itemName() const {
-    return nio::leaf(record->name, '/');
+    return record->name_shortened ? record->name : nio::leaf(record->name, '/');
 }
 
 std::optional<any::time> FileItem::itemTime() const {

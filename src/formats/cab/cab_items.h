@@ -13,8 +13,10 @@ namespace harbor6::cab {
 class Archive;
 
 /// A file record of a cabinet, by which the client learns of the file and from which the target's file gets
-/// its name and modification time. Nothing can be set. Its fork has no data: the cabinet's bytes reach the
-/// target through the block output. Its archive, which it doesn't count, must outlive it.
+/// its name and modification time. With the archive's option `item_details` it also has "uncompressedSize",
+/// the DOS flags as "readOnly", "hidden", "system", "archive" and "executable", and all of them as the
+/// structure io::win32::attributes "win32Attributes". Nothing can be set. Its fork has no data: the cabinet's
+/// bytes reach the target through the block output. Its archive, which it doesn't count, must outlive it.
 class FileItem : public ArchiveItem, public SingleForkFile, public NamedItem<FileItem> {
 public:
     FileItem(cab::Archive* archive, std::shared_ptr<const ::format::cab::file_header> record);
@@ -22,11 +24,20 @@ public:
 
     harbor6::Archive* owningArchive() const override;
     bool modifiable(const std::string& /*key*/) override { return false; }
+    bool hasBoolean(const std::string& key) const override;
+    bool getBoolean(const std::string& key, bool& value) const override;
+    bool hasInteger(const std::string& key) const override;
+    bool getInteger(const std::string& key, std::int64_t& value) const override;
+    bool hasStructure(const std::string& key) const override;
+    bool getStructure(const std::string& key, un::structure& value) const override;
 
 protected:
-    /// The last component of the record's path.
+    /// The last component of the record's path; all that was kept of a path that was too long.
     std::string itemName() const override;
     std::optional<any::time> itemTime() const override;
+    void populateIndex() const override;
+    /// One for all items with details, another for all without.
+    Index* newIndex() const override;
 
 private:
     std::shared_ptr<const ::format::cab::file_header> record;

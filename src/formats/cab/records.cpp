@@ -21,23 +21,33 @@ void require(bool sound, const char* refusal) {
         throw format::exception(refusal, "format::cab::archive_header");
 }
 
-/// Reads a text field of any length, up to a zero byte, which is consumed too, or the end of the stream.
-std::string read_text(stream::input& input) {
-    std::string text;
-    for (int byte = input.read(); byte > 0; byte = input.read())
-        text.push_back(static_cast<char>(byte));
-    return text;
+/// Reads a text field up to a zero byte, which is consumed too, or the end of the stream. Returns whether all
+/// of it was kept in `text`.
+bool read_text(stream::input& input, const text_rules& rules, std::string& text) {
+    std::uint64_t length = 0;
+    text.clear();
+    int byte = input.read();
+    for (; byte > 0; byte = input.read())
+        if (length++ < rules.longest)
+            text.push_back(static_cast<char>(byte));
+    if (byte < 0 && rules.must_end)
+        throw stream::cut_short(input.tell(), "format::cab");
+    return length <= rules.longest;
 }
 
-/// Reads a text field that is a file name.
-std::string read_name(stream::input& input) {
-    return nio::to_utf8(nio::decode(read_text(input), -1));
+/// The same for a field that is a file name.
+bool read_name(stream::input& input, const text_rules& rules, std::string& name) {
+    const bool whole = read_text(input, rules, name);
+    name = nio::to_utf8(nio::decode(name, -1));
+    return whole;
 }
 
-void read_pair(stream::input& input, optional_field<std::string>& cabinet,
+void read_pair(stream::input& input, const text_rules& rules, optional_field<std::string>& cabinet,
                optional_field<std::string>& disk) {
-    cabinet = {read_name(input), true};
-    disk = {read_text(input), true};
+    read_name(input, rules, cabinet.value);
+    cabinet.present = true;
+    read_text(input, rules, disk.value);
+    disk.present = true;
 }
 
 /// Skips the reserve bytes of a record. With `verify` all of them must be there.
@@ -116,9 +126,9 @@ std::uint32_t archive_header::read(stream::input& input, bool verify) {
         inner.skip(reserve.value.header_size);
     }
     if (has_previous)
-        read_pair(input, previous_cabinet, previous_disk);
+        read_pair(input, texts, previous_cabinet, previous_disk);
     if (has_next)
-        read_pair(input, next_cabinet, next_disk);
+        read_pair(input, texts, next_cabinet, next_disk);
     return static_cast<std::uint32_t>(input.tell() - input.mark);
 }
 
@@ -152,7 +162,7 @@ std::uint32_t file_header::read(stream::input& input, bool /*verify*/) {
     attributes.from_dos_flags(fields.read16());
 
     // Only after decoding: in some code pages the second byte of a letter is a backslash.
-    name = read_name(input);
+    name_shortened = !read_name(input, texts, name);
     std::replace(name.begin(), name.end(), '\\', '/');
     return static_cast<std::uint32_t>(input.tell() - input.mark);
 }

@@ -29,6 +29,14 @@ struct optional_field {
     bool present = false; ///< whether it was read
 };
 
+/// How the texts of a record are read, each up to a zero byte.
+struct text_rules {
+    std::uint64_t longest = ~std::uint64_t{0}; ///< bytes that are kept; the rest of a longer text is dropped
+    /// Whether a text that the end of the stream cuts raises stream::cut_short. Otherwise it is what was
+    /// read.
+    bool must_end = false;
+};
+
 /// The sizes of the reserve areas, which cabinet writers use as they like and readers skip.
 class reserved_header : public format::header {
 public:
@@ -51,10 +59,11 @@ public:
     /// Whether the signature is right, and the checksum too if there is one.
     bool is_valid() const override;
     /// With `verify` a header that can't be used raises "bad header artifact", "unsupported cabinet version",
-    /// "invalid cabinet index" or "archive header CRC error", the first that applies. Names and reserve bytes
-    /// may end with the stream.
+    /// "invalid cabinet index" or "archive header CRC error", the first that applies. Reserve bytes, and
+    /// names unless `texts` forbids it, may end with the stream.
     std::uint32_t read(stream::input& input, bool verify) override;
 
+    text_rules texts;               ///< to be set before read()
     std::uint64_t cabinet_size = 0; ///< as stated by the writer; not tested
     std::uint64_t files_offset = 0; ///< of the first file record; not used
     std::uint32_t folder_count = 0;
@@ -101,9 +110,11 @@ class file_header : public format::header {
 public:
     ~file_header() override;
 
-    /// Makes no tests; the caller knows which folder indexes are valid. The name may end with the stream.
+    /// Makes no tests; the caller knows which folder indexes are valid. The name may end with the stream
+    /// unless `texts` forbids it.
     std::uint32_t read(stream::input& input, bool verify) override;
 
+    text_rules texts;                ///< to be set before read()
     std::uint64_t size = 0;          ///< bytes when expanded
     std::uint64_t folder_offset = 0; ///< in the folder's expanded stream; not used
     std::uint16_t folder_index = 0;
@@ -112,7 +123,8 @@ public:
     bool continued_both = false;
     fs::time time;
     io::win32::attributes attributes;
-    std::string name; ///< UTF-8, with '/' as the only separator
+    std::string name;            ///< UTF-8, with '/' as the only separator
+    bool name_shortened = false; ///< the stored name is longer than `texts` allows, and `name` its beginning
 };
 
 /// One data block. A block is tested before a byte of it is expanded: read() reads all of it and then pushes

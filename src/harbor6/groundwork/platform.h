@@ -1,13 +1,14 @@
 #pragma once
 
 // What the system needs from the platform beyond the standard library: events, worker threads, loadable
-// libraries, code pages. `library`, `executable_path` and `code_page` raise exceptions; events and workers
-// report failures by their results, which the wrappers in concurrency/ turn into exceptions. The bodies are
-// in platform*.cpp; no other file below the host contains platform code.
+// libraries, temporary files, code pages. Failures are exceptions, except that events and workers report
+// theirs by results, which the wrappers in concurrency/ turn into exceptions. The bodies are in
+// platform*.cpp; no other file below the host contains platform code.
 
 #include "harbor6/groundwork/export.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -76,6 +77,10 @@ bool set_worker_priority(worker& handle, std::int32_t priority) noexcept;
 /// Gives up the handle, which is not null. A run that is still active continues.
 void close_worker(worker* handle) noexcept;
 
+/// How many bytes of stack the calling thread has left, about; a very large number if the platform doesn't
+/// tell.
+std::uint64_t stack_left() noexcept;
+
 /// Registers `renew` to be called in every child that this process forks.
 void call_in_forked_child(void (*renew)()) noexcept;
 
@@ -101,6 +106,29 @@ public:
 
 private:
     void* handle = nullptr;
+};
+
+/// An open file without a name in a folder: no other process sees it, and its bytes are gone once it is
+/// closed or the process ends. Failures raise fs::Exception with the folder and the platform's message.
+/// Movable; used by one thread at a time.
+class temporary_file {
+public:
+    /// Creates an empty one in `folder`.
+    explicit temporary_file(const std::string& folder);
+    temporary_file(temporary_file&& other) noexcept;
+    temporary_file& operator=(temporary_file&& other) noexcept;
+    ~temporary_file();
+
+    /// Writes all of `bytes` at `offset`.
+    void write(std::uint64_t offset, const char* bytes, std::size_t length);
+    /// Reads `length` bytes at `offset`, all of which must have been written.
+    void read(std::uint64_t offset, char* buffer, std::size_t length) const;
+
+private:
+    [[noreturn]] void fail(const char* operation, int error) const;
+
+    std::string folder;
+    int descriptor;
 };
 
 /// The path of the program file of this process. Raises un::exception if the platform doesn't tell.

@@ -184,6 +184,18 @@ bool create(worker& fresh) noexcept {
     return failure == 0;
 }
 
+/// Of the calling thread; 0 if the platform doesn't tell.
+std::uintptr_t lowest_stack_address() noexcept {
+    pthread_attr_t about;
+    if (pthread_getattr_np(pthread_self(), &about) != 0)
+        return 0;
+    void* lowest = nullptr;
+    std::size_t size = 0;
+    const int failure = pthread_attr_getstack(&about, &lowest, &size);
+    pthread_attr_destroy(&about);
+    return failure == 0 ? reinterpret_cast<std::uintptr_t>(lowest) : 0;
+}
+
 /// Registers the fork handlers at load and closes the pool at unload.
 struct lifetime {
     lifetime() noexcept {
@@ -257,6 +269,11 @@ void close_worker(worker* handle) noexcept {
         delete handle;
     else if (handle->state.exchange(detached, std::memory_order_acq_rel) == ended)
         workers.put(*handle);
+}
+
+std::uint64_t stack_left() noexcept {
+    static thread_local const std::uintptr_t lowest = lowest_stack_address();
+    return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) - lowest;
 }
 
 void call_in_forked_child(void (*renew)()) noexcept {

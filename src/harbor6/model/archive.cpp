@@ -3,6 +3,7 @@
 #include "harbor6/model/archive_walk.h"
 #include "harbor6/model/file.h"
 #include "harbor6/model/format.h"
+#include "harbor6/model/scratch_space.h"
 #include "harbor6/shell/fork.h"
 
 #include <algorithm>
@@ -43,11 +44,18 @@ Archive::Archive(const Format& format, Item& storing_item, Mode mode)
 
 Archive::~Archive() = default;
 
+ScratchSpace& Archive::scratchSpace() const {
+    const Archive* around = this;
+    while (around && !around->scratch)
+        around = around->outer ? around->outer.get() : std::as_const(around->storingItem()).archive();
+    return around ? *around->scratch : ScratchSpace::standard();
+}
+
 EntryFolder* Archive::walkRoot() const {
     if (open_mode == 0)
         return nullptr;
     if (!walk) {
-        walk = std::make_unique<ArchiveWalk>(const_cast<Archive&>(*this));
+        walk = std::make_unique<ArchiveWalk>(const_cast<Archive&>(*this), scratchSpace());
         try {
             walk->build();
         } catch (...) {

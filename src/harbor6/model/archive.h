@@ -8,6 +8,7 @@ namespace harbor6 {
 
 class ArchiveWalk;
 class EntryFolder;
+class ScratchSpace;
 
 /// An archive, which is a folder too. It is made on the item that stores it, to which it holds a reference;
 /// its format must outlive it. Used by one thread at a time.
@@ -124,10 +125,15 @@ public:
         bool published_rules = false;
         /// Items answer every attribute that their records hold, not only name and time.
         bool item_details = false;
-        /// Bytes of a stored path that are kept; the rest of a longer one is read and dropped.
+        /// Bytes of a stored path that are kept; the rest of a longer one is read and dropped. No folders are
+        /// made for such a path: the client is asked about the file in the target itself, under what was kept
+        /// of the path as its name.
         std::uint64_t longest_path = ~std::uint64_t{0};
     };
     Options options;
+    /// Where the item tree keeps the bytes of its entries; not owned. Null stands for the space of the
+    /// archive around this one, or ScratchSpace::standard().
+    ScratchSpace* scratch = nullptr;
 
 protected:
     void populateIndex() const override;
@@ -137,6 +143,7 @@ protected:
 private:
     /// The root of the item tree; null while the archive is closed or the tree is being built.
     EntryFolder* walkRoot() const;
+    ScratchSpace& scratchSpace() const;
 
     const Format& described;
     pattern::AcquiredPtr<Archive> outer; // outlives `storing`, which may be its entry

@@ -1,9 +1,11 @@
 #include "harbor6/model/archive_entries.h"
 
+#include "harbor6/groundwork/platform.h"
 #include "harbor6/model/container.h"
 #include "harbor6/stream/random.h"
 
 #include <algorithm>
+#include <iterator>
 #include <type_traits>
 
 namespace harbor6 {
@@ -83,6 +85,8 @@ namespace {
 // Ids of keys that only the format knows, in the order of their first use in a walk.
 constexpr std::uint16_t first_free_id = 0x2000;
 constexpr std::uint16_t last_free_id = 0x2FFF;
+
+constexpr std::uint64_t stack_reserve = 24u << 10; ///< for what happens in the deepest folder
 
 } // namespace
 
@@ -287,7 +291,17 @@ using pattern::AcquiredPtr;
 
 EntryFolder::EntryFolder(std::shared_ptr<WalkState> shared) : WalkEntry(std::move(shared)) {}
 
-EntryFolder::~EntryFolder() = default;
+EntryFolder::~EntryFolder() {
+    auto waiting = std::move(items);
+    while (!waiting.empty()) {
+        const auto item = std::move(waiting.back());
+        waiting.pop_back();
+        if (auto* const folder = item->references() == 1 ? dynamic_cast<EntryFolder*>(item.get()) : nullptr) {
+            std::move(folder->items.begin(), folder->items.end(), std::back_inserter(waiting));
+            folder->items.clear();
+        }
+    }
+}
 
 std::unique_ptr<pattern::Iterator<Item*>> EntryFolder::createIterator() {
     return std::make_unique<StdVectorContainer::STLContainerIterator>(items);
@@ -331,7 +345,8 @@ File* EntryFolder::_newFile() {
 Folder* EntryFolder::_newFolder() {
     if (!state->building)
         return Folder::_newFolder();
-    if (depth == greatest_depth)
+    const auto stack = platform::stack_left();
+    if (depth == greatest_depth || depth * std::uint64_t{stack_per_level} + stack_reserve > stack)
         throw un::exception("the archive's folders lie too deep in one another", "harbor6::EntryFolder");
     AcquiredPtr<EntryFolder> folder(new EntryFolder(state));
     folder->depth = depth + 1;

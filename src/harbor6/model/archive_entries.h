@@ -18,10 +18,12 @@ namespace harbor6 {
 /// What the entries of one walk share. Entries hold it, so that the bytes of one that outlives the archive's
 /// close() remain readable; the archive itself must outlive every entry.
 struct WalkState {
+    WalkState(Archive& walked, ScratchSpace& space) : archive(&walked), bytes(space) {}
+
     Archive* archive;
     bool building = true; ///< the pass is running: entries can be made and changed
     std::uint64_t entries = 0;
-    ScratchLog bytes = {};
+    ScratchLog bytes;
     Attributes::Index file_keys = {};   ///< of all files of the walk
     Attributes::Index folder_keys = {}; ///< of all folders
 };
@@ -122,10 +124,13 @@ private:
 /// A folder of an archive, or the root of its tree.
 class EntryFolder : public WalkEntry, public Folder {
 public:
-    /// Limits the recursion of those who walk the tree: a few bytes of an archive can describe any depth.
+    /// Limit the recursion of those who walk the tree: a few bytes of an archive can describe any depth. A
+    /// small stack lowers the limit, by what one level of a copy needs at most.
     static constexpr unsigned greatest_depth = 512;
+    static constexpr unsigned stack_per_level = 1024;
 
     explicit EntryFolder(std::shared_ptr<WalkState> state);
+    /// Destroys the folders in it one after another, not within each other.
     ~EntryFolder() override;
 
     std::unique_ptr<pattern::Iterator<Item*>> createIterator() override;
@@ -137,7 +142,7 @@ public:
     /// The existing folder of that name, or a new one; this folder for an empty name.
     Folder* acquireNewFolderFromName(const std::string& name, bool uniqueName) override;
     File* _newFile() override;
-    /// Raises un::exception beyond greatest_depth.
+    /// Raises un::exception beyond greatest_depth, or if the stack is too small for that depth.
     Folder* _newFolder() override;
 
 private:

@@ -4,9 +4,9 @@
 
 namespace harbor6 {
 
-ArchiveWalk::ArchiveWalk(Archive& walked)
+ArchiveWalk::ArchiveWalk(Archive& walked, ScratchSpace& space)
     : archive(walked), own_shell(walked.shell().getClassifier(), client),
-      state(std::make_shared<WalkState>(WalkState{.archive = &walked})), tree(new EntryFolder(state)) {}
+      state(std::make_shared<WalkState>(walked, space)), tree(new EntryFolder(state)) {}
 
 ArchiveWalk::~ArchiveWalk() = default;
 

@@ -10,7 +10,8 @@ namespace harbor6 {
 /// and files in memory, which are the archive's entries from then on. Owned by the archive.
 class ArchiveWalk {
 public:
-    explicit ArchiveWalk(Archive& archive);
+    /// The bytes of the entries are kept in `space`, which must outlive the walk and its entries.
+    ArchiveWalk(Archive& archive, ScratchSpace& space);
     ~ArchiveWalk();
 
     /// Runs the archive's content pass. What it raises passes through, and the walk is unusable then.

@@ -25,12 +25,13 @@ void FileSplitter::finish() {
     }
 }
 
-void FileSplitter::passEmptyFiles() {
+void FileSplitter::endStream() {
     while (currentEntry() && write_state == segment_size && current + 1 < entries.size() &&
            entries[current + 1].size == 0) {
         write_state = 0;
         next();
     }
+    closeCurrent();
 }
 
 void FileSplitter::next() {

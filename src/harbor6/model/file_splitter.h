@@ -15,6 +15,7 @@ namespace harbor6 {
 ///              current      stream attached
 ///   collecting none         none
 ///   writing    an entry     the target's output, or the sink
+///   ended      an entry     none: endStream() closed it
 ///   exhausted  at the end   none: next() left the last entry
 ///   finished   at the end   none: finish() ended the pass, committing the current entry
 class HARBOR6_API FileSplitter : public stream::multi_output {
@@ -37,9 +38,10 @@ public:
     void finish() override;
     /// Commits the current entry and opens the next.
     void next() override;
-    /// Commits a current file that is complete and the empty files after it, except the last of them. To be
-    /// called when the stream has ended without a failure, since no write follows that would do it.
-    void passEmptyFiles();
+    /// To be called when the stream has ended without a failure, since no write follows. Commits a current
+    /// file that is complete and the empty files after it, except the last of them; then closes the stream of
+    /// the file that is current, which finish() commits. Bytes written later are discarded.
+    void endStream();
 
     std::vector<entry> entries; ///< in the order of the stream; not to be changed after start()
 

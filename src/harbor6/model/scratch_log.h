@@ -1,17 +1,23 @@
 #pragma once
 
+#include "harbor6/groundwork/platform.h"
+#include "harbor6/model/scratch_space.h"
+
 #include <cstdint>
-#include <cstdio>
-#include <memory>
+#include <optional>
 #include <vector>
 
 namespace harbor6 {
 
-/// A growing sequence of bytes, written at its end and read anywhere. The first 16 MiB are kept in memory,
-/// the rest in an unnamed temporary file, whose failures raise fs::Exception. Used by one thread at a time.
+/// A growing sequence of bytes, written at its end and read anywhere. They are kept in memory as long as the
+/// space has memory left; those that follow in a temporary file, whose failures raise fs::Exception. The
+/// space must outlive it. Used by one thread at a time.
 class ScratchLog {
 public:
-    static constexpr std::uint64_t memory_limit = 16u << 20;
+    explicit ScratchLog(ScratchSpace& space);
+    ScratchLog(const ScratchLog&) = delete;
+    ScratchLog& operator=(const ScratchLog&) = delete;
+    ~ScratchLog();
 
     std::uint64_t size() const;
     void append(const char* bytes, unsigned length);
@@ -19,16 +25,15 @@ public:
     unsigned read(std::uint64_t offset, char* buffer, unsigned length) const;
 
 private:
-    static constexpr unsigned piece_size = 1u << 20;
+    static constexpr unsigned piece_size = 64u << 10;
 
-    struct Close {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
+    unsigned appendToMemory(const char* bytes, unsigned length);
+    bool addPiece();
+    std::uint64_t memorySize() const { return pieces.size() * std::uint64_t{piece_size}; }
 
-    std::FILE* fileAt(std::uint64_t offset) const;
-
-    std::vector<std::vector<char>> pieces; ///< each but the last one is full
-    std::unique_ptr<std::FILE, Close> overflow;
+    ScratchSpace& space;
+    std::vector<std::vector<char>> pieces; ///< each but the last one is full, that too once there is a file
+    std::optional<platform::temporary_file> file; ///< the bytes behind those of `pieces`
     std::uint64_t length = 0;
 };
 

@@ -17,3 +17,9 @@ folder_info::~folder_info() = default;
 extended_folder_info::~extended_folder_info() = default;
 
 } // namespace io::mac
+
+namespace io::win32 {
+
+attributes::~attributes() = default;
+
+} // namespace io::win32

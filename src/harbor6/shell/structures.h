@@ -78,7 +78,10 @@ public:
 namespace io::win32 {
 
 /// The DOS attributes of a file, which several archive formats store as one word of flags.
-struct attributes {
+class HARBOR6_API attributes : public un::structure {
+public:
+    ~attributes() override;
+
     bool read_only = false;
     bool hidden = false;
     bool system = false;

@@ -3,6 +3,7 @@
 #include "harbor6/stream/output.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace stream {
 
@@ -94,10 +95,10 @@ std::uint64_t input::_skip(std::uint64_t count) {
 }
 
 std::uint64_t input::_copy_to(output& target) {
-    char chunk[copy_chunk];
+    const auto chunk = std::make_unique_for_overwrite<char[]>(copy_chunk); // more than a small stack holds
     std::uint64_t total = 0;
-    while (const unsigned got = _read(chunk, copy_chunk)) {
-        target.write(chunk, got);
+    while (const unsigned got = _read(chunk.get(), copy_chunk)) {
+        target.write(chunk.get(), got);
         total += got;
     }
     return total;

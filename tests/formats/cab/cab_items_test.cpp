@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(CabItems, HaveAFilesNameAndTimeOrAFoldersName) {
+TEST(CabItems, HaveTheirRecordsNameTimeAndDetails) {
     const support::cabinet_host host(support::cabinet().bytes());
     auto* const archive = static_cast<harbor6::cab::Archive*>(host.archive.get());
     const auto record = std::make_shared<format::cab::file_header>();
@@ -17,4 +17,23 @@ TEST(CabItems, HaveAFilesNameAndTimeOrAFoldersName) {
     EXPECT_TRUE(file->hasTime("modTime") && fs::time(file->time("modTime")).month == 2);
     EXPECT_TRUE(folder->hasString("name") && folder->string("name") == "b" && !folder->hasString("comment"));
     EXPECT_TRUE(folder->hasInteger("numItems") && !file->hasInteger("numItems"));
+
+    archive->options.item_details = true;
+    record->size = 0xFFFFFFFF;
+    const std::pair<const char*, std::uint16_t> flags[] = {
+        {"readOnly", 1}, {"hidden", 2}, {"system", 4}, {"archive", 0x20}, {"executable", 0x40}};
+    for (const auto& [key, bit] : flags) {
+        SCOPED_TRACE(key);
+        record->attributes.from_dos_flags(bit);
+        const pattern::AcquiredPtr detailed(new harbor6::cab::FileItem(archive, record));
+        EXPECT_TRUE(!file->has(key) && detailed->hasBoolean(key) && !detailed->modifiable(key));
+        for (const auto& [other, ignored] : flags)
+            EXPECT_EQ(detailed->boolean(other), std::string_view(other) == key);
+        io::win32::attributes all;
+        EXPECT_TRUE(!file->has("win32Attributes") && detailed->hasStructure("win32Attributes"));
+        EXPECT_TRUE(detailed->getStructure("win32Attributes", all) && all.system == (bit == 4));
+        EXPECT_TRUE(!file->has("uncompressedSize") && detailed->hasInteger("uncompressedSize"));
+        EXPECT_EQ(detailed->integer("uncompressedSize"), 0xFFFFFFFF);
+        EXPECT_TRUE(detailed->string("name") == "c.txt" && fs::time(detailed->time("modTime")).month == 2);
+    }
 }

@@ -185,6 +185,36 @@ TEST(ContentScan, RefusesInExactWordsAndKeepsWhatWasMade) {
     }
 }
 
+TEST(ContentScan, FollowsTheArchivesOptions) {
+    const auto whole = cabinet().file("a/bcd", "123").file("e", "45").bytes();
+    const auto nameless = support::cut(cabinet().file("a", "").bytes(), 36 + 8 + 17);
+    cabinet neighboured;
+    neighboured.header.previous.emplace().disk = "disk";
+    neighboured.folders.clear();
+    const auto diskless = support::cut(neighboured.bytes(), 36 + 1 + 4);
+    const auto short_at = [](int end) {
+        return "format::cab: cut short: the input ends at byte " + std::to_string(end);
+    };
+    const struct {
+        harbor6::Archive::Options options;
+        std::string bytes, refusal, tree;
+    } cases[] = {
+        {{}, nameless, "", "a=\n"},
+        {{.published_rules = true}, nameless, short_at(61), ""},
+        {{}, diskless, "", ""},
+        {{.published_rules = true}, diskless, short_at(41), ""},
+        {{.published_rules = true}, whole, "", "a/\na/bcd=123\ne=45\n"},
+        {{.longest_path = 5}, whole, "", "a/\na/bcd=123\ne=45\n"},
+        {{.longest_path = 4}, whole, "", "a/bc=123\ne=45\n"},
+    };
+    for (const auto& c : cases) {
+        cabinet_host host(c.bytes);
+        host.archive->options = c.options;
+        EXPECT_EQ(host.expand(), c.refusal);
+        EXPECT_EQ(host.tree(), c.tree);
+    }
+}
+
 TEST(ContentScan, AFailureOfTheTargetPassesThroughAndTheNextCallStartsAgain) {
     cabinet_host host(cabinet().file("a", "12345").file("b", "67890").bytes());
     host.trap = support::fail_once_at<fs::Exception>("write b", "disk full", "disk");

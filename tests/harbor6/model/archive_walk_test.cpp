@@ -1,8 +1,11 @@
+#include "harbor6/model/scratch_space.h"
 #include "support/cabinet_host.h"
 #include "support/cabinet_writer.h"
+#include "support/temporary_folder.h"
 
 #include <functional>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <set>
 
 using harbor6::Archive;
@@ -112,18 +115,91 @@ TEST(ArchiveWalk, RaisesTheFailureOfThePassEachTime) {
 }
 
 TEST(ArchiveWalk, KeepsContentBeyondWhatFitsItsMemory) {
-    std::string large(17 << 20, '\0');
+    constexpr std::uint64_t memory = 128u << 10;
+    std::string large(300'000, '\0');
     for (std::size_t i = 0; i < large.size(); ++i)
         large[i] = static_cast<char>(i * 2654435761u >> 24);
     const cabinet_host host(
         cabinet().file("first", "first").file("large", large).file("last", "last").bytes());
+    harbor6::ScratchSpace space("/tmp", memory);
+    host.archive->scratch = &space;
     host.archive->open(Archive::mode_walk);
     const AcquiredPtr<Item> item(host.archive->acquireItemFromName("large"));
     auto& fork = *item->asFile()->getMainFork();
-    constexpr std::uint64_t border = (16u << 20) - 5; // the five bytes of "first" lie in front
+    constexpr std::uint64_t border = memory - 5; // the five bytes of "first" lie in front
     for (const std::uint64_t offset : {std::uint64_t{0}, border - 7, border, border + 1})
         EXPECT_EQ(bytes_at(fork, offset, 10), large.substr(offset, 10)) << offset;
     EXPECT_EQ(bytes_at(fork, large.size() - 3, 10), large.substr(large.size() - 3));
     const AcquiredPtr<Item> last(host.archive->acquireItemFromName("last"));
     EXPECT_EQ(bytes_at(*last->asFile()->getMainFork(), 0, 10), "last");
+}
+
+TEST(ArchiveWalk, SharesTheMemoryAndTheFolderOfTheArchiveAroundIt) {
+    const support::temporary_folder usable;
+    const std::string nowhere = usable / "none",
+                      failure = "platform::temporary_file: cannot create a temporary file in " + nowhere +
+                                ": No such file or directory";
+    const struct {
+        std::string environment, folder, refusal;
+        std::uint64_t pieces; ///< of memory; the outer archive takes one
+    } cases[] = {
+        {"", nowhere, "", 2},      {"", usable.path, "", 1},      {nowhere, usable.path, "", 1},
+        {"", nowhere, failure, 1}, {usable.path, nowhere, "", 1}, {nowhere, nowhere, failure, 1},
+    };
+    const cabinet_host host(cabinet().file("in", cabinet().file("x", "abc").bytes()).bytes());
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.environment + " " + c.folder);
+        setenv("TMPDIR", c.environment.c_str(), 1);
+        harbor6::ScratchSpace space(c.folder, c.pieces << 16);
+        host.archive->scratch = &space;
+        for (int i = 0; i < 2; ++i) { // closing returns the memory
+            host.archive->open(Archive::mode_read);
+            const AcquiredPtr<const Item> first(host.archive->acquireFirstItem());
+            const AcquiredPtr inner(
+                const_cast<harbor6::cab::Format&>(host.format)
+                    ._newArchiveAtItem(const_cast<Item&>(*first).asFile(), Archive::mode_read));
+            EXPECT_EQ(support::refusal_of([&] {
+                          const AcquiredPtr<const Item> item(inner->acquireFirstItem());
+                          EXPECT_EQ(bytes_at(*const_cast<Item&>(*item).asFile()->getMainFork(), 1, 9), "bc");
+                      }),
+                      c.refusal);
+            host.archive->close();
+        }
+    }
+    unsetenv("TMPDIR");
+}
+
+TEST(ArchiveWalk, MakesNoMoreLevelsThanTheStackAllows) {
+    const auto nested = [](unsigned depth) {
+        std::string path;
+        for (unsigned i = 0; i < depth; ++i)
+            path += "a/";
+        return cabinet().file(path + "x", "").bytes();
+    };
+    const auto walk_of = [](const cabinet_host& host) {
+        return support::refusal_of([&] { AcquiredPtr<const Item>(host.archive->acquireFirstItem()); });
+    };
+    const cabinet_host shallow(nested(16)), deep(nested(512)), deepest(nested(513));
+    const std::string too_deep = "harbor6::EntryFolder: the archive's folders lie too deep in one another";
+    for (const auto* host : {&shallow, &deep, &deepest})
+        host->archive->open(Archive::mode_walk);
+    EXPECT_EQ(walk_of(deepest), too_deep);
+    EXPECT_EQ(walk_of(deep), "");
+    std::string result[2];
+    std::function<void()> work = [&] {
+        deep.archive->close();
+        deep.archive->open(Archive::mode_walk);
+        result[0] = walk_of(shallow);
+        result[1] = walk_of(deep);
+    };
+    pthread_attr_t small;
+    pthread_t thread;
+    pthread_attr_init(&small);
+    pthread_attr_setstacksize(&small, 64u << 10);
+    const auto run = [](void* given) -> void* {
+        return (*static_cast<std::function<void()>*>(given))(), nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &small, run, &work), 0);
+    pthread_join(thread, nullptr);
+    EXPECT_EQ(result[0] + "," + result[1], "," + too_deep);
 }

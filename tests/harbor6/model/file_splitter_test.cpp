@@ -16,6 +16,13 @@ TEST(FileSplitter, CommitsEachFileOnceHoweverOftenItIsFinished) {
             }
             splitter.start();
             splitter.write("abcdefghi", count);
+            splitter.endStream();
+            EXPECT_EQ(splitter.attached(), nullptr);
+            unsigned commits = 0;
+            for (const auto& file : host.tree_root->children)
+                commits += file->commits;
+            EXPECT_EQ(commits, (count >= 3 ? 1u : 0u) + (count >= 8 ? 1u : 0u))
+                << "the current file isn't committed";
             splitter.finish();
             splitter.finish();
         }
