@@ -16,6 +16,7 @@ void expand_one(command_context& context, const std::string& archive) {
     auto& client = context.client;
     client.policy = where->may_replace ? context.chosen.policy : clash_policy::refuse;
     directory_tree target(where->folder, where->follows_links);
+    target.syncs = context.chosen.sync;
     expansion_state expansion(target, context.plain_format, context.log);
     expansion.folders_on_demand = !client.wanted.everything();
     expansion.replaces_all = client.policy == clash_policy::overwrite;
@@ -25,6 +26,7 @@ void expand_one(command_context& context, const std::string& archive) {
     for (const auto& pattern : client.wanted.take_unused())
         if (ended)
             context.log.refused(pattern, "not found in the archive");
+    target.sync_folders();
 }
 
 } // namespace
