@@ -96,6 +96,10 @@ bool Client::mayTakeName(std::string& name, const harbor6::Item& existing, DiskF
     const std::string stays = moving ? "; the new one stays in the folder made for it" : "";
     const auto* const file = dynamic_cast<const DiskFile*>(&existing);
     const bool replaceable = file && file->isRegular();
+    if (file && file->isOfThisExpansion()) {
+        log.refused(path, "another file of the archive has that name" + stays);
+        return false;
+    }
     std::string reason = existing.asFolder() ? "a folder of that name exists"
                          : replaceable       ? "exists already"
                                              : "a link or device of that name exists";

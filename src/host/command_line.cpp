@@ -74,6 +74,8 @@ void add_expand(CLI::App& program, parsed& into) {
             "item at its top")
         ->type_name("DIR");
     add_clash_options(command, into.chosen);
+    command.add_flag("--sync", into.chosen.sync,
+                     "End only when all files are on the disk, so that they survive a crash of the machine");
     auto* const nesting =
         command.add_flag("--nested", into.chosen.nested, "Expand archives inside archives too")
             ->excludes(command.get_option("names"));

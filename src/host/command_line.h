@@ -28,6 +28,7 @@ struct options {
     bool nested = false;               ///< archives inside archives are expanded too
     unsigned depth = 16;               ///< how many levels of them
     clash_policy policy = clash_policy::refuse;
+    bool sync = false; ///< what was expanded survives a crash of the machine
     bool verbose = false;
     bool json = false;
 };

@@ -1,10 +1,4 @@
-#include "support/cabinet_writer.h"
-#include "support/temporary_folder.h"
-
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
-// The program as its user sees it: arguments in, exit status and exact output out.
+#include "support/program.h"
 
 namespace {
 
@@ -13,71 +7,7 @@ using support::read_file;
 using support::tree;
 using support::write_file;
 
-struct transcript {
-    int status = -1;
-    std::string out;
-    std::string err;
-
-    friend bool operator==(const transcript&, const transcript&) = default;
-    friend std::ostream& operator<<(std::ostream& stream, const transcript& shown) {
-        return stream << "status " << shown.status << "\n-- out\n" << shown.out << "-- err\n" << shown.err;
-    }
-};
-
-class Program : public testing::Test {
-protected:
-    /// Runs `harbor` with `arguments`, as a shell reads them, in `place`; `before` is put in front.
-    transcript run(const std::string& arguments, const std::string& before = {}) {
-        const auto shell = "cd '" + place.path.string() + "' && { " + before + " '" HARBOR_PROGRAM "' " +
-                           arguments + "; } >'" + (logs / "out").string() + "' 2>'" +
-                           (logs / "err").string() + "'";
-        const int ended = std::system(shell.c_str());
-        return {WIFEXITED(ended) ? WEXITSTATUS(ended) : -1, read_file(logs / "out"), read_file(logs / "err")};
-    }
-    void save(const cabinet& made, const std::string& name = "x.cab") {
-        write_file(place / name, made.bytes());
-    }
-
-    static transcript fine(const std::string& out = {}) { return {0, out, {}}; }
-    static transcript failed(const std::string& err, const std::string& out = {}) { return {1, out, err}; }
-
-    support::temporary_folder place;
-    support::temporary_folder logs;
-};
-
-TEST_F(Program, ExpandsEachCorpusCabinetToItsDigests) {
-    for (const auto& entry : std::filesystem::directory_iterator(HARBOR_TEST_DATA))
-        if (const auto name = entry.path().filename().string(); !name.starts_with("refuse")) {
-            EXPECT_EQ(run("expand " HARBOR_TEST_DATA "/" + name + " -C " + name).status, name == "SHA256SUMS")
-                << name;
-        }
-    const auto checked =
-        run("--version", "sha256sum --check --quiet --strict '" HARBOR_TEST_DATA "/SHA256SUMS' &&");
-    EXPECT_EQ(checked.status, 0) << checked;
-}
-
-TEST_F(Program, ReplacesOnlyOnRequest) {
-    save(cabinet().file("a", "one").file("d\\b", "two"));
-    EXPECT_EQ(run("expand x.cab -v"), fine("a\nd/b\n"));
-    EXPECT_EQ(tree(place / "x"), "a d/ d/b ");
-    save(cabinet().file("a", "three").file("d\\b", "four").file("d\\c", "five"));
-    EXPECT_EQ(run("expand x.cab"),
-              failed("harbor: x.cab: a: exists already (--overwrite replaces, --keep keeps such files)\n"
-                     "harbor: x.cab: d/b: exists already (--overwrite replaces, --keep keeps such files)\n"));
-    EXPECT_EQ(run("expand x.cab --keep -v"), fine("a: kept\nd/b: kept\nd/c: kept\n"));
-    EXPECT_EQ(read_file(place / "x/a") + read_file(place / "x/d/b") + read_file(place / "x/d/c"),
-              "onetwofive");
-    EXPECT_EQ(run("expand x.cab --overwrite"), fine());
-    EXPECT_EQ(read_file(place / "x/a") + read_file(place / "x/d/b"), "threefour");
-
-    cabinet damaged;
-    damaged.folder(support::stored).file({.name = "d\\b", .size = 5});
-    save(damaged.block({.payload = "ha"}).block({.payload = "lf!", .checksum = 1}));
-    EXPECT_EQ(run("expand x.cab --overwrite"), failed("harbor: x.cab: CRC mismatch, data is invalid\n"
-                                                      "harbor: x.cab: d/b: incomplete after 2 bytes\n"));
-    EXPECT_EQ(read_file(place / "x/d/b"), "four") << "the old file stays as it was";
-    EXPECT_EQ(tree(place / "x"), "a d/ d/b d/c ");
-}
+struct Program : support::program {};
 
 TEST_F(Program, NamesIncompleteFiles) {
     const auto short_of_blocks = [&](std::uint16_t blocks) {
@@ -121,27 +51,6 @@ TEST_F(Program, DetectsACutAtEveryByte) {
     EXPECT_EQ(read_file(place / "piped/d/b"), std::string(600, 'b'));
 }
 
-TEST_F(Program, StaysInsideItsFolder) {
-    save(cabinet()
-             .file("../../up", "1")
-             .file("\\rooted", "2")
-             .file("d\\..", "3")
-             .file("a\x1b[2J", "4")
-             .file("a", "5")
-             .file("a", "6")
-             .file("a\\b", "7")
-             .file("d\\", "8"));
-    EXPECT_EQ(run("expand x.cab -C t"),
-              failed("harbor: x.cab: d/..: its name is reserved\n"
-                     "harbor: x.cab: a: exists already (--overwrite replaces, --keep keeps such files)\n"
-                     "harbor: x.cab: a/b: cannot use folder a: it is not a folder\n"
-                     "harbor: x.cab: d/: its name is empty\n"));
-    EXPECT_EQ(tree(place.path), "t/ t/a t/a\x1b[2J t/d/ t/rooted t/up x.cab ");
-    EXPECT_EQ(read_file(place / "t/a"), "5");
-    EXPECT_EQ(run("expand x.cab -C u --overwrite").status, 1);
-    EXPECT_EQ(read_file(place / "u/a"), "6");
-}
-
 TEST_F(Program, RefusesAnOverlongPathAndContinues) {
     std::string path;
     for (int i = 0; i < 100000; ++i)
@@ -153,66 +62,6 @@ TEST_F(Program, RefusesAnOverlongPathAndContinues) {
                 tested.err.ends_with(": its path is too long\n"))
         << tested.err.substr(0, 200);
     EXPECT_EQ(std::count(tested.err.begin(), tested.err.end(), '\n'), 1);
-}
-
-TEST_F(Program, ExpandsOnlySelectedFiles) {
-    save(cabinet().file("a.txt", "1").file("d\\b.txt", "2").file("e\\c.dat", "3"));
-    EXPECT_EQ(run("expand x.cab 'b.*'"), fine());
-    EXPECT_EQ(tree(place / "x"), "d/ d/b.txt ");
-    EXPECT_EQ(run("expand x.cab e none -C t"), failed("harbor: x.cab: none: not found in the archive\n"));
-    EXPECT_EQ(tree(place / "t"), "e/ e/c.dat ");
-}
-
-TEST_F(Program, MovesASingleItemOutOfItsFolder) {
-    save(cabinet().file("x", "1"));
-    EXPECT_EQ(run("expand x.cab"), fine());
-    EXPECT_EQ(tree(place.path), "x x.cab ");
-    EXPECT_EQ(run("expand x.cab"), failed("harbor: x.cab: x: exists already; the new one stays in the folder "
-                                          "made for it\n"));
-    EXPECT_EQ(tree(place.path), "x x.cab x.contents/ x.contents/x ");
-    std::filesystem::remove_all(place / "x.contents");
-    save(cabinet().file("x", "2"));
-    EXPECT_EQ(run("expand x.cab --overwrite"), fine());
-    EXPECT_EQ(tree(place.path) + read_file(place / "x"), "x x.cab 2");
-    save(cabinet().file("y\\a", "3").file("y\\b", "4"), "y.cab");
-    EXPECT_EQ(run("expand y.cab"), fine());
-    EXPECT_EQ(tree(place.path), "x x.cab y.cab y/ y/a y/b ");
-}
-
-TEST_F(Program, ExpandsArchivesInsideArchives) {
-    auto deep = cabinet().file("deep", "down").bytes();
-    for (const auto* const name : {"3.cab", "2.cab"})
-        deep = cabinet().file(name, deep).bytes();
-    cabinet half;
-    half.file("h", std::string(100, 'h')).folders.back().checksums = false;
-    const auto cut = support::cut(half.bytes(), 120);
-    save(cabinet()
-             .file("one.cab", cabinet().file("one", "alone").bytes())
-             .file("d\\two.cab", cabinet().file("a", "1").file("b\\c", "2").bytes())
-             .file("1.cab", deep)
-             .file("cut.cab", cut)
-             .file("none.cab", cabinet().bytes())
-             .file("plain", "text"));
-    EXPECT_EQ(run("expand --nested x.cab"),
-              failed("harbor: x.cab: cut.cab: kept as a file: cut short: the input ends at byte 120\n"));
-    EXPECT_EQ(tree(place / "x"), "cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c deep none/ one plain ");
-    EXPECT_EQ(read_file(place / "x/deep") + read_file(place / "x/one") + read_file(place / "x/d/two/b/c"),
-              "downalone2");
-    EXPECT_EQ(read_file(place / "x/cut.cab"), cut);
-    EXPECT_EQ(run("expand --nested --depth 2 - -C t <x.cab").err,
-              "harbor: -: 1/2/3: kept as a file: archives are nested more than 2 deep (--depth)\n"
-              "harbor: -: cut.cab: kept as a file: cut short: the input ends at byte 120\n");
-    EXPECT_EQ(tree(place / "t"), "3.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
-
-    // Existing files block both the content of an archive and the archive itself.
-    std::filesystem::create_directory(place / "u");
-    write_file(place / "u/1", "");
-    write_file(place / "u/1.cab", "");
-    EXPECT_EQ(run("expand --nested x.cab -C u").err,
-              "harbor: x.cab: 1: a file of that name exists, so the archive is kept as a file\n"
-              "harbor: x.cab: 1.cab: exists already (--overwrite replaces, --keep keeps such files)\n"
-              "harbor: x.cab: cut.cab: kept as a file: cut short: the input ends at byte 120\n");
-    EXPECT_EQ(tree(place / "u"), "1 1.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
 }
 
 TEST_F(Program, ListsAndDescribes) {
@@ -259,24 +108,6 @@ TEST_F(Program, ExplainsEachRefusal) {
     for (const std::string usage :
          {"", "expand", "expand -", "expand --keep --overwrite x.cab", "test --encoding none x.cab"})
         EXPECT_EQ(run(usage).status, 2) << usage;
-}
-
-TEST_F(Program, ReportsDiskErrors) {
-    save(cabinet().file("a", "fits").file("b", std::string(100000, 'b')).file("c", "more"));
-    const auto limited = run("expand x.cab", "ulimit -f 60;");
-    EXPECT_EQ(limited.status, 1);
-    EXPECT_EQ(limited.err.find("harbor: x.cab: cannot write b: File too large\n"
-                               "harbor: x.cab: b: incomplete after "),
-              0u);
-    EXPECT_EQ(read_file(place / "x/a"), "fits");
-    std::filesystem::remove_all(place / "x");
-    EXPECT_EQ(run("expand x.cab -C x.cab"), failed("harbor: x.cab: cannot use folder x.cab: it is a file\n"));
-    std::filesystem::create_directory_symlink(logs.path, place / "x");
-    EXPECT_EQ(run("expand x.cab"), failed("harbor: x.cab: cannot use folder x: it is a symbolic link\n"));
-    EXPECT_EQ(run("expand x.cab -C x"), fine()) << "the user named this link";
-    EXPECT_EQ(run("list x.cab >/dev/full"),
-              failed("harbor: cannot write to the standard output: No space left on device\n"));
-    EXPECT_EQ(run("list x.cab | true; exit 0").err, "");
 }
 
 } // namespace

@@ -98,10 +98,14 @@ bool DiskFile::begin() {
     if (state != wanted)
         return false;
     try {
-        writer = std::make_shared<file_writer>(expansion.target, folder(), name(), replacing);
+        writer = std::make_shared<file_writer>(expansion.target, folder(), name(),
+                                               replacing || expansion.replaces_all);
+        if (modified)
+            writer->set_time(*modified);
         data = std::make_shared<arrival>();
         state = writing;
-    } catch (const path_error& failure) {
+    } catch (const fs::Exception& failure) {
+        // The next file may be small enough, or go into another folder.
         state = settled;
         expansion.log.refused(path(), failure.message());
     }
@@ -117,8 +121,12 @@ void DiskFile::commitItem() {
     data->set_received(writer->size());
     if (data->complete()) {
         try {
-            writer->finish(modified);
+            writer->finish();
             made = true;
+        } catch (const path_error& failure) {
+            expansion.log.refused(path(), failure.message());
+            writer.reset();
+            return;
         } catch (const un::exception& failure) {
             data->fail(failure.message());
         }
@@ -154,7 +162,11 @@ bool DiskFile::setItemName(const std::string& value) {
 
 bool DiskFile::setItemTime(const any::time& time) {
     modified = local_moment(fs::time(time));
-    return true;
+    return !writer || !modified || writer->set_time(*modified);
+}
+
+bool DiskFile::isOfThisExpansion() const {
+    return expansion.is_promised(folder(), name()) || expansion.target.was_made(folder(), name());
 }
 
 std::optional<fs::Spec> DiskFile::identity() const {

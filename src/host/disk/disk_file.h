@@ -28,8 +28,9 @@ private:
 };
 
 /// A file on disk: one that exists already, as a lookup finds it, or one to be made. The latter is only a
-/// reserved name until its fork's output is taken; commitItem ends it. Destroyed without that it is reported
-/// as missing or unfinished. Many thousands of them wait at a time, so it is small.
+/// reserved name until its fork's output is taken; once that stream is destroyed no descriptor is open, and
+/// commitItem ends the file. Destroyed without that it is reported as missing or unfinished. Many thousands
+/// of them wait at a time, so it is small.
 class DiskFile : public harbor6::OneForkFile<DiskFork>, public TargetFile, public PlainItem<DiskFile> {
 public:
     /// A file to be made in `folder`; it gets its name as an attribute, once.
@@ -44,6 +45,8 @@ public:
     std::string path() const { return join_path(folder(), name()); }
     /// Whether this is a plain file, and not a link or a device.
     bool isRegular() const { return state != existing_other; }
+    /// Whether it comes from this expansion: it is being written, or was.
+    bool isOfThisExpansion() const;
 
     bool isCreated() override;
     harbor6::Folder* acquireParent() override;
@@ -56,6 +59,7 @@ protected:
     std::string itemName() const override;
     /// Names a file to be made, once; renames one that exists.
     bool setItemName(const std::string& name) override;
+    /// To be set before the stream into the file is destroyed.
     bool setItemTime(const any::time& time) override;
     std::optional<fs::Spec> identity() const override;
 

@@ -45,7 +45,9 @@ void DiskFolder::make() {
         return;
     try {
         expansion.target.make_folder(path());
-    } catch (const path_error& failure) {
+    } catch (const fs::Exception& failure) {
+        if (!expansion.target.is_open({}))
+            throw; // without the top no file can be written
         obstacle = failure.message();
     }
 }
@@ -124,7 +126,7 @@ entry_kind DiskFolder::lookUp(const std::string& name) const {
         return entry_kind::file;
     try {
         return expansion.target.look_up(path(), name);
-    } catch (const path_error&) {
+    } catch (const fs::Exception&) {
         // Creating it fails too, and that failure is reported.
         return entry_kind::none;
     }

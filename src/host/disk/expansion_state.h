@@ -5,8 +5,8 @@
 #include "host/platform/directory_tree.h"
 
 #include <optional>
+#include <set>
 #include <string>
-#include <unordered_set>
 #include <utility>
 
 namespace host {
@@ -23,6 +23,8 @@ public:
     harbor6::Format& format; ///< of items outside any archive
     journal& log;
     bool folders_on_demand = false; ///< a folder is created with the first file in it, not before
+
+    bool replaces_all = false; ///< a plain file that appears under the name of a new one is replaced
 
     /// Lets the next file replace the existing entry `name` of `folder`. Only the last call counts.
     void replace_next(const std::string& folder, const std::string& name) {
@@ -44,19 +46,14 @@ private:
         using is_transparent = void;
         static place of(const DiskFile* file);
         static place of(const place& named) { return named; }
-        template<class T>
-        std::size_t operator()(const T& named) const {
-            const auto [folder, name] = of(named);
-            return std::hash<std::string>()(folder) * 31 + std::hash<std::string>()(name);
-        }
         template<class A, class B>
         bool operator()(const A& a, const B& b) const {
-            return of(a) == of(b);
+            return of(a) < of(b);
         }
     };
 
     std::optional<std::pair<std::string, std::string>> replaceable;
-    std::unordered_set<const DiskFile*, by_place, by_place> promised;
+    std::set<const DiskFile*, by_place> promised; ///< ordered: archives choose the names
 };
 
 } // namespace host

@@ -16,9 +16,17 @@ file_output::file_output(std::shared_ptr<file_writer> writer, std::shared_ptr<ar
     : file(std::move(writer)), data(std::move(shared_data)) {}
 
 file_output::~file_output() {
+    flush();
+    data->set_received(file->size());
+    file->release(file->failure().empty() && data->is_sized() && data->complete());
+}
+
+void file_output::pass_on(std::string_view bytes) {
+    if (!file->failure().empty())
+        return;
     try {
-        flush();
-    } catch (const un::exception&) {
+        file->write(bytes);
+    } catch (const fs::Exception&) {
         // The writer keeps the failure, and the file reports it when it ends.
     }
 }
@@ -27,7 +35,7 @@ void file_output::write(const char* buffer, unsigned length) {
     if (length >= large || length > buffer_size - pending) {
         flush();
         if (length >= large) {
-            file->write({buffer, length});
+            pass_on({buffer, length});
             return;
         }
     }
@@ -47,7 +55,7 @@ std::uint64_t file_output::tell() const {
 
 void file_output::flush() {
     if (pending > 0)
-        file->write({buffered.get(), std::exchange(pending, 0)});
+        pass_on({buffered.get(), std::exchange(pending, 0)});
 }
 
 void file_output::segment_begins(std::uint64_t size) {

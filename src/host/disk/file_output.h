@@ -8,7 +8,9 @@
 namespace host {
 
 /// The stream into a file on disk. Small writes are buffered, large ones are passed straight through.
-/// Destroying the stream writes its buffer out; a failure of that is kept by the file_writer.
+/// Destroying the stream writes its buffer out and closes the file's descriptor. A write that fails raises
+/// nothing, so that the other files are still written: the file_writer keeps the failure, and what follows
+/// for this file is dropped.
 class file_output : public stream::output, public stream::segment_listener {
 public:
     file_output(std::shared_ptr<file_writer> file, std::shared_ptr<arrival> data);
@@ -23,6 +25,8 @@ public:
     void segment_begins(std::uint64_t size) override;
 
 private:
+    void pass_on(std::string_view bytes);
+
     std::shared_ptr<file_writer> file;
     std::shared_ptr<arrival> data;
     std::unique_ptr<char[]> buffered; ///< allocated by the first small write

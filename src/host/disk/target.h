@@ -15,6 +15,7 @@ class arrival {
 public:
     /// States how many bytes will come. Without that, all have come unless something failed.
     void expect(std::uint64_t size) { expected = size; }
+    bool is_sized() const { return expected.has_value(); }
     void set_received(std::uint64_t bytes) { count = bytes; }
     std::uint64_t received() const { return count; }
     /// From now on the data counts as incomplete. The first reason is kept; it may be empty.

@@ -2,6 +2,7 @@
 
 #include "harbor6/groundwork/text.h"
 #include "host/platform/system_error.h"
+#include "host/platform/temporary_files.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -43,13 +44,37 @@ std::string join_path(const std::string& folder, const std::string& name) {
 std::string name_fault(const std::string& name) {
     if (name.empty())
         return "its name is empty";
-    if (name == "." || name == "..")
+    if (name == "." || name == ".." || is_temporary_name(name))
         return "its name is reserved";
     if (name.find('\0') != name.npos || name.find('/') != name.npos)
         return "its name contains a character that is not allowed in file names";
     if (name.size() > longest_name)
         return "its name is too long";
     return {};
+}
+
+/// Without the top nothing can be written: that is no path_error.
+void directory_tree::fail_on_root(int error) const {
+    try {
+        fail_on_folder(AT_FDCWD, root_path.c_str(), root_path, error);
+    } catch (const path_error& obstacle) {
+        throw fs::Exception(obstacle.message(), "host::directory_tree");
+    }
+}
+
+/// Creates the top and missing folders above it.
+void directory_tree::make_root() {
+    std::error_code error;
+    auto above = std::filesystem::path(root_path).lexically_normal();
+    do
+        above = above.has_parent_path() && above.parent_path() != above ? above.parent_path() : ".";
+    while (above != "." && !std::filesystem::exists(above, error));
+    above_root = above.string();
+    std::filesystem::create_directories(root_path, error);
+    if (error)
+        throw fs::Exception("cannot create folder " + nio::printable(root_path) + ": " +
+                                error_text(error.value()),
+                            "host::directory_tree");
 }
 
 directory_tree::handle directory_tree::open_root(if_missing policy) {
@@ -60,20 +85,11 @@ directory_tree::handle directory_tree::open_root(if_missing policy) {
     if (!opened && errno == ENOENT) {
         if (policy == if_missing::return_null)
             return nullptr;
-        std::error_code error;
-        std::filesystem::create_directories(root_path, error);
-        if (error)
-            throw_system_error("create folder", root_path, error.value());
+        make_root();
         opened = file_descriptor(::open(root_path.c_str(), flags));
     }
-    if (!opened) {
-        // Without the top nothing can be written: this is no path_error.
-        try {
-            fail_on_folder(AT_FDCWD, root_path.c_str(), root_path, errno);
-        } catch (const path_error& obstacle) {
-            throw fs::Exception(obstacle.message(), "host::directory_tree");
-        }
-    }
+    if (!opened)
+        fail_on_root(errno);
     root = std::make_shared<const file_descriptor>(std::move(opened));
     return root;
 }
@@ -185,8 +201,11 @@ void directory_tree::rename(const std::string& from, const std::string& to, bool
 
 void directory_tree::remove_file(const std::string& folder, const std::string& name) {
     const auto parent = open(folder, if_missing::return_null);
+    const auto removed = made.empty() ? std::nullopt : object_at(folder, name);
     if (!parent || unlinkat(parent->get(), name.c_str(), 0) != 0)
         throw_system_error("remove", join_path(folder, name), parent ? errno : ENOENT);
+    if (removed)
+        made.erase(*removed);
 }
 
 void directory_tree::remove_folder(const std::string& folder) {
@@ -204,7 +223,21 @@ void directory_tree::forget(const std::string& folder) {
 }
 
 std::shared_ptr<const file_descriptor> directory_tree::make_folder(const std::string& folder) {
-    return open(folder, if_missing::create);
+    auto opened = open(folder, if_missing::create);
+    auto& prepared = folder.empty() ? root_written : recent.front().written;
+    if (!prepared)
+        prepare_to_write(folder, *opened);
+    prepared = true;
+    return opened;
+}
+
+void directory_tree::prepare_to_write(const std::string& folder, const file_descriptor& opened) {
+    struct stat status = {};
+    if (fstat(opened.get(), &status) == 0 && written.emplace(status.st_dev, status.st_ino).second)
+        remove_abandoned_files(opened.get());
+    // Folders above it may be new too.
+    for (auto path = folder; syncs && to_be_synced.insert(path).second && !path.empty();)
+        path = nio::stem(path, '/');
 }
 
 bool directory_tree::is_open(const std::string& folder) const {
@@ -218,6 +251,41 @@ std::shared_ptr<const std::string> directory_tree::intern(const std::string& fol
         if (*entry.path == folder)
             return entry.path;
     return std::make_shared<const std::string>(folder);
+}
+
+std::optional<directory_tree::object> directory_tree::object_at(const std::string& folder,
+                                                                const std::string& name) {
+    const auto found = identity(folder, name);
+    return found ? std::optional(object(found->device, found->node)) : std::nullopt;
+}
+
+void directory_tree::note_made(const std::string& folder, const std::string& name) {
+    if (const auto file = object_at(folder, name))
+        made.insert_or_assign(*file, name);
+}
+
+bool directory_tree::was_made(const std::string& folder, const std::string& name) {
+    const auto file = made.empty() ? std::nullopt : object_at(folder, name);
+    const auto found = file ? made.find(*file) : made.end();
+    // The number of a file that another process replaced may be in use again, for any file.
+    return found != made.end() && (found->second == name || object_at(folder, found->second) == file);
+}
+
+void directory_tree::sync_folders() {
+    const auto sync = [](const file_descriptor& folder, const std::string& path) {
+        if (!folder || fsync(folder.get()) != 0)
+            throw_system_error("write folder", path, errno);
+    };
+    for (auto path = to_be_synced.rbegin(); path != to_be_synced.rend(); ++path)
+        if (const auto folder = open(*path, if_missing::return_null))
+            sync(*folder, path->empty() ? root_path : *path);
+    if (above_root.empty() || to_be_synced.empty())
+        return;
+    auto above = std::filesystem::path(root_path).lexically_normal();
+    do {
+        above = above.has_parent_path() && above.parent_path() != above ? above.parent_path() : ".";
+        sync(file_descriptor(::open(above.c_str(), folder_flags)), above.string());
+    } while (above != above_root);
 }
 
 } // namespace host

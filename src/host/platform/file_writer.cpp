@@ -3,10 +3,10 @@
 #include "host/platform/system_error.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
-#include <csignal>
+#include <cstdio>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,64 +14,69 @@ namespace host {
 
 namespace {
 
-std::atomic<const char*> unfinished_name = nullptr;
-std::atomic<int> unfinished_folder = -1;
-static_assert(std::atomic<const char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+constexpr int write_flags = O_WRONLY | O_CLOEXEC;
+constexpr mode_t permission_bits = 0777;
 
-extern "C" void remove_and_end(int signal) {
-    if (const char* const name = unfinished_name)
-        unlinkat(unfinished_folder, name, 0);
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
-}
-
-void install_handlers() {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        if (std::signal(signal, remove_and_end) == SIG_IGN)
-            std::signal(signal, SIG_IGN);
+/// The place through which an open file without a name gets one.
+std::string link_to(const file_descriptor& file) {
+    return "/proc/self/fd/" + std::to_string(file.get());
 }
 
 } // namespace
 
-remove_on_signal::remove_on_signal(int folder, const char* name) : mine(name) {
-    [[maybe_unused]] static const bool installed = (install_handlers(), true);
-    unfinished_name = nullptr; // so that the handler never joins one file's name with another's folder
-    unfinished_folder = folder;
-    unfinished_name = name;
+file_writer::file_writer(directory_tree& target, std::string folder_to, std::string file_name, bool replacing)
+    : tree(target), folder_path(std::move(folder_to)), name(std::move(file_name)), replaces(replacing),
+      folder(target.make_folder(folder_path)), temporary(target, folder_path) {
+    if (!replaces && tree.look_up(folder_path, name) != entry_kind::none)
+        throw_system_error("create", path(), EEXIST);
+    if (!make_unnamed())
+        make_temporary();
 }
 
-remove_on_signal::~remove_on_signal() {
-    unfinished_name.compare_exchange_strong(mine, nullptr);
+/// Returns false if the file system has no files without a name.
+bool file_writer::make_unnamed() {
+    static const bool can_be_linked = access("/proc/self/fd", X_OK) == 0;
+    if (!tree.unnamed_files || !can_be_linked)
+        return false;
+    file = file_descriptor(openat(folder->get(), ".", write_flags | O_TMPFILE, 0666));
+    if (file)
+        return true;
+    if (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)
+        throw_system_error("create", path(), errno);
+    tree.unnamed_files = false;
+    return false;
 }
 
-namespace {
-
-constexpr int create_flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-
-std::string unused_name() {
-    static unsigned number = 0;
-    return ".harbor-" + std::to_string(getpid()) + "-" + std::to_string(number++);
-}
-
-} // namespace
-
-file_writer::file_writer(directory_tree& target, const std::string& folder_path, const std::string& file_name,
-                         bool replacing)
-    : path(join_path(folder_path, file_name)), folder(target.make_folder(folder_path)), name(file_name) {
+void file_writer::make_temporary() {
+    // What replaces a file is no more readable than that one may be.
+    const mode_t mode = replaces && tree.look_up(folder_path, name) == entry_kind::file ? 0600 : 0666;
+    const temporary_name::step one_step;
+    std::string made;
     do {
-        if (replacing)
-            temporary = unused_name();
-        const auto& created = replacing ? temporary : name;
-        file = file_descriptor(openat(folder->get(), created.c_str(), create_flags, 0666));
-    } while (!file && replacing && errno == EEXIST);
+        made = new_temporary_name();
+        file = file_descriptor(
+            openat(folder->get(), made.c_str(), write_flags | O_CREAT | O_EXCL | O_NOFOLLOW, mode));
+    } while (!file && errno == EEXIST);
     if (!file)
-        throw_system_error("create", path, errno);
-    unfinished.emplace(folder->get(), temporary.empty() ? name.c_str() : temporary.c_str());
+        throw_system_error("create", path(), errno);
+    flock(file.get(), LOCK_EX); // while it is locked, no other process takes it for abandoned
+    temporary.set(made);
 }
 
 file_writer::~file_writer() {
-    if (!temporary.empty())
-        unlinkat(folder->get(), temporary.c_str(), 0);
+    release(false);
+    if (in_place || temporary.empty())
+        return;
+    try {
+        if (!folder)
+            folder = tree.make_folder(folder_path);
+        const temporary_name::step one_step;
+        if (!try_to_place())
+            unlinkat(folder->get(), temporary.c_str(), 0);
+        temporary.clear();
+    } catch (const std::exception&) {
+        // The file was never reported as complete.
+    }
 }
 
 void file_writer::write(std::string_view bytes) {
@@ -92,29 +97,143 @@ void file_writer::resize(std::uint64_t size) {
     extent = size;
 }
 
-void file_writer::discard() {
-    unlinkat(folder->get(), temporary.empty() ? name.c_str() : temporary.c_str(), 0);
-    unfinished.reset();
-    temporary.clear();
-}
-
 void file_writer::fail(int error) {
     cause = error_text(error);
-    throw_system_error("write", path, error);
+    throw_system_error("write", path(), error);
 }
 
-void file_writer::finish(const std::optional<std::time_t>& modified) {
-    if (modified) {
-        const timespec times[2] = {{0, UTIME_OMIT}, {*modified, 0}};
-        if (futimens(file.get(), times) != 0)
-            throw_system_error("set the time of", path, errno);
+bool file_writer::set_time(std::time_t modified) {
+    if (file)
+        time = modified;
+    return static_cast<bool>(file);
+}
+
+void file_writer::release(bool whole) noexcept {
+    if (!file)
+        return;
+    try {
+        apply_attributes();
+        if (!whole && temporary.empty()) {
+            const temporary_name::step one_step;
+            name_temporarily();
+        }
+        if (!temporary.empty())
+            close(); // may be the first to say that the data can't be stored
+        if (whole)
+            place();
+        close();
+    } catch (...) {
+        obstacle = std::current_exception();
+        file.close();
     }
-    if (const int error = file.close())
-        throw_system_error("write", path, error);
-    if (!temporary.empty() && renameat(folder->get(), temporary.c_str(), folder->get(), name.c_str()) != 0)
-        throw_system_error("replace", path, errno);
-    unfinished.reset();
+    folder.reset();
+}
+
+void file_writer::finish() {
+    release(true);
+    if (obstacle)
+        std::rethrow_exception(obstacle);
+    if (in_place)
+        return;
+    folder = tree.make_folder(folder_path);
+    place();
+    folder.reset();
+}
+
+void file_writer::discard() {
+    release(false);
+    if (in_place)
+        tree.remove_file(folder_path, name);
+    else if (!temporary.empty())
+        temporary.remove();
+    in_place = false;
+    const temporary_name::step one_step;
     temporary.clear();
+}
+
+void file_writer::apply_attributes() {
+    struct stat old = {};
+    if (replaces && fstatat(folder->get(), name.c_str(), &old, AT_SYMLINK_NOFOLLOW) == 0 &&
+        S_ISREG(old.st_mode)) {
+        // Not every user may set an owner or a group; both are tried, the permissions come last.
+        if (fchown(file.get(), old.st_uid, old.st_gid) != 0 &&
+            fchown(file.get(), static_cast<uid_t>(-1), old.st_gid) != 0)
+            errno = 0;
+        if (fchmod(file.get(), old.st_mode & permission_bits) != 0)
+            throw_system_error("set the permissions of", path(), errno);
+    }
+    if (time) {
+        const timespec times[2] = {{0, UTIME_OMIT}, {*time, 0}};
+        if (futimens(file.get(), times) != 0)
+            throw_system_error("set the time of", path(), errno);
+    }
+    if (tree.syncs && fsync(file.get()) != 0)
+        fail(errno);
+}
+
+void file_writer::close() {
+    if (const int error = file.close())
+        fail(error);
+}
+
+/// Gives a file without a name a temporary one. Within a step.
+void file_writer::name_temporarily() {
+    flock(file.get(), LOCK_EX);
+    std::string chosen;
+    int error = 0;
+    do {
+        chosen = new_temporary_name();
+        error = linkat(AT_FDCWD, link_to(file).c_str(), folder->get(), chosen.c_str(), AT_SYMLINK_FOLLOW) == 0
+                    ? 0
+                    : errno;
+    } while (error == EEXIST);
+    if (error != 0)
+        throw_system_error("create", path(), error);
+    temporary.set(chosen);
+}
+
+/// Puts the file under its name if nothing else has it; errno tells why not. Within a step.
+bool file_writer::try_to_place() {
+    const int to = folder->get();
+    if (temporary.empty()) {
+        in_place = linkat(AT_FDCWD, link_to(file).c_str(), to, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+        return in_place;
+    }
+    in_place = renameat2(to, temporary.c_str(), to, name.c_str(), RENAME_NOREPLACE) == 0;
+    if (!in_place && (errno == EINVAL || errno == ENOSYS)) { // the file system can't do that in one step
+        in_place = linkat(to, temporary.c_str(), to, name.c_str(), 0) == 0;
+        if (in_place)
+            unlinkat(to, temporary.c_str(), 0);
+    }
+    if (in_place)
+        temporary.clear();
+    return in_place;
+}
+
+void file_writer::place() {
+    {
+        const temporary_name::step one_step;
+        if (!try_to_place()) {
+            if (errno != EEXIST || !replaces)
+                throw_system_error("create", path(), errno);
+            place_by_replacing();
+        }
+    }
+    tree.note_made(folder_path, name);
+}
+
+/// Within a step.
+void file_writer::place_by_replacing() {
+    if (tree.was_made(folder_path, name))
+        throw path_error("another file of the archive has that name", "host::file_writer");
+    if (tree.look_up(folder_path, name) != entry_kind::file)
+        throw_system_error("replace", path(), EEXIST);
+    if (temporary.empty())
+        name_temporarily();
+    if (renameat(folder->get(), temporary.c_str(), folder->get(), name.c_str()) != 0)
+        throw_system_error("replace", path(), errno);
+    temporary.clear();
+    in_place = true;
 }
 
 } // namespace host

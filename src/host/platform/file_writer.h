@@ -1,36 +1,30 @@
 #pragma once
 
 #include "host/platform/directory_tree.h"
+#include "host/platform/temporary_files.h"
 
 #include <cstdint>
 #include <ctime>
+#include <exception>
 #include <optional>
 #include <string_view>
 
 namespace host {
 
-/// While one lives, a signal that ends the process (SIGINT, SIGTERM or SIGHUP, unless ignored) first removes
-/// the file `name` of the open folder `folder`, so that no partial or temporary file is left. If several
-/// live, the one made last counts. `name` must stay valid.
-class remove_on_signal {
-public:
-    remove_on_signal(int folder, const char* name);
-    remove_on_signal(const remove_on_signal&) = delete;
-    remove_on_signal& operator=(const remove_on_signal&) = delete;
-    ~remove_on_signal();
-
-private:
-    const char* mine;
-};
-
-/// Writes one file of a directory_tree. A new file is created exclusively and keeps what was written even
-/// without finish(). With `replacing` the bytes go into a temporary file in the same folder, which replaces
-/// the old file in finish() and not before; without finish() it is removed. A signal that ends the process
-/// removes either. One thread.
+/// Writes one file of a directory_tree, which outlives it. The file gets its name once it is complete, in one
+/// step; until then it has none or a temporary one, so that a signal or a kill leaves no part of it. Without
+/// finish() a file of a new name keeps what was written, and an existing one stays as it was. One thread.
+///
+///                descriptor   name
+///   writing      open         none or temporary
+///   set aside    closed       temporary
+///   in place     closed       its own
 class file_writer {
 public:
-    /// Creates the file and the folders above it. Fails as directory_tree does.
-    file_writer(directory_tree& target, const std::string& folder, const std::string& name, bool replacing);
+    /// Makes the file and the folders above it. With `replacing` an existing plain file of that name is
+    /// replaced, unless it was made in this tree too; its permission bits are kept, and its owner and group
+    /// where that is permitted. Fails as directory_tree does, also if something else has the name.
+    file_writer(directory_tree& target, std::string folder, std::string name, bool replacing);
     file_writer(const file_writer&) = delete;
     file_writer& operator=(const file_writer&) = delete;
     ~file_writer();
@@ -46,24 +40,41 @@ public:
     /// The cause of the write that failed, empty if none did.
     const std::string& failure() const { return cause; }
 
+    /// Sets the time that the file gets. Returns false once the descriptor is closed.
+    bool set_time(std::time_t modified);
+    /// Closes the descriptor. A file that is `whole` is put in place, else it is set aside. Nothing if that
+    /// has happened already. finish() raises what fails.
+    void release(bool whole) noexcept;
+    /// Puts the file in place. Raises fs::Exception; the file then counts as unfinished.
+    void finish();
     /// Removes what was written.
     void discard();
-    /// Sets the time, closes the file and puts it under its name. Raises fs::Exception; the file then counts
-    /// as unfinished.
-    void finish(const std::optional<std::time_t>& modified);
 
 private:
     [[noreturn]] void fail(int error);
+    std::string path() const { return join_path(folder_path, name); }
+    bool make_unnamed();
+    void make_temporary();
+    void apply_attributes();
+    void close();
+    void name_temporarily();
+    bool try_to_place();
+    void place();
+    void place_by_replacing();
 
-    std::string path; ///< for messages
-    std::shared_ptr<const file_descriptor> folder;
-    std::string name;
-    std::string temporary; ///< empty for a new file
+    directory_tree& tree;
+    const std::string folder_path;
+    const std::string name;
+    const bool replaces;
+    std::shared_ptr<const file_descriptor> folder; ///< null while the file is set aside or in place
     file_descriptor file;
-    std::optional<remove_on_signal> unfinished;
+    temporary_name temporary;
+    bool in_place = false;
+    std::optional<std::time_t> time;
     std::uint64_t end = 0; ///< of the last write()
     std::uint64_t extent = 0;
     std::string cause;
+    std::exception_ptr obstacle; ///< why release() didn't do all
 };
 
 } // namespace host

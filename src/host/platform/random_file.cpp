@@ -46,6 +46,10 @@ int random_file_input::_read() {
 
 random_file_output::random_file_output(std::shared_ptr<file_writer> writer) : file(std::move(writer)) {}
 
+random_file_output::~random_file_output() {
+    file->release(false);
+}
+
 void random_file_output::write(const char* buffer, unsigned length) {
     file->write_at(place, {buffer, length});
     place += length;

@@ -34,6 +34,8 @@ private:
 class random_file_output : public stream::random::output {
 public:
     explicit random_file_output(std::shared_ptr<file_writer> file);
+    /// Closes the file's descriptor.
+    ~random_file_output() override;
 
     using stream::random::output::write;
 

@@ -10,7 +10,9 @@ namespace host {
 void throw_system_error(const std::string& action, const std::string& path, int error) {
     const auto text = "cannot " + action + " " + nio::printable(path) + ": " + error_text(error);
     switch (error) {
+    case EACCES:
     case EEXIST:
+    case EFBIG:
     case EILSEQ:
     case EINVAL:
     case EISDIR:
@@ -20,6 +22,8 @@ void throw_system_error(const std::string& action, const std::string& path, int 
     case ENOTDIR:
     case ENOTEMPTY:
     case ENXIO:
+    case EPERM:
+    case EROFS:
         throw path_error(text, "host::throw_system_error");
     default:
         throw fs::Exception(text, "host::throw_system_error");

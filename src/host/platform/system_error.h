@@ -6,8 +6,8 @@
 
 namespace host {
 
-/// A failure that concerns one path alone: something else exists there, or the file system can't store such a
-/// name. Everything else can still be written.
+/// A failure that concerns one path alone: something else exists there, it isn't permitted, or the file
+/// system can't store such a name or size. Everything else can still be written.
 class path_error : public fs::Exception {
 public:
     using fs::Exception::Exception;

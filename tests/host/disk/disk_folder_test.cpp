@@ -5,6 +5,19 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+int mkdir_error = 0; ///< what the next folders fail with
+
+} // namespace
+
+extern "C" int mkdirat(int folder, const char* name, mode_t mode) noexcept {
+    errno = mkdir_error;
+    return mkdir_error ? -1 : static_cast<int>(syscall(SYS_mkdirat, folder, name, mode));
+}
 
 namespace {
 
@@ -128,6 +141,41 @@ TEST_F(DiskFolder, RejectsNamesThatLeadElsewhere) {
     EXPECT_EQ(tree(place.path), "");
 }
 
+TEST_F(DiskFolder, AnObstacleConcernsOneFileOrFolder) {
+    for (const std::string name : {"locked", "closed"}) {
+        std::filesystem::create_directories(place / "out" / name);
+        ASSERT_EQ(chmod((place / "out" / name).c_str(), name == "locked" ? 0555 : 0), 0);
+    }
+    const bool root = geteuid() == 0;
+    if (root) {
+        ASSERT_EQ(chmod(place.path.c_str(), 0755) + chown((place / "out").c_str(), 65534, 65534), 0);
+        ASSERT_EQ(seteuid(65534), 0);
+    }
+    put("locked", "x", "1");
+    put("closed", "x", "2");
+    mkdir_error = ENOSPC;
+    put("full", "x", "3");
+    mkdir_error = 0;
+    put("fine", "x", "4");
+    if (root) {
+        ASSERT_EQ(seteuid(0), 0);
+    }
+    EXPECT_EQ(log.take(), "locked/x: cannot create locked/x: Permission denied\n"
+                          "closed/x: cannot use folder closed: Permission denied\n"
+                          "full/x: cannot create folder full: No space left on device\n"
+                          "fine/x 1\n");
+    std::filesystem::permissions(place / "out/closed", std::filesystem::perms::owner_all);
+}
+
+TEST_F(DiskFolder, AFileOfTheArchiveIsNotReplacedUnderAnotherSpelling) {
+    put("", "a", "first");
+    std::filesystem::create_hard_link(place / "out/a", place / "out/A"); // as if they were one name
+    expansion.replace_next("", "A");
+    put("", "A", "second");
+    EXPECT_EQ(log.take(), "a 5\nA: another file of the archive has that name\n");
+    EXPECT_EQ(read_file(place / "out/a") + tree(place / "out"), "firstA a ");
+}
+
 TEST_F(DiskFolder, KeepsFewDescriptorsOpen) {
     std::vector<AcquiredPtr<harbor6::File>> waiting;
     std::string deep = "d";
@@ -145,8 +193,10 @@ TEST_F(DiskFolder, KeepsFewDescriptorsOpen) {
     };
     EXPECT_LT(open_now(), 40);
     for (const auto& each : waiting)
-        write(*each, "x");
-    EXPECT_LT(open_now(), 40);
+        each->getMainFork()->output(true)->write("x");
+    EXPECT_LT(open_now(), 40) << "a file needs no descriptor once its stream is destroyed";
+    for (const auto& each : waiting)
+        each->commitItem();
     EXPECT_EQ(read_file(place.path / "out" / deep / "x"), "x");
 }
 

@@ -129,7 +129,7 @@ TEST(RandomFile, WritesAndReadsInAnyOrder) {
         EXPECT_EQ(out.tell() * 100 + out.size(), 710u);
         out.resize(9);
     }
-    writer->finish({});
+    writer->finish();
     EXPECT_EQ(support::read_file(place / "d/f"), "012abcd78");
 
     host::random_file_input in(host::open_input((place / "d/f").string()), "f");

@@ -1,0 +1,161 @@
+#include "host/placement.h"
+
+#include "harbor6/groundwork/text.h"
+#include "harbor6/model/archive.h"
+#include "harbor6/model/single_fork_file.h"
+#include "host/disk/source_file.h"
+#include "host/disk/target.h"
+#include "host/platform/directory_tree.h"
+
+#include <filesystem>
+
+namespace host {
+
+namespace {
+
+using pattern::AcquiredPtr;
+
+/// Ends the reading of an archive when enough of it is known.
+class enough_read : public un::exception {
+public:
+    enough_read() : un::exception("enough of the archive was read", "host::placement") {}
+};
+
+struct top_item {
+    std::string name;
+    bool is_folder;
+
+    friend bool operator==(const top_item&, const top_item&) = default;
+};
+
+/// What the items of one pass over an archive's head share.
+struct archive_head {
+    harbor6::Format& plain_format;
+    std::optional<top_item> only; ///< the items at the top up to now
+
+    void note(const std::string& name, bool is_folder) {
+        const top_item item{name, is_folder};
+        if (!only)
+            only = item;
+        if (*only == item)
+            return;
+        only.reset();
+        throw enough_read();
+    }
+};
+
+struct HeadFork : harbor6::Fork {
+    /// The files' data begins: all names were seen.
+    harbor6::data::CountedOutput output(bool /*expanding*/) override { throw enough_read(); }
+};
+
+class HeadFile : public TargetFile, public harbor6::OneForkFile<HeadFork>, public PlainItem<HeadFile> {
+public:
+    explicit HeadFile(harbor6::Format& plain_format) : PlainItem(plain_format) {}
+
+protected:
+    std::string itemName() const override { return {}; }
+    bool setItemName(const std::string& /*name*/) override { return true; }
+};
+
+/// A target folder that notes the items at its top, and keeps nothing.
+class HeadFolder : public TargetFolder, public PlainItem<HeadFolder> {
+public:
+    HeadFolder(archive_head& noted, bool top)
+        : PlainItem(noted.plain_format), head(noted), file(new HeadFile(noted.plain_format)), at_top(top) {}
+
+    const std::string& path() const override { return no_path; }
+    std::string prepareFor(const std::string& /*name*/) override { return {}; }
+    bool isCreated() override { return true; }
+    harbor6::Item* acquireItemFromName(const std::string& /*name*/) override { return nullptr; }
+    harbor6::File* acquireNewFileLike(const harbor6::Attributes& model, bool /*uniqueName*/) override {
+        if (at_top)
+            head.note(model.string(harbor6::key::name), false);
+        return AcquiredPtr<harbor6::File>(file).detach();
+    }
+    harbor6::Folder* _newFolder() override { return new HeadFolder(head, at_top); }
+
+protected:
+    std::string itemName() const override { return {}; }
+    /// With an empty name it stays the same folder as its parent.
+    bool setItemName(const std::string& name) override {
+        if (at_top && !name.empty()) {
+            head.note(name, true);
+            at_top = false;
+        }
+        return true;
+    }
+
+private:
+    const std::string no_path;
+    archive_head& head;
+    AcquiredPtr<harbor6::File> file; ///< all files: only their names matter
+    bool at_top;
+};
+
+/// The item at the top of the archive if there is one alone, as far as the archive can be read. Reads up to
+/// the data of the first file.
+std::optional<top_item> only_item_in(command_context& context, const std::string& archive) {
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(archive, ignored))
+        return std::nullopt; // what is read from a pipe is gone
+    archive_head head{context.plain_format, {}};
+    try {
+        const AcquiredPtr<SourceFile> file(
+            new SourceFile(context.plain_format, nio::leaf(archive, '/'),
+                           std::make_unique<file_input>(open_input(archive), "the archive")));
+        const AcquiredPtr<harbor6::Archive> found(context.formats.classifier.acquireStreamArchive(*file));
+        if (!found)
+            return std::nullopt;
+        const AcquiredPtr<HeadFolder> top(new HeadFolder(head, true));
+        found->options.longest_path = TargetFolder::longest_path;
+        found->open(harbor6::Archive::mode_read);
+        found->addContentTo(*top, nullptr);
+    } catch (const enough_read&) {
+        return head.only;
+    } catch (...) {
+        return std::nullopt; // the expansion reports it
+    }
+    return head.only;
+}
+
+/// The name of the folder for an archive's content: the archive's own without its suffix.
+std::string folder_name_for(const std::string& archive) {
+    const auto name = nio::leaf(archive, '/');
+    const auto suffix = name.rfind('.');
+    return suffix == name.npos || suffix == 0 ? name + ".contents" : name.substr(0, suffix);
+}
+
+} // namespace
+
+std::optional<placement> place(command_context& context, const std::string& archive) {
+    const auto& chosen = context.chosen;
+    if (!chosen.target.empty())
+        return placement{.folder = chosen.target, .follows_links = true};
+    directory_tree current(".", true);
+    // Which of the files are wanted, and what an archive in the archive contains, isn't known yet.
+    const auto only = chosen.patterns.empty() ? only_item_in(context, archive) : std::nullopt;
+    const auto own_folder = folder_name_for(archive);
+    if (!only || !name_fault(only->name).empty() || (chosen.nested && !only->is_folder)) {
+        // A file of that name may be the only item of this archive as it was earlier.
+        const bool taken = current.look_up({}, own_folder) == entry_kind::file;
+        return placement{.folder = taken ? own_folder + ".contents" : own_folder};
+    }
+    if (only->is_folder && only->name == own_folder)
+        return placement{.folder = ".", .follows_links = true, .only_item = only->name};
+    switch (current.look_up({}, only->name)) {
+    case entry_kind::none:
+        return placement{.folder = ".", .follows_links = true, .only_item = only->name, .may_replace = false};
+    case entry_kind::file:
+        if (chosen.policy == clash_policy::keep) {
+            context.log.skipped(only->name, "kept");
+            return std::nullopt;
+        }
+        [[fallthrough]];
+    default:
+        context.log.refused(only->name, "exists already (-C DIR expands into another folder)");
+        return std::nullopt;
+    }
+}
+
+} // namespace host

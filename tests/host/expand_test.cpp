@@ -1,0 +1,260 @@
+#include "support/program.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using support::cabinet;
+using support::read_file;
+using support::tree;
+using support::write_file;
+
+struct Expand : support::program {};
+
+TEST_F(Expand, ExpandsEachCorpusCabinetToItsDigests) {
+    for (const auto& entry : std::filesystem::directory_iterator(HARBOR_TEST_DATA))
+        if (const auto name = entry.path().filename().string(); !name.starts_with("refuse")) {
+            EXPECT_EQ(run("expand " HARBOR_TEST_DATA "/" + name + " -C " + name).status, name == "SHA256SUMS")
+                << name;
+        }
+    const auto checked =
+        run("--version", "sha256sum --check --quiet --strict '" HARBOR_TEST_DATA "/SHA256SUMS' &&");
+    EXPECT_EQ(checked.status, 0) << checked;
+}
+
+TEST_F(Expand, ReplacesOnlyOnRequest) {
+    save(cabinet().file("a", "one").file("d\\b", "two"));
+    EXPECT_EQ(run("expand x.cab -v"), fine("a\nd/b\n"));
+    EXPECT_EQ(tree(place / "x"), "a d/ d/b ");
+    save(cabinet().file("a", "three").file("d\\b", "four").file("d\\c", "five"));
+    EXPECT_EQ(run("expand x.cab"),
+              failed("harbor: x.cab: a: exists already (--overwrite replaces, --keep keeps such files)\n"
+                     "harbor: x.cab: d/b: exists already (--overwrite replaces, --keep keeps such files)\n"));
+    EXPECT_EQ(run("expand x.cab --keep -v"), fine("a: kept\nd/b: kept\nd/c: kept\n"));
+    EXPECT_EQ(read_file(place / "x/a") + read_file(place / "x/d/b") + read_file(place / "x/d/c"),
+              "onetwofive");
+    EXPECT_EQ(run("expand x.cab --overwrite"), fine());
+    EXPECT_EQ(read_file(place / "x/a") + read_file(place / "x/d/b"), "threefour");
+
+    cabinet damaged;
+    damaged.folder(support::stored).file({.name = "d\\b", .size = 5});
+    save(damaged.block({.payload = "ha"}).block({.payload = "lf!", .checksum = 1}));
+    EXPECT_EQ(run("expand x.cab -C x --overwrite"), failed("harbor: x.cab: CRC mismatch, data is invalid\n"
+                                                           "harbor: x.cab: d/b: incomplete after 2 bytes\n"));
+    EXPECT_EQ(read_file(place / "x/d/b"), "four") << "the old file stays as it was";
+    EXPECT_EQ(tree(place / "x"), "a d/ d/b d/c ");
+}
+
+TEST_F(Expand, StaysInsideItsFolder) {
+    save(cabinet()
+             .file("../../up", "1")
+             .file("\\rooted", "2")
+             .file("d\\..", "3")
+             .file("a\x1b[2J", "4")
+             .file("a", "5")
+             .file("a", "6")
+             .file("a\\b", "7")
+             .file("d\\", "8")
+             .file(".harbor-1-1", "9"));
+    EXPECT_EQ(run("expand x.cab -C t"), failed("harbor: x.cab: d/..: its name is reserved\n"
+                                               "harbor: x.cab: a: another file of the archive has that name\n"
+                                               "harbor: x.cab: a/b: cannot use folder a: it is not a folder\n"
+                                               "harbor: x.cab: d/: its name is empty\n"
+                                               "harbor: x.cab: .harbor-1-1: its name is reserved\n"));
+    EXPECT_EQ(tree(place.path), "t/ t/a t/a\x1b[2J t/d/ t/rooted t/up x.cab ");
+    // Files of one archive never replace each other; those of another archive may be replaced.
+    for (const std::string policy : {"--keep", "--overwrite", ""}) {
+        std::filesystem::remove_all(place / "u");
+        EXPECT_NE(
+            run("expand x.cab -C u " + policy).err.find(": a: another file of the archive has that name"),
+            std::string::npos);
+        EXPECT_EQ(read_file(place / "u/a"), "5");
+    }
+    save(cabinet().file("a", "new"), "y.cab");
+    EXPECT_EQ(run("expand x.cab --and y.cab -C u --overwrite").status, 1);
+    EXPECT_EQ(read_file(place / "u/a"), "new");
+}
+
+TEST_F(Expand, ExpandsOnlySelectedFiles) {
+    save(cabinet().file("a.txt", "1").file("d\\b.txt", "2").file("e\\c.dat", "3"));
+    EXPECT_EQ(run("expand x.cab 'b.*'"), fine());
+    EXPECT_EQ(tree(place / "x"), "d/ d/b.txt ");
+    EXPECT_EQ(run("expand x.cab e none -C t"), failed("harbor: x.cab: none: not found in the archive\n"));
+    EXPECT_EQ(tree(place / "t"), "e/ e/c.dat ");
+}
+
+TEST_F(Expand, PutsASingleItemIntoNoFolder) {
+    std::filesystem::create_directory(place / "there");
+    write_file(place / ".rc", "mine");
+    save(cabinet().file("x", "1"));
+    save(cabinet().file("y\\a", "3").file("y\\b\\c", "4"), "y.cab");
+    save(cabinet().file("z\\a", "5").file("z\\b", "6"), "other.cab");
+    save(cabinet().file(".rc", "theirs"), "rc.cab");
+    save(cabinet().file("there\\new", "7"), "there.1.cab");
+    save(cabinet().file("inner.cab", cabinet().file(".rc", "theirs").bytes()), "n.cab");
+    save(cabinet().file("s", "8").file("s\\t", "9"), "both.cab");
+    const auto before = tree(place.path);
+    const auto refusal = [](const std::string& archive, const std::string& name) {
+        return failed("harbor: " + archive + ": " + name +
+                      ": exists already (-C DIR expands into another folder)\n");
+    };
+    const struct {
+        std::string arguments;
+        support::transcript result;
+        std::string made; ///< what the current folder has then that it didn't have before
+    } cases[] = {
+        {"x.cab -v", fine("x\n"), "x "},
+        {"x.cab", refusal("x.cab", "x"), ""},
+        {"x.cab --overwrite", refusal("x.cab", "x"), ""},
+        {"x.cab --keep -v", fine("x: kept\n"), ""},
+        {"x.cab -C x.d", fine(), "x.d/ x.d/x "},
+        {"y.cab", fine(), "y/ y/a y/b/ y/b/c "},
+        {"y.cab --overwrite", fine(), ""},
+        {"other.cab", fine(), "z/ z/a z/b "},
+        {"other.cab --overwrite", refusal("other.cab", "z"), ""},
+        {"other.cab a", fine(), "other/ other/z/ other/z/a "},
+        {"rc.cab --overwrite", refusal("rc.cab", ".rc"), ""},
+        {"there.1.cab --keep", refusal("there.1.cab", "there"), ""},
+        {"--nested --overwrite n.cab", fine(), "n/ n/.rc "},
+        {"both.cab", failed("harbor: both.cab: s/t: cannot use folder s: it is not a folder\n"),
+         "both/ both/s "},
+    };
+    std::string expected = before;
+    for (const auto& each : cases) {
+        const auto old = tree(place.path);
+        EXPECT_EQ(run("expand " + each.arguments), each.result) << each.arguments;
+        std::string added = tree(place.path);
+        for (std::size_t start = 0, end; start < old.size(); start = end + 1) {
+            end = old.find(' ', start);
+            const auto known = old.substr(start, end + 1 - start);
+            const auto found = (" " + added).find(" " + known);
+            ASSERT_NE(found, std::string::npos) << each.arguments << " removed " << known;
+            added.erase(found, known.size());
+        }
+        EXPECT_EQ(added, each.made) << each.arguments;
+    }
+    EXPECT_EQ(read_file(place / ".rc"), "mine");
+    EXPECT_EQ(run("expand /dev/stdin <x.cab"), refusal("/dev/stdin", "x"));
+    EXPECT_EQ(run("expand /dev/stdin -v", "cat x.cab |"), fine("x\n")) << "a pipe can't be read twice";
+    EXPECT_EQ(read_file(place / "stdin.contents/x"), "1");
+}
+
+TEST_F(Expand, AReplacedFileKeepsItsPermissionsAndOwner) {
+    save(cabinet().file("a", "new").file("b", "new"));
+    std::filesystem::create_directory(place / "t");
+    write_file(place / "t/a", "old");
+    ASSERT_EQ(chmod((place / "t/a").c_str(), 04640), 0);
+    const bool may_set_owner = chown((place / "t/a").c_str(), 1234, 1235) == 0;
+    EXPECT_EQ(run("expand x.cab -C t --overwrite", "umask 022;"), fine());
+    struct stat a = {}, b = {};
+    ASSERT_EQ(stat((place / "t/a").c_str(), &a) + stat((place / "t/b").c_str(), &b), 0);
+    EXPECT_EQ(a.st_mode & 07777, 0640u) << "the archive's bytes never run as another user";
+    EXPECT_EQ(b.st_mode & 07777, 0644u);
+    if (may_set_owner) {
+        EXPECT_EQ(std::pair(a.st_uid, a.st_gid), std::pair(1234u, 1235u));
+    }
+}
+
+TEST_F(Expand, ASignalLeavesNoPartOfAFile) {
+    cabinet made;
+    made.file("a", "whole").file("b", std::string(200000, 'b')).file("c", "more");
+    save(made);
+    for (const auto* const policy : {"", "--overwrite"})
+        for (const auto* const signal : {"INT", "TERM", "HUP", "QUIT", "KILL"}) {
+            std::filesystem::remove_all(place / "t");
+            std::filesystem::create_directory(place / "t");
+            write_file(place / "t/old", "old");
+            if (*policy)
+                write_file(place / "t/b", "old");
+            // The program waits in the middle of b when the signal arrives.
+            run(std::string("expand - -C t ") + policy,
+                std::string("{ head -c 100000 x.cab; sleep 0.4; } | timeout -s ") + signal + " 0.2 ");
+            EXPECT_EQ(tree(place / "t"), *policy ? "a b old " : "a old ") << signal << policy;
+            EXPECT_EQ(read_file(place / "t/b"), *policy ? "old" : "(none)");
+        }
+}
+
+TEST_F(Expand, RemovesTemporaryFilesOfRunsThatNoLongerExist) {
+    save(cabinet().file("a", "1").file("d\\b", "2"));
+    std::filesystem::create_directories(place / "t/d/unused");
+    const auto own = "t/.harbor-" + std::to_string(getpid()) + "-0";
+    for (const std::string name :
+         {"t/.harbor-999999999-0", "t/d/.harbor-999999999-7", "t/d/unused/.harbor-999999999-7",
+          "t/.harbor-999999999-", "t/.harbor-x-1", "t/.harbor-999999999-1x"})
+        write_file(place / name, "part");
+    write_file(place / own, "part");
+    EXPECT_EQ(run("expand x.cab -C t"), fine());
+    EXPECT_TRUE(std::filesystem::remove(place / own)) << "this process exists";
+    EXPECT_EQ(tree(place / "t"), ".harbor-999999999- .harbor-999999999-1x .harbor-x-1 a d/ d/b d/unused/ "
+                                 "d/unused/.harbor-999999999-7 ");
+}
+
+TEST_F(Expand, TwoRunsIntoOneFolderEndWell) {
+    cabinet made;
+    for (int i = 0; i < 50; ++i)
+        made.file("f" + std::to_string(i), std::string(1000, 'x'));
+    save(made);
+    const std::string again =
+        "for i in 1 2 3 4 5; do '" HARBOR_PROGRAM "' expand x.cab -C t --overwrite || echo failed; done";
+    EXPECT_EQ(run("--version >/dev/null; wait", "{ " + again + "; } & { " + again + "; } &"), fine());
+    for (int i = 0; i < 50; ++i)
+        EXPECT_EQ(read_file(place / ("t/f" + std::to_string(i))), std::string(1000, 'x'));
+    EXPECT_EQ(tree(place / "t").find(".harbor"), std::string::npos);
+}
+
+TEST_F(Expand, ExpandsArchivesInsideArchives) {
+    auto deep = cabinet().file("deep", "down").bytes();
+    for (const auto* const name : {"3.cab", "2.cab"})
+        deep = cabinet().file(name, deep).bytes();
+    cabinet half;
+    half.file("h", std::string(100, 'h')).folders.back().checksums = false;
+    const auto cut = support::cut(half.bytes(), 120);
+    save(cabinet()
+             .file("one.cab", cabinet().file("one", "alone").bytes())
+             .file("d\\two.cab", cabinet().file("a", "1").file("b\\c", "2").bytes())
+             .file("1.cab", deep)
+             .file("cut.cab", cut)
+             .file("none.cab", cabinet().bytes())
+             .file("plain", "text"));
+    EXPECT_EQ(run("expand --nested x.cab"),
+              failed("harbor: x.cab: cut.cab: kept as a file: cut short: the input ends at byte 120\n"));
+    EXPECT_EQ(tree(place / "x"), "cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c deep none/ one plain ");
+    EXPECT_EQ(read_file(place / "x/deep") + read_file(place / "x/one") + read_file(place / "x/d/two/b/c"),
+              "downalone2");
+    EXPECT_EQ(read_file(place / "x/cut.cab"), cut);
+    EXPECT_EQ(run("expand --nested --depth 2 - -C t <x.cab").err,
+              "harbor: -: 1/2/3: kept as a file: archives are nested more than 2 deep (--depth)\n"
+              "harbor: -: cut.cab: kept as a file: cut short: the input ends at byte 120\n");
+    EXPECT_EQ(tree(place / "t"), "3.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
+
+    // Existing files block both the content of an archive and the archive itself.
+    std::filesystem::create_directory(place / "u");
+    write_file(place / "u/1", "");
+    write_file(place / "u/1.cab", "");
+    EXPECT_EQ(run("expand --nested x.cab -C u").err,
+              "harbor: x.cab: 1: a file of that name exists, so the archive is kept as a file\n"
+              "harbor: x.cab: 1.cab: exists already (--overwrite replaces, --keep keeps such files)\n"
+              "harbor: x.cab: cut.cab: kept as a file: cut short: the input ends at byte 120\n");
+    EXPECT_EQ(tree(place / "u"), "1 1.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
+}
+
+TEST_F(Expand, ReportsDiskErrors) {
+    save(cabinet().file("a", "fits").file("b", std::string(100000, 'b')).file("c", "more"));
+    const auto limited = run("expand x.cab", "ulimit -f 60;");
+    EXPECT_EQ(limited.status, 1);
+    EXPECT_TRUE(limited.err.starts_with("harbor: x.cab: b: incomplete after ") &&
+                limited.err.ends_with(" bytes: File too large\n"))
+        << limited;
+    EXPECT_EQ(read_file(place / "x/a") + read_file(place / "x/c"), "fitsmore") << "the others are written";
+    std::filesystem::remove_all(place / "x");
+    EXPECT_EQ(run("expand x.cab -C x.cab"), failed("harbor: x.cab: cannot use folder x.cab: it is a file\n"));
+    std::filesystem::create_directory_symlink(logs.path, place / "x");
+    EXPECT_EQ(run("expand x.cab"), failed("harbor: x.cab: cannot use folder x: it is a symbolic link\n"));
+    EXPECT_EQ(run("expand x.cab -C x"), fine()) << "the user named this link";
+    EXPECT_EQ(run("list x.cab >/dev/full"),
+              failed("harbor: cannot write to the standard output: No space left on device\n"));
+    EXPECT_EQ(run("list x.cab | true; exit 0").err, "");
+}
+
+} // namespace
