@@ -261,6 +261,30 @@ TEST_F(Program, ExplainsEachRefusal) {
         EXPECT_EQ(run(usage).status, 2) << usage;
 }
 
+TEST_F(Program, UsesTheOtherPlugInsWhenSomeAreFaulty) {
+    namespace files = std::filesystem;
+    const auto good = read_file(HARBOR_FORMATS "/cab.so");
+    files::create_directories(place / "f/folder.so");
+    write_file(place / "f/cut-data.so", good.substr(0, 20000));
+    write_file(place / "f/cut-head.so", good.substr(0, 100));
+    write_file(place / "f/text.so", "text");
+    files::create_symlink("none", place / "f/link.so");
+    files::copy_file(HARBOR_FAULTY_PLUG_IN, place / "f/a-constructor.so");
+    files::copy_file(HARBOR_FAULTY_PLUG_IN, place / "f/raises.so");
+    files::copy_file(HARBOR_FORMATS "/cab.so", place / "f/z.so");
+    const auto seen = run("test --formats f " HARBOR_TEST_DATA "/lzx17-mixed.cab", "mkfifo f/fifo.so;");
+    EXPECT_EQ(seen.err, "harbor: f/a-constructor.so: early fault\n"
+                        "harbor: f/cut-data.so: the file is cut short\n"
+                        "harbor: f/cut-head.so: the file is cut short\n"
+                        "harbor: f/fifo.so: not a regular file\n"
+                        "harbor: f/folder.so: Is a directory\n"
+                        "harbor: f/link.so: No such file or directory\n"
+                        "harbor: f/raises.so: late fault\n"
+                        "harbor: f/text.so: not a shared library\n");
+    EXPECT_EQ(seen.out, HARBOR_TEST_DATA "/lzx17-mixed.cab: OK\n");
+    EXPECT_EQ(seen.status, 1);
+}
+
 TEST_F(Program, ReportsDiskErrors) {
     save(cabinet().file("a", "fits").file("b", std::string(100000, 'b')).file("c", "more"));
     const auto limited = run("expand x.cab", "ulimit -f 60;");
