@@ -36,7 +36,9 @@ bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool
     if (!wanted.wants(path))
         return false;
     auto* const folder = dynamic_cast<TargetFolder*>(&target);
-    const auto reason = folder ? folder->prepareFor(name) : std::string();
+    const auto reason = path.size() >= TargetFolder::longest_path ? "its path is too long"
+                        : folder                                  ? folder->prepareFor(name)
+                                                                  : std::string();
     if (!reason.empty()) {
         log.refused(path.empty() ? "(no name)" : path, reason);
         return false;

@@ -130,12 +130,19 @@ TEST_F(Program, StaysInsideItsFolder) {
              .file("a", "5")
              .file("a", "6")
              .file("a\\b", "7")
-             .file("d\\", "8"));
+             .file("d\\", "8")
+             .file("d", "9"));
+    EXPECT_EQ(run("test x.cab"), failed("harbor: x.cab: d/..: its name is reserved\n"
+                                        "harbor: x.cab: a: the archive contains another file of that name\n"
+                                        "harbor: x.cab: a/b: cannot use folder a: it is not a folder\n"
+                                        "harbor: x.cab: d/: its name is empty\n"
+                                        "harbor: x.cab: d: a folder of that name exists\n"));
     EXPECT_EQ(run("expand x.cab -C t"),
               failed("harbor: x.cab: d/..: its name is reserved\n"
                      "harbor: x.cab: a: exists already (--overwrite replaces, --keep keeps such files)\n"
                      "harbor: x.cab: a/b: cannot use folder a: it is not a folder\n"
-                     "harbor: x.cab: d/: its name is empty\n"));
+                     "harbor: x.cab: d/: its name is empty\n"
+                     "harbor: x.cab: d: a folder of that name exists\n"));
     EXPECT_EQ(tree(place.path), "t/ t/a t/a\x1b[2J t/d/ t/rooted t/up x.cab ");
     EXPECT_EQ(read_file(place / "t/a"), "5");
     EXPECT_EQ(run("expand x.cab -C u --overwrite").status, 1);
@@ -220,11 +227,18 @@ TEST_F(Program, ListsAndDescribes) {
     EXPECT_EQ(run("list x.cab"), fine("           3  2004-02-29 13:37:42  a\n"
                                       "           0  2004-02-29 13:37:42  d/\xC3\xA4\\x0a\n"));
     EXPECT_EQ(run("list --encoding CP437 --json x.cab"),
-              fine("[\n  {\n    \"archive\": \"x.cab\",\n    \"complete\": true,\n    \"files\": [\n"
+              fine("[\n  {\n    \"archive\": \"x.cab\",\n    \"files\": [\n"
                    "      {\n        \"path\": \"a\",\n        \"size\": 3,\n"
                    "        \"modified\": \"2004-02-29T13:37:42\"\n      },\n"
                    "      {\n        \"path\": \"d/\xCE\xA3\\n\",\n        \"size\": 0,\n"
-                   "        \"modified\": \"2004-02-29T13:37:42\"\n      }\n    ]\n  }\n]\n"));
+                   "        \"modified\": \"2004-02-29T13:37:42\"\n      }\n    ],\n"
+                   "    \"complete\": true\n  }\n]\n"));
+    EXPECT_EQ(
+        run("list --json none x.cab 2>&1 | tr -d ' \n'; exit 1").out,
+        "[{\"archive\":\"none\",\"files\":[harbor:none:Nosuchfileordirectory],\"complete\":false},"
+        "{\"archive\":\"x.cab\",\"files\":[{\"path\":\"a\",\"size\":3,\"modified\":\"2004-02-29T13:37:42\"},"
+        "{\"path\":\"d/\xC3\xA4\\n\",\"size\":0,\"modified\":\"2004-02-29T13:37:42\"}],"
+        "\"complete\":true}]");
     EXPECT_EQ(run("formats"), fine("cab\n  longName: CAB\n  suffix: .cab\n  mimeType: application/x-cab\n"
                                    "  expandsArchives: yes\n  createsArchives: no\n  recoversArchives: no\n"
                                    "  isFolder: yes\n  isFile: no\n  isSegmented: no\n"));
