@@ -13,18 +13,22 @@ namespace {
 
 class tally_output : public stream::output, public stream::segment_listener {
 public:
-    explicit tally_output(std::shared_ptr<arrival> counted) : data(std::move(counted)) {}
+    tally_output(tally& counts, std::shared_ptr<arrival> counted)
+        : shared(counts), data(std::move(counted)) {}
 
     using stream::output::write;
 
     void write(const char* /*buffer*/, unsigned length) override {
         data->set_received(data->received() + length);
+        if (shared.arriving)
+            shared.arriving(0, length);
     }
     void write(char byte) override { write(&byte, 1); }
     std::uint64_t tell() const override { return data->received(); }
     void segment_begins(std::uint64_t size) override { data->expect(size); }
 
 private:
+    tally& shared;
     std::shared_ptr<arrival> data;
 };
 
@@ -52,11 +56,12 @@ std::optional<attribute_value> value_of(const harbor6::Attributes& item, const s
 
 harbor6::data::CountedOutput TallyFork::output(bool /*expanding*/) {
     data = std::make_shared<arrival>();
-    return harbor6::data::CountedOutput(new tally_output(data));
+    return harbor6::data::CountedOutput(new tally_output(shared, data));
 }
 
 TallyFile::TallyFile(tally& counts, std::shared_ptr<const std::string> folder)
-    : OneForkFile(data), PlainItem(counts.plain_format), shared(counts), folder_path(std::move(folder)) {}
+    : OneForkFile(counts, data), PlainItem(counts.plain_format), shared(counts),
+      folder_path(std::move(folder)) {}
 
 TallyFile::~TallyFile() {
     if (committed)
@@ -122,6 +127,8 @@ harbor6::Item* TallyFolder::acquireItemFromName(const std::string& /*name*/) {
 }
 
 harbor6::File* TallyFolder::_newFile() {
+    if (shared.arriving)
+        shared.arriving(1, 0);
     return new TallyFile(shared, folder_path);
 }
 

@@ -32,6 +32,8 @@ struct tally {
     journal& log;
     std::vector<std::string> keys{};                   ///< the attributes to keep of each file
     std::function<void(const tally_entry&)> counted{}; ///< called with each complete file when it ends
+    /// Called with the number of new files and of bytes that arrive; what it raises ends the pass.
+    std::function<void(std::uint64_t files, std::uint64_t bytes)> arriving{};
     /// Refuse the files that could not all be stored in a new folder: for their names, or for those of
     /// others.
     bool check_names = false;
@@ -46,11 +48,12 @@ struct tally {
 class TallyFork : public harbor6::Fork {
 public:
     /// `data` is set when the output is taken.
-    explicit TallyFork(std::shared_ptr<arrival>& counted) : data(counted) {}
+    TallyFork(tally& counts, std::shared_ptr<arrival>& counted) : shared(counts), data(counted) {}
 
     harbor6::data::CountedOutput output(bool expanding) override;
 
 private:
+    tally& shared;
     std::shared_ptr<arrival>& data;
 };
 

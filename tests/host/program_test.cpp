@@ -207,7 +207,7 @@ TEST_F(Program, ExpandsArchivesInsideArchives) {
               "downalone2");
     EXPECT_EQ(read_file(place / "x/cut.cab"), cut);
     EXPECT_EQ(run("expand --nested --depth 2 - -C t <x.cab").err,
-              "harbor: -: 1/2/3: kept as a file: archives are nested more than 2 deep (--depth)\n"
+              "harbor: -: 1/2/3.cab: kept as a file: archives are nested more than 2 deep (--depth)\n"
               "harbor: -: cut.cab: kept as a file: cut short: the input ends at byte 120\n");
     EXPECT_EQ(tree(place / "t"), "3.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
 
@@ -216,10 +216,40 @@ TEST_F(Program, ExpandsArchivesInsideArchives) {
     write_file(place / "u/1", "");
     write_file(place / "u/1.cab", "");
     EXPECT_EQ(run("expand --nested x.cab -C u").err,
-              "harbor: x.cab: 1: a file of that name exists, so the archive is kept as a file\n"
+              "harbor: x.cab: 1.cab: kept as a file: a file named 1 exists\n"
               "harbor: x.cab: 1.cab: exists already (--overwrite replaces, --keep keeps such files)\n"
               "harbor: x.cab: cut.cab: kept as a file: cut short: the input ends at byte 120\n");
     EXPECT_EQ(tree(place / "u"), "1 1.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
+}
+
+TEST_F(Program, LimitsWhatInnerArchivesExpandTo) {
+    cabinet many;
+    for (int i = 100000; i < 145000; ++i)
+        many.file(std::to_string(i) + "\\d\\x", "");
+    cabinet around;
+    around.folder(support::mszip).file("many.cab", many.bytes());
+    save(around.file("one.cab", cabinet().file("one", "1").bytes()));
+    const auto limit = std::to_string(100000 + std::filesystem::file_size(place / "x.cab") / 8);
+    const auto kept = ": kept as a file: the archives inside the archive expand to more than " + limit +
+                      " items (--no-limits)\n";
+    EXPECT_EQ(run("expand --nested x.cab"),
+              failed("harbor: x.cab: many.cab" + kept + "harbor: x.cab: one.cab" + kept));
+    EXPECT_EQ(tree(place / "x"), "many.cab one.cab ");
+}
+
+TEST_F(Program, ExpandsInOnePassWithoutATemporaryFile) {
+    cabinet large;
+    large.file("in.cab", cabinet().file("a", "1").file("b", "2").bytes()).folder(support::mszip);
+    for (const std::string name : {"1", "2", "3", "4", "5"})
+        large.file(name, std::string(9000000, 'z'));
+    save(large);
+    const auto limited = run("expand --nested x.cab -C t", "ulimit -f 20480;");
+    EXPECT_EQ(limited.status, 1);
+    EXPECT_TRUE(limited.err.starts_with("harbor: x.cab: archives inside it are kept as files: cannot ") &&
+                limited.err.ends_with(": File too large\n"))
+        << limited;
+    EXPECT_EQ(tree(place / "t"), "1 2 3 4 5 in.cab ");
+    EXPECT_EQ(read_file(place / "t/5").size(), 9000000u);
 }
 
 TEST_F(Program, ListsAndDescribes) {
