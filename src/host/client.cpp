@@ -1,9 +1,10 @@
 #include "host/client.h"
 
 #include "harbor6/groundwork/text.h"
-#include "harbor6/model/archive.h"
+#include "harbor6/model/container.h"
 #include "host/disk/disk_file.h"
 #include "host/disk/disk_folder.h"
+#include "host/tally.h"
 
 namespace host {
 
@@ -27,16 +28,58 @@ void remove_if_empty(harbor6::Folder& parent, const std::string& name) {
     }
 }
 
+class quiet_journal : public journal {
+public:
+    void done(const std::string&, std::uint64_t) override {}
+    void refused(const std::string&, const std::string&) override {}
+    void unfinished(const std::string&, std::uint64_t, const std::string&) override {}
+    void missing(const std::string&) override {}
+};
+
+/// Runs a pass over the archive that takes every file and byte from `budget`, and keeps nothing. Raises what
+/// the budget and the archive raise.
+void measure(harbor6::Archive& archive, harbor6::Format& plain_format, nesting_budget& budget) {
+    quiet_journal nobody;
+    tally counts{plain_format, nobody};
+    counts.arriving = [&](std::uint64_t files, std::uint64_t bytes) { budget.take(files, bytes); };
+    const AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
+    archive.addContentTo(*top, nullptr);
+}
+
+/// Takes all items in `content`, at any depth, from `budget`.
+void take_items(const harbor6::Container& content, nesting_budget& budget) {
+    harbor6::ConstItemIterator items(content);
+    for (items.first(); !items.isDone(); items.next()) {
+        const AcquiredPtr<const harbor6::Item> item(items.current());
+        std::int64_t size = 0;
+        item->getInteger(harbor6::key::uncompressedSize, size);
+        budget.take(1, static_cast<std::uint64_t>(size));
+        if (const auto* const folder = item->asFolder())
+            take_items(*folder, budget);
+    }
+}
+
 } // namespace
+
+harbor6::Archive::Options Client::archiveOptions() {
+    harbor6::Archive::Options options;
+    options.published_rules = true;
+    options.longest_path = TargetFolder::longest_path;
+    return options;
+}
 
 bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
                         const harbor6::Format** format) {
+    if (measuring)
+        return true;
     const auto name = file.string(harbor6::key::name);
     const auto path = path_in(target, name);
     if (!wanted.wants(path))
         return false;
     auto* const folder = dynamic_cast<TargetFolder*>(&target);
-    const auto reason = folder ? folder->prepareFor(name) : std::string();
+    const auto reason = path.size() >= TargetFolder::longest_path ? "its path is too long"
+                        : folder                                  ? folder->prepareFor(name)
+                                                                  : std::string();
     if (!reason.empty()) {
         log.refused(path.empty() ? "(no name)" : path, reason);
         return false;
@@ -55,17 +98,46 @@ bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool
     return true;
 }
 
-bool Client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
-    const auto name = archive.string(harbor6::key::name);
-    if (nesting.size() == depth) {
-        log.refused(path_in(target, name), "kept as a file: archives are nested more than " +
-                                               un::write(depth, 10, 1) + " deep (--depth)");
-        return false;
+/// Opens an archive inside another and builds its tree of items, if the budget allows that much. Any failure
+/// arises here, before something of it reaches the target; the archive may be open then.
+void Client::openInner(harbor6::Archive& archive, harbor6::Folder& target) {
+    archive.options = archiveOptions();
+    archive.open(harbor6::Archive::mode_read);
+    if (!budget.covers(archive.size())) {
+        // The tree would use memory and disk for what the budget may refuse.
+        auto rest = budget;
+        measuring = true;
+        try {
+            measure(archive, target.format(), rest);
+        } catch (...) {
+            measuring = false;
+            budget = rest;
+            throw;
+        }
+        measuring = false;
     }
-    const AcquiredPtr<harbor6::Item> existing(target.acquireItemFromName(name));
-    if (existing && !existing->asFolder()) {
-        log.refused(path_in(target, name), "a file of that name exists, so the archive is kept as a file");
+    take_items(archive, budget);
+}
+
+bool Client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
+    const AcquiredPtr<harbor6::File> file(archive.acquireArchiveFile());
+    const auto path = path_in(target, file->string(harbor6::key::name));
+    const auto keep = [&](const std::string& reason) {
+        log.refused(path, "kept as a file: " + reason);
         return false;
+    };
+    if (nesting.size() == depth)
+        return keep("archives are nested more than " + un::write(depth, 10, 1) + " deep (--depth)");
+    const auto name = archive.string(harbor6::key::name);
+    const AcquiredPtr<harbor6::Item> existing(target.acquireItemFromName(name));
+    if (existing && !existing->asFolder())
+        return keep("a file named " + nio::printable(name) + " exists");
+    try {
+        openInner(archive, target);
+    } catch (const std::exception&) {
+        const auto reason = failure_text(std::current_exception());
+        archive.close();
+        return keep(reason);
     }
     nesting.push_back({&archive, AcquiredPtr<harbor6::Folder>::sharing(target)});
     return true;
@@ -82,10 +154,14 @@ void Client::sourceArchiveDone(harbor6::Archive& archive) {
 }
 
 void Client::sourceArchiveFailed(harbor6::Archive& archive, const std::exception_ptr& failure) {
-    if (isInnermost(archive))
-        remove_if_empty(*nesting.back().target, archive.string(harbor6::key::name));
     const AcquiredPtr<harbor6::File> file(archive.acquireArchiveFile());
-    log.refused(file->string(harbor6::key::name), "kept as a file: " + failure_text(failure));
+    auto path = file->string(harbor6::key::name);
+    if (isInnermost(archive)) {
+        auto& target = *nesting.back().target;
+        remove_if_empty(target, archive.string(harbor6::key::name));
+        path = path_in(target, path);
+    }
+    log.refused(path, "kept as a file: " + failure_text(failure));
 }
 
 /// Whether what is called `name` may be stored in `parent`, where `existing` has that name; it may get

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "harbor6/model/archive.h"
 #include "harbor6/model/folder.h"
 #include "harbor6/shell/client_interface.h"
 #include "host/command_line.h"
+#include "host/nesting_budget.h"
 #include "host/report.h"
 #include "host/selection.h"
 
@@ -22,9 +24,15 @@ public:
     clash_policy policy = clash_policy::refuse;
     /// Archives inside archives are expanded down to this depth; with 0 they are plain files.
     unsigned depth = 0;
+    /// What is left for them, for the outermost archive at hand.
+    nesting_budget budget;
+
+    /// How the program reads every archive.
+    static harbor6::Archive::Options archiveOptions();
 
     bool sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
                     const harbor6::Format** format) override;
+    /// Opens the archive, and reads all of it, if it is to be expanded.
     bool sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) override;
     void sourceArchiveDone(harbor6::Archive& archive) override;
     bool targetNameConflict(std::string& name, harbor6::Item& existing, bool folders,
@@ -34,9 +42,11 @@ public:
 
 private:
     bool mayTakeName(std::string& name, const harbor6::Item& existing, DiskFolder& parent, bool moving);
+    void openInner(harbor6::Archive& archive, harbor6::Folder& target);
     bool isInnermost(const harbor6::Archive& archive) const;
 
     report& log;
+    bool measuring = false; ///< a pass runs that only counts
     struct inner_archive {
         const harbor6::Archive* archive;
         pattern::AcquiredPtr<harbor6::Folder> target;

@@ -83,6 +83,10 @@ void add_expand(CLI::App& program, parsed& into) {
         ->needs(nesting)
         ->check(CLI::Range(1, 1000))
         ->type_name("N");
+    command
+        .add_flag("!--no-limits", into.chosen.limited,
+                  "Let --nested expand archives to any size and number of items")
+        ->needs(nesting);
     add_common(command, into.chosen);
     command.callback([&into] { finish_expand(into); });
 }

@@ -27,6 +27,7 @@ struct options {
     std::string formats;               ///< folder of plug-ins; empty: the one beside the program
     bool nested = false;               ///< archives inside archives are expanded too
     unsigned depth = 16;               ///< how many levels of them
+    bool limited = true;               ///< they may expand to a nesting_budget, not to any size
     clash_policy policy = clash_policy::refuse;
     bool sync = false; ///< what was expanded survives a crash of the machine
     bool verbose = false;

@@ -73,17 +73,17 @@ void show_formats(command_context& context) {
 void test(command_context& context) {
     for (const auto& archive : context.chosen.archives) {
         context.log.begin_archive(archive);
-        tally_archive(context, archive, {});
+        tally counts{context.plain_format, context.log};
+        counts.check_names = true;
+        tally_archive(context, archive, counts);
         if (context.log.end_archive())
             context.log.out.print(nio::printable(archive) + ": OK\n");
     }
 }
 
-tally tally_archive(command_context& context, const std::string& path, std::vector<std::string> keys) {
-    tally counts{context.plain_format, context.log, std::move(keys)};
+void tally_archive(command_context& context, const std::string& path, tally& counts) {
     const pattern::AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
     extract_archive(context, path, *top);
-    return counts;
 }
 
 } // namespace host

@@ -26,7 +26,7 @@ void list(command_context& context);
 void test(command_context& context);
 void show_formats(command_context& context);
 
-/// Reads the archive in the file `path` whole, counting its files and keeping the attributes `keys` of each.
-tally tally_archive(command_context& context, const std::string& path, std::vector<std::string> keys);
+/// Reads the archive in the file `path` whole, counting its files in `counts`.
+void tally_archive(command_context& context, const std::string& path, tally& counts);
 
 } // namespace host

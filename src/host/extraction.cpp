@@ -27,16 +27,18 @@ std::string why_unrecognised(const harbor6::Classifier& classifier, file_input& 
     return "not an archive of a known format";
 }
 
-/// Whether the archive's items can be walked. A damaged archive raises instead: then its bytes are set back
-/// to their beginning, if that is possible, so that one pass can extract the undamaged files.
-bool can_be_walked(const harbor6::Archive& archive, file_input& storage) {
+/// Builds the tree of the archive's items. Returns why that is impossible, empty if it was possible; the
+/// archive's bytes are then set back to their beginning, so that one pass can extract what is undamaged.
+/// Raises the failure if they can't be set back.
+std::string build_tree(const harbor6::Archive& archive, file_input& storage) {
     try {
         std::int64_t items = 0;
-        return archive.getNumItems(items, false);
+        archive.getNumItems(items, false);
+        return {};
     } catch (const qpthr::QpException&) {
         if (!storage.seek(0))
             throw;
-        return false;
+        return failure_text(std::current_exception());
     }
 }
 
@@ -57,11 +59,19 @@ bool extract_archive(command_context& context, const std::string& path, harbor6:
             log.archive_error(why_unrecognised(classifier, file->storage()));
             return false;
         }
+        archive->options = Client::archiveOptions();
         archive->open(harbor6::Archive::mode_read);
-        if (how == traversal::item_by_item && can_be_walked(*archive, file->storage()))
+        const bool by_item = how == traversal::item_by_item;
+        const auto obstacle = by_item ? build_tree(*archive, file->storage()) : std::string();
+        if (!obstacle.empty())
+            log.archive_error("archives inside it are kept as files: " + obstacle);
+        if (by_item && obstacle.empty()) {
+            context.client.budget =
+                context.chosen.limited ? nesting_budget(file->storage().tell()) : nesting_budget();
             target.addContent(*archive);
-        else
+        } else {
             archive->addContentTo(target, nullptr);
+        }
         archive->close();
         return true;
     } catch (...) {

@@ -15,7 +15,9 @@ enum class traversal {
 };
 
 /// Extracts the archive in the file `path` ("-" is the standard input) into `target`, and reports what ends
-/// that early. Returns whether the end was reached; the target reports failures of single files.
+/// that early. Returns whether the end was reached; the target reports failures of single files. Where the
+/// whole archive can't be read first, it is extracted in one pass, and that its archives stay files is
+/// reported.
 bool extract_archive(command_context& context, const std::string& path, harbor6::Folder& target,
                      traversal how = traversal::one_pass);
 

@@ -17,10 +17,12 @@ public:
     format_registry& operator=(const format_registry&) = delete;
 
     /// Loads every plug-in in `folder`, or, if that is empty, in the folder of formats beside the program.
-    /// Reports a plug-in that can't be loaded, and a folder without any formats.
+    /// Reports each plug-in that can't be loaded, and a folder without any formats.
     void load(const std::string& folder, report& log);
 
 private:
+    void load_file(const std::string& path, report& log);
+
     std::vector<platform::library> plug_ins; ///< declared first, so unloaded last
 
 public:

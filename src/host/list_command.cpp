@@ -64,33 +64,70 @@ nlohmann::ordered_json as_json(const tally_entry& entry) {
     return object;
 }
 
+/// Writes the listing of several archives as one JSON array, entry by entry.
+class json_listing {
+public:
+    explicit json_listing(console& output) : out(output) {}
+
+    void begin(const std::string& archive) {
+        out.print(archives++ == 0 ? "[" : ",");
+        out.print("\n  {\n    \"archive\": " + dumped(archive, {}) + ",\n    \"files\": [");
+        files = 0;
+    }
+    void add(const tally_entry& entry) {
+        const std::string indent = "\n      ";
+        out.print((files++ == 0 ? "" : ",") + indent + dumped(as_json(entry), indent));
+    }
+    /// `complete` tells whether the archive had no error.
+    void end(bool complete) {
+        out.print(files == 0 ? "]" : "\n    ]");
+        out.print(std::string(",\n    \"complete\": ") + (complete ? "true" : "false") + "\n  }");
+    }
+    void finish() { out.print("\n]\n"); }
+
+private:
+    /// With `indent` in place of each line break.
+    static std::string dumped(const nlohmann::ordered_json& value, const std::string& indent) {
+        const auto text = value.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+        std::string result;
+        for (const char c : text)
+            c == '\n' ? result += indent : result += c;
+        return result;
+    }
+
+    console& out;
+    std::size_t archives = 0;
+    std::size_t files = 0; ///< of the current archive
+};
+
 } // namespace
 
 void list(command_context& context) {
     const auto& chosen = context.chosen;
     auto& out = context.log.out;
-    std::vector<std::string> keys;
-    for (const auto& column : columns)
-        keys.emplace_back(column.key);
-    auto all = nlohmann::ordered_json::array();
+    json_listing json(out);
     for (const auto& archive : chosen.archives) {
         context.log.begin_archive(archive);
-        const auto counts = tally_archive(context, archive, keys);
-        auto files = nlohmann::ordered_json::array();
-        if (!chosen.json && chosen.archives.size() > 1)
+        if (chosen.json)
+            json.begin(archive);
+        else if (chosen.archives.size() > 1)
             out.print(nio::printable(archive) + ":\n");
-        for (const auto& entry : counts.entries) {
+        tally counts{context.plain_format, context.log};
+        for (const auto& column : columns)
+            counts.keys.emplace_back(column.key);
+        counts.counted = [&](const tally_entry& entry) {
             if (chosen.json)
-                files.push_back(as_json(entry));
+                json.add(entry);
             else
                 print(out, entry);
-        }
+        };
+        tally_archive(context, archive, counts);
         const bool sound = context.log.end_archive();
         if (chosen.json)
-            all.push_back({{"archive", archive}, {"complete", sound}, {"files", std::move(files)}});
+            json.end(sound);
     }
     if (chosen.json)
-        out.print(all.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n');
+        json.finish();
 }
 
 } // namespace host

@@ -5,26 +5,36 @@
 #include "harbor6/stream/output.h"
 #include "host/platform/directory_tree.h"
 
+#include <new>
+
 namespace host {
 
 namespace {
 
 class tally_output : public stream::output, public stream::segment_listener {
 public:
-    explicit tally_output(std::shared_ptr<arrival> counted) : data(std::move(counted)) {}
+    tally_output(tally& counts, std::shared_ptr<arrival> counted)
+        : shared(counts), data(std::move(counted)) {}
 
     using stream::output::write;
 
     void write(const char* /*buffer*/, unsigned length) override {
         data->set_received(data->received() + length);
+        if (shared.arriving)
+            shared.arriving(0, length);
     }
     void write(char byte) override { write(&byte, 1); }
     std::uint64_t tell() const override { return data->received(); }
     void segment_begins(std::uint64_t size) override { data->expect(size); }
 
 private:
+    tally& shared;
     std::shared_ptr<arrival> data;
 };
+
+std::string unusable_folder(const std::string& path, const std::string& reason) {
+    return "cannot use folder " + nio::printable(path) + ": " + reason;
+}
 
 std::optional<attribute_value> value_of(const harbor6::Attributes& item, const std::string& key) {
     bool flag = false;
@@ -46,15 +56,21 @@ std::optional<attribute_value> value_of(const harbor6::Attributes& item, const s
 
 harbor6::data::CountedOutput TallyFork::output(bool /*expanding*/) {
     data = std::make_shared<arrival>();
-    return harbor6::data::CountedOutput(new tally_output(data));
+    return harbor6::data::CountedOutput(new tally_output(shared, data));
 }
 
 TallyFile::TallyFile(tally& counts, std::shared_ptr<const std::string> folder)
-    : OneForkFile(data), PlainItem(counts.plain_format), shared(counts), folder_path(std::move(folder)) {}
+    : OneForkFile(counts, data), PlainItem(counts.plain_format), shared(counts),
+      folder_path(std::move(folder)) {}
 
 TallyFile::~TallyFile() {
-    if (!committed)
+    if (committed)
+        return;
+    try {
         shared.log.missing(join_path(*folder_path, name));
+    } catch (const std::bad_alloc&) {
+        shared.log.missing({});
+    }
 }
 
 void TallyFile::commitItem() {
@@ -63,8 +79,8 @@ void TallyFile::commitItem() {
     committed = true;
     auto path = join_path(*folder_path, name);
     data->report(shared.log, path);
-    if (data->complete())
-        shared.entries.push_back({std::move(path), data->received(), std::move(attributes)});
+    if (data->complete() && shared.counted)
+        shared.counted({std::move(path), data->received(), std::move(attributes)});
 }
 
 void TallyFile::cloneAttributes(const harbor6::Attributes& source, bool withName) {
@@ -86,8 +102,20 @@ bool TallyFile::setItemName(const std::string& given) {
 TallyFolder::TallyFolder(tally& counts, std::shared_ptr<const std::string> path)
     : PlainItem(counts.plain_format), shared(counts), folder_path(std::move(path)) {}
 
-std::string TallyFolder::prepareFor(const std::string& /*name*/) {
-    return too_deep ? "its path is too long" : std::string();
+std::string TallyFolder::prepareFor(const std::string& name) {
+    if (too_deep)
+        return "its path is too long";
+    if (!shared.check_names)
+        return {};
+    if (auto fault = name_fault(name); !fault.empty())
+        return fault;
+    if (!obstacle.empty())
+        return obstacle;
+    const auto [entry, is_new] = shared.names.try_emplace({number, name}, 0);
+    if (is_new)
+        return {};
+    return entry->second == 0 ? "the archive contains another file of that name"
+                              : "a folder of that name exists";
 }
 
 bool TallyFolder::isCreated() {
@@ -99,11 +127,15 @@ harbor6::Item* TallyFolder::acquireItemFromName(const std::string& /*name*/) {
 }
 
 harbor6::File* TallyFolder::_newFile() {
+    if (shared.arriving)
+        shared.arriving(1, 0);
     return new TallyFile(shared, folder_path);
 }
 
 harbor6::Folder* TallyFolder::_newFolder() {
     pattern::AcquiredPtr<TallyFolder> folder(new TallyFolder(shared, folder_path));
+    folder->number = number;
+    folder->obstacle = obstacle;
     folder->too_deep = too_deep;
     return folder.detach();
 }
@@ -114,8 +146,21 @@ std::string TallyFolder::itemName() const {
 
 bool TallyFolder::setItemName(const std::string& name) {
     too_deep = too_deep || path().size() + name.size() > longest_path;
-    if (!name.empty() && !too_deep)
-        folder_path = std::make_shared<const std::string>(pathOf(name));
+    if (name.empty() || too_deep)
+        return true;
+    folder_path = std::make_shared<const std::string>(pathOf(name));
+    if (!shared.check_names || !obstacle.empty())
+        return true;
+    if (const auto fault = name_fault(name); !fault.empty()) {
+        obstacle = unusable_folder(name, fault);
+        return true;
+    }
+    const auto [entry, is_new] = shared.names.try_emplace({number, name}, shared.folders + 1);
+    if (is_new)
+        ++shared.folders;
+    number = entry->second;
+    if (number == 0)
+        obstacle = unusable_folder(path(), "it is not a folder");
     return true;
 }
 

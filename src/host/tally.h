@@ -5,8 +5,10 @@
 #include "host/disk/plain_item.h"
 #include "host/disk/target.h"
 
+#include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -23,23 +25,35 @@ struct tally_entry {
     std::map<std::string, attribute_value> attributes;
 };
 
-/// What the folders and files of one pass that only counts share. It outlives them. One thread.
+/// What the folders and files of one pass that only counts share. It outlives them, and keeps nothing of a
+/// file that has ended but its name, and that only with `check_names`. One thread.
 struct tally {
     harbor6::Format& plain_format;
     journal& log;
-    std::vector<std::string> keys{};    ///< the attributes to keep of each file
-    std::vector<tally_entry> entries{}; ///< the complete files, in the order in which they ended
+    std::vector<std::string> keys{};                   ///< the attributes to keep of each file
+    std::function<void(const tally_entry&)> counted{}; ///< called with each complete file when it ends
+    /// Called with the number of new files and of bytes that arrive; what it raises ends the pass.
+    std::function<void(std::uint64_t files, std::uint64_t bytes)> arriving{};
+    /// Refuse the files that could not all be stored in a new folder: for their names, or for those of
+    /// others.
+    bool check_names = false;
+
+    /// The names in use with `check_names`, each with the number of its parent (0 is the top): the number of
+    /// the folder, or 0 for a file.
+    std::map<std::pair<std::size_t, std::string>, std::size_t> names{};
+    std::size_t folders = 0; ///< how many of them are folders
 };
 
 /// Counts the bytes that are written to it.
 class TallyFork : public harbor6::Fork {
 public:
     /// `data` is set when the output is taken.
-    explicit TallyFork(std::shared_ptr<arrival>& counted) : data(counted) {}
+    TallyFork(tally& counts, std::shared_ptr<arrival>& counted) : shared(counts), data(counted) {}
 
     harbor6::data::CountedOutput output(bool expanding) override;
 
 private:
+    tally& shared;
     std::shared_ptr<arrival>& data;
 };
 
@@ -68,10 +82,12 @@ private:
 /// A target folder that takes an archive's content, counts it, and keeps nothing: it always looks empty.
 class TallyFolder : public TargetFolder, public PlainItem<TallyFolder> {
 public:
+    /// The top, if there is no `path`.
     explicit TallyFolder(tally& shared,
                          std::shared_ptr<const std::string> path = std::make_shared<const std::string>());
 
     const std::string& path() const override { return *folder_path; }
+    /// With `check_names` a second file of one name is refused.
     std::string prepareFor(const std::string& name) override;
 
     bool isCreated() override;
@@ -87,7 +103,9 @@ protected:
 private:
     tally& shared;
     std::shared_ptr<const std::string> folder_path;
-    bool too_deep = false; ///< the path is longer than longest_path, and no longer extended
+    std::size_t number = 0; ///< in tally::names
+    std::string obstacle;   ///< why nothing can be stored in it; empty if something can
+    bool too_deep = false;  ///< the path is longer than longest_path, and no longer extended
 };
 
 } // namespace host

@@ -57,11 +57,13 @@ TEST_F(Expand, StaysInsideItsFolder) {
              .file("a\\b", "7")
              .file("d\\", "8")
              .file(".harbor-1-1", "9"));
-    EXPECT_EQ(run("expand x.cab -C t"), failed("harbor: x.cab: d/..: its name is reserved\n"
-                                               "harbor: x.cab: a: another file of the archive has that name\n"
-                                               "harbor: x.cab: a/b: cannot use folder a: it is not a folder\n"
-                                               "harbor: x.cab: d/: its name is empty\n"
-                                               "harbor: x.cab: .harbor-1-1: its name is reserved\n"));
+    const auto refused = failed("harbor: x.cab: d/..: its name is reserved\n"
+                                "harbor: x.cab: a: another file of the archive has that name\n"
+                                "harbor: x.cab: a/b: cannot use folder a: it is not a folder\n"
+                                "harbor: x.cab: d/: its name is empty\n"
+                                "harbor: x.cab: .harbor-1-1: its name is reserved\n");
+    EXPECT_EQ(run("test x.cab"), refused);
+    EXPECT_EQ(run("expand x.cab -C t"), refused);
     EXPECT_EQ(tree(place.path), "t/ t/a t/a\x1b[2J t/d/ t/rooted t/up x.cab ");
     // Files of one archive never replace each other; those of another archive may be replaced.
     for (const std::string policy : {"--keep", "--overwrite", ""}) {
@@ -224,7 +226,7 @@ TEST_F(Expand, ExpandsArchivesInsideArchives) {
               "downalone2");
     EXPECT_EQ(read_file(place / "x/cut.cab"), cut);
     EXPECT_EQ(run("expand --nested --depth 2 - -C t <x.cab").err,
-              "harbor: -: 1/2/3: kept as a file: archives are nested more than 2 deep (--depth)\n"
+              "harbor: -: 1/2/3.cab: kept as a file: archives are nested more than 2 deep (--depth)\n"
               "harbor: -: cut.cab: kept as a file: cut short: the input ends at byte 120\n");
     EXPECT_EQ(tree(place / "t"), "3.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
 
@@ -233,7 +235,7 @@ TEST_F(Expand, ExpandsArchivesInsideArchives) {
     write_file(place / "u/1", "");
     write_file(place / "u/1.cab", "");
     EXPECT_EQ(run("expand --nested x.cab -C u").err,
-              "harbor: x.cab: 1: a file of that name exists, so the archive is kept as a file\n"
+              "harbor: x.cab: 1.cab: kept as a file: a file named 1 exists\n"
               "harbor: x.cab: 1.cab: exists already (--overwrite replaces, --keep keeps such files)\n"
               "harbor: x.cab: cut.cab: kept as a file: cut short: the input ends at byte 120\n");
     EXPECT_EQ(tree(place / "u"), "1 1.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");

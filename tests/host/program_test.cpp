@@ -64,16 +64,53 @@ TEST_F(Program, RefusesAnOverlongPathAndContinues) {
     EXPECT_EQ(std::count(tested.err.begin(), tested.err.end(), '\n'), 1);
 }
 
+TEST_F(Program, LimitsWhatInnerArchivesExpandTo) {
+    cabinet many;
+    for (int i = 100000; i < 145000; ++i)
+        many.file(std::to_string(i) + "\\d\\x", "");
+    cabinet around;
+    around.folder(support::mszip).file("many.cab", many.bytes());
+    save(around.file("one.cab", cabinet().file("one", "1").bytes()));
+    const auto limit = std::to_string(100000 + std::filesystem::file_size(place / "x.cab") / 8);
+    const auto kept = ": kept as a file: the archives inside the archive expand to more than " + limit +
+                      " items (--no-limits)\n";
+    EXPECT_EQ(run("expand --nested x.cab"),
+              failed("harbor: x.cab: many.cab" + kept + "harbor: x.cab: one.cab" + kept));
+    EXPECT_EQ(tree(place / "x"), "many.cab one.cab ");
+}
+
+TEST_F(Program, ExpandsInOnePassWithoutATemporaryFile) {
+    cabinet large;
+    large.file("in.cab", cabinet().file("a", "1").file("b", "2").bytes()).folder(support::mszip);
+    for (const std::string name : {"1", "2", "3", "4", "5"})
+        large.file(name, std::string(9000000, 'z'));
+    save(large);
+    const auto limited = run("expand --nested x.cab -C t", "ulimit -f 20480;");
+    EXPECT_EQ(limited.status, 1);
+    EXPECT_TRUE(limited.err.starts_with("harbor: x.cab: archives inside it are kept as files: cannot ") &&
+                limited.err.ends_with(": File too large\n"))
+        << limited;
+    EXPECT_EQ(tree(place / "t"), "1 2 3 4 5 in.cab ");
+    EXPECT_EQ(read_file(place / "t/5").size(), 9000000u);
+}
+
 TEST_F(Program, ListsAndDescribes) {
     save(cabinet().file("a", "123").file("d\\\xE4\n", ""));
     EXPECT_EQ(run("list x.cab"), fine("           3  2004-02-29 13:37:42  a\n"
                                       "           0  2004-02-29 13:37:42  d/\xC3\xA4\\x0a\n"));
     EXPECT_EQ(run("list --encoding CP437 --json x.cab"),
-              fine("[\n  {\n    \"archive\": \"x.cab\",\n    \"complete\": true,\n    \"files\": [\n"
+              fine("[\n  {\n    \"archive\": \"x.cab\",\n    \"files\": [\n"
                    "      {\n        \"path\": \"a\",\n        \"size\": 3,\n"
                    "        \"modified\": \"2004-02-29T13:37:42\"\n      },\n"
                    "      {\n        \"path\": \"d/\xCE\xA3\\n\",\n        \"size\": 0,\n"
-                   "        \"modified\": \"2004-02-29T13:37:42\"\n      }\n    ]\n  }\n]\n"));
+                   "        \"modified\": \"2004-02-29T13:37:42\"\n      }\n    ],\n"
+                   "    \"complete\": true\n  }\n]\n"));
+    EXPECT_EQ(
+        run("list --json none x.cab 2>&1 | tr -d ' \n'; exit 1").out,
+        "[{\"archive\":\"none\",\"files\":[harbor:none:Nosuchfileordirectory],\"complete\":false},"
+        "{\"archive\":\"x.cab\",\"files\":[{\"path\":\"a\",\"size\":3,\"modified\":\"2004-02-29T13:37:42\"},"
+        "{\"path\":\"d/\xC3\xA4\\n\",\"size\":0,\"modified\":\"2004-02-29T13:37:42\"}],"
+        "\"complete\":true}]");
     EXPECT_EQ(run("formats"), fine("cab\n  longName: CAB\n  suffix: .cab\n  mimeType: application/x-cab\n"
                                    "  expandsArchives: yes\n  createsArchives: no\n  recoversArchives: no\n"
                                    "  isFolder: yes\n  isFile: no\n  isSegmented: no\n"));
@@ -110,4 +147,27 @@ TEST_F(Program, ExplainsEachRefusal) {
         EXPECT_EQ(run(usage).status, 2) << usage;
 }
 
+TEST_F(Program, UsesTheOtherPlugInsWhenSomeAreFaulty) {
+    namespace files = std::filesystem;
+    const auto good = read_file(HARBOR_FORMATS "/cab.so");
+    files::create_directories(place / "f/folder.so");
+    write_file(place / "f/cut-data.so", good.substr(0, 20000));
+    write_file(place / "f/cut-head.so", good.substr(0, 100));
+    write_file(place / "f/text.so", "text");
+    files::create_symlink("none", place / "f/link.so");
+    files::copy_file(HARBOR_FAULTY_PLUG_IN, place / "f/a-constructor.so");
+    files::copy_file(HARBOR_FAULTY_PLUG_IN, place / "f/raises.so");
+    files::copy_file(HARBOR_FORMATS "/cab.so", place / "f/z.so");
+    const auto seen = run("test --formats f " HARBOR_TEST_DATA "/lzx17-mixed.cab", "mkfifo f/fifo.so;");
+    EXPECT_EQ(seen.err, "harbor: f/a-constructor.so: early fault\n"
+                        "harbor: f/cut-data.so: the file is cut short\n"
+                        "harbor: f/cut-head.so: the file is cut short\n"
+                        "harbor: f/fifo.so: not a regular file\n"
+                        "harbor: f/folder.so: Is a directory\n"
+                        "harbor: f/link.so: No such file or directory\n"
+                        "harbor: f/raises.so: late fault\n"
+                        "harbor: f/text.so: not a shared library\n");
+    EXPECT_EQ(seen.out, HARBOR_TEST_DATA "/lzx17-mixed.cab: OK\n");
+    EXPECT_EQ(seen.status, 1);
+}
 } // namespace

@@ -89,7 +89,8 @@ void call_in_forked_child(void (*renew)()) noexcept;
 class HARBOR6_API library {
 public:
     library() = default;
-    /// Loads the library in the file `path`. Raises un::exception with the platform's message.
+    /// Loads the library in the file `path`. Raises un::exception with the platform's message, and what a
+    /// constructor in the library raises; the library then stays loaded for good.
     explicit library(const std::string& path);
     library(library&& other) noexcept;
     library& operator=(library&& other) noexcept;

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace host {
+
+/// Why the file `path` can't be loaded as a plug-in, printable; empty if it looks like one. Loading a FIFO
+/// would wait for its writer, and loading a file without all of its segments would end the process on the
+/// first access to what is missing. Opens the file for reading, and never waits.
+std::string plug_in_fault(const std::string& path);
+
+} // namespace host
