@@ -139,7 +139,7 @@ bool Client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
         archive.close();
         return keep(reason);
     }
-    nesting.push_back({&archive, AcquiredPtr<harbor6::Folder>::sharing(target)});
+    nesting.push_back({&archive, AcquiredPtr<harbor6::Folder>::sharing(target), !existing});
     return true;
 }
 
@@ -158,10 +158,18 @@ void Client::sourceArchiveFailed(harbor6::Archive& archive, const std::exception
     auto path = file->string(harbor6::key::name);
     if (isInnermost(archive)) {
         auto& target = *nesting.back().target;
-        remove_if_empty(target, archive.string(harbor6::key::name));
+        if (nesting.back().new_folder)
+            remove_if_empty(target, archive.string(harbor6::key::name));
         path = path_in(target, path);
     }
-    log.refused(path, "kept as a file: " + failure_text(failure));
+    try {
+        std::rethrow_exception(failure);
+    } catch (const fs::Exception&) {
+        // The disk is at fault: no copy of the archive follows.
+        log.refused(path, failure_text(failure));
+    } catch (...) {
+        log.refused(path, "kept as a file: " + failure_text(failure));
+    }
 }
 
 /// Whether what is called `name` may be stored in `parent`, where `existing` has that name; it may get

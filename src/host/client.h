@@ -50,6 +50,7 @@ private:
     struct inner_archive {
         const harbor6::Archive* archive;
         pattern::AcquiredPtr<harbor6::Folder> target;
+        bool new_folder; ///< no folder of the archive's name existed
     };
     std::vector<inner_archive> nesting; ///< inner archives that are being expanded, outermost first
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "harbor6/model/scratch_space.h"
 #include "host/client.h"
 #include "host/command_line.h"
 #include "host/format_registry.h"
@@ -15,6 +16,7 @@ struct command_context {
     Client& client;
     harbor6::Format& plain_format; ///< the format of items outside any archive
     report& log;
+    harbor6::ScratchSpace* scratch = nullptr; ///< of the archives' item trees; null: the usual one
 };
 
 /// Loads the formats and runs the command that `chosen` names.

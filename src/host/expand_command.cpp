@@ -5,14 +5,27 @@
 #include "host/placement.h"
 #include "host/platform/temporary_files.h"
 
+#include <filesystem>
+
 namespace host {
 
 namespace {
+
+/// The nearest existing folder around `path`.
+std::string folder_around(const std::string& path) {
+    std::error_code error;
+    auto folder = std::filesystem::absolute(path, error).parent_path();
+    while (folder.has_relative_path() && !std::filesystem::is_directory(folder, error))
+        folder = folder.parent_path();
+    return folder.string();
+}
 
 void expand_one(command_context& context, const std::string& archive) {
     const auto where = place(context, archive);
     if (!where)
         return;
+    harbor6::ScratchSpace scratch(folder_around(where->folder));
+    context.scratch = &scratch;
     auto& client = context.client;
     client.policy = where->may_replace ? context.chosen.policy : clash_policy::refuse;
     directory_tree target(where->folder, where->follows_links);
@@ -42,6 +55,7 @@ void expand(command_context& context) {
         } catch (const fs::Exception& failure) {
             context.log.archive_error(nio::printable(failure.message()));
         }
+        context.scratch = nullptr;
         context.log.end_archive();
     }
 }

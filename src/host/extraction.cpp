@@ -60,6 +60,7 @@ bool extract_archive(command_context& context, const std::string& path, harbor6:
             return false;
         }
         archive->options = Client::archiveOptions();
+        archive->scratch = context.scratch;
         archive->open(harbor6::Archive::mode_read);
         const bool by_item = how == traversal::item_by_item;
         const auto obstacle = by_item ? build_tree(*archive, file->storage()) : std::string();
@@ -68,7 +69,7 @@ bool extract_archive(command_context& context, const std::string& path, harbor6:
         if (by_item && obstacle.empty()) {
             context.client.budget =
                 context.chosen.limited ? nesting_budget(file->storage().tell()) : nesting_budget();
-            target.addContent(*archive);
+            target._addContent(*archive, nullptr); // without a list of what was added
         } else {
             archive->addContentTo(target, nullptr);
         }

@@ -114,8 +114,7 @@ std::string TallyFolder::prepareFor(const std::string& name) {
     const auto [entry, is_new] = shared.names.try_emplace({number, name}, 0);
     if (is_new)
         return {};
-    return entry->second == 0 ? "the archive contains another file of that name"
-                              : "a folder of that name exists";
+    return entry->second == 0 ? "another file of the archive has that name" : "a folder of that name exists";
 }
 
 bool TallyFolder::isCreated() {
