@@ -14,7 +14,7 @@
 #include "formats/cab/item_reader.h"
 #include "formats/cab/records.h"
 #include "support/memory_streams.h"
-#include "support/yardstick.h"
+#include "support/sample_data.h"
 #include "support/zlib_inflate.h"
 #include "support/zlib_streams.h"
 
@@ -51,10 +51,10 @@ const corpus& corpus_of(bool text) {
     };
     constexpr std::size_t size = 100'000'000;
     if (text) {
-        static const corpus made = make(yardstick::source_text(size));
+        static const corpus made = make(sample_data::source_text(size));
         return made;
     }
-    static const corpus made = make(yardstick::programs(size));
+    static const corpus made = make(sample_data::programs(size));
     return made;
 }
 
@@ -193,7 +193,7 @@ folder folder_of(const corpus& input) {
 /// The first folder of a cabinet without reserve areas.
 folder folder_of(const std::string& path) {
     folder made;
-    made.bytes = yardstick::file_bytes(path);
+    made.bytes = sample_data::file_bytes(path);
     support::seekable_input in(made.bytes);
     format::cab::archive_header header;
     header.read(in, true);

@@ -1,7 +1,7 @@
 // Expands cabinets with the built program into a folder in memory and prints, for a stored cabinet of 200 MB
 // with checksums, the time beside that of a plain copy of the same bytes in pieces of 64 KiB, run in turns;
-// then the largest resident set with one large file and with 65535 small ones, what the item-by-item road
-// costs beside the one pass, and what cabinets cost whose names are long, deep or many.
+// then the largest resident set with one large file and with 65535 small ones, what item-by-item extraction
+// costs compared with one pass, and what cabinets cost whose names are long, deep or many.
 
 #include "support/cabinet_writer.h"
 

@@ -76,7 +76,7 @@ bool inflate_all(subject& s) {
 subject load(const std::string& path) {
     subject s;
     s.name = path.substr(path.rfind('/') + 1);
-    auto cabinet = yardstick::lzx_read_cabinet(path);
+    auto cabinet = sample_data::lzx_read_cabinet(path);
     auto& folder = cabinet.folders.at(0);
     s.window_size = 1u << folder.window_bits;
     s.frames = std::move(folder.frames);
@@ -130,7 +130,7 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     std::vector<std::string> paths(argv + 1, argv + argc);
     if (paths.empty())
-        paths = {yardstick::lzx_cabinet("text"), yardstick::lzx_cabinet("programs")};
+        paths = {sample_data::lzx_cabinet("text"), sample_data::lzx_cabinet("programs")};
     if (const char* more = std::getenv("HARBOR_BENCH_CABINETS")) {
         std::istringstream list(more);
         for (std::string path; std::getline(list, path, ':');)

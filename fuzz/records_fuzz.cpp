@@ -12,7 +12,8 @@
 
 namespace {
 
-/// The road of the content scan, but for the decoders: method 0 always, the reserve sizes as they come.
+/// Reads as the content scan does, without the decoders: the method is always 0, the reserve sizes are those
+/// of the header.
 void walk(stream::input& input, bool verify) {
     format::cab::archive_header header;
     header.read(input, verify);

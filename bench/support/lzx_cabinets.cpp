@@ -1,7 +1,7 @@
 #include "support/lzx_cabinets.h"
 
 #include "support/lzx_compress.h"
-#include "support/yardstick.h"
+#include "support/sample_data.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -9,7 +9,7 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace yardstick {
+namespace sample_data {
 
 namespace {
 
@@ -113,4 +113,4 @@ lzx_content lzx_read_cabinet(const std::string& path) {
     return cabinet;
 }
 
-} // namespace yardstick
+} // namespace sample_data

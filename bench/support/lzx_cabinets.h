@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace yardstick {
+namespace sample_data {
 
 /// The path of a cabinet with one LZX folder, window 21, of 100 MB of source text ("text") or programs
 /// ("programs", calls translated). Made at the first call, which takes minutes, and kept in the folder that
@@ -28,4 +28,4 @@ struct lzx_content {
 };
 
 lzx_content lzx_read_cabinet(const std::string& path);
-} // namespace yardstick
+} // namespace sample_data

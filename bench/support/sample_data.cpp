@@ -1,4 +1,4 @@
-#include "support/yardstick.h"
+#include "support/sample_data.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <vector>
 
-namespace yardstick {
+namespace sample_data {
 
 namespace {
 
@@ -68,4 +68,4 @@ std::string programs(std::size_t size) {
     });
 }
 
-} // namespace yardstick
+} // namespace sample_data

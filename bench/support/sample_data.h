@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-namespace yardstick {
+namespace sample_data {
 
 /// What the benchmarks decode, taken from the machine they run on: `size` bytes, from files in a fixed order,
 /// no two alike, repeated when they run out; raises std::runtime_error if there are none. Headers, sources
@@ -15,4 +15,4 @@ std::string programs(std::size_t size);
 /// The bytes of a file; raises std::runtime_error if it can't be read.
 std::string file_bytes(const std::string& path);
 
-} // namespace yardstick
+} // namespace sample_data
