@@ -39,8 +39,10 @@ outcome decode(std::string_view source, bool exact_only, const settings& how) {
     deflate::decompressor decoder(in, out);
     decoder.extent = how.extent;
     decoder.rewind = true;
-    decoder.exact_only = exact_only;
-    decoder.portable_only = how.portable;
+    if (exact_only)
+        decoder.use_exact_loop_only();
+    if (how.portable)
+        decoder.use_portable_code_only();
     std::string message;
     for (unsigned run = 0; run < how.runs && message.empty(); ++run) {
         try {

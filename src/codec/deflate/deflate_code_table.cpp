@@ -1,5 +1,6 @@
 #include "codec/deflate/deflate_code_table.h"
 
+#include "codec/canonical_code.h"
 #include "harbor6/groundwork/exception.h"
 
 #include <algorithm>
@@ -23,29 +24,22 @@ void code_table::assign(std::span<const std::uint8_t> used) {
 }
 
 void code_table::build() {
-    std::array<std::uint32_t, longest_code + 1> count{};
-    for (unsigned i = 0; i < symbol_count; ++i) {
-        if (lengths[i] > longest_code)
-            throw basic::algorithm_exception("deflate codeword is too long");
-        ++count[lengths[i]];
-    }
-    count[0] = 0;
-
-    std::uint32_t code = 0;
-    limit[0] = offset[0] = 0;
-    for (unsigned length = 1; length <= longest_code; ++length) {
-        code += count[length] << (longest_code - length);
-        if (code > code_space)
-            throw basic::algorithm_exception("invalid deflate codeword size set");
-        limit[length] = code;
-        offset[length] = offset[length - 1] + count[length - 1];
-        if (length <= short_code)
-            std::fill(short_lengths.begin() + (limit[length - 1] >> (longest_code - short_code)),
-                      short_lengths.begin() + (code >> (longest_code - short_code)),
-                      static_cast<std::uint8_t>(length));
-    }
-    if (code != code_space && code != code_space / 2 && code != 0)
+    if (*std::max_element(lengths.begin(), lengths.begin() + symbol_count) > longest_code)
+        throw basic::algorithm_exception("deflate codeword is too long");
+    const codec::canonical_code<longest_code> code(lengths.data(), symbol_count);
+    if (code.used() > code_space)
+        throw basic::algorithm_exception("invalid deflate codeword size set");
+    if (code.used() != code_space && code.used() != code_space / 2 && code.used() != 0)
         throw basic::algorithm_exception("incomplete deflate codeword size set");
+
+    limit = code.end;
+    offset[0] = offset[1] = 0;
+    for (unsigned length = 2; length <= longest_code; ++length)
+        offset[length] = offset[length - 1] + code.symbols[length - 1];
+    for (unsigned length = 1; length <= short_code; ++length)
+        std::fill(short_lengths.begin() + (limit[length - 1] >> (longest_code - short_code)),
+                  short_lengths.begin() + (limit[length] >> (longest_code - short_code)),
+                  static_cast<std::uint8_t>(length));
 
     auto next = offset;
     for (unsigned i = 0; i < symbol_count; ++i)

@@ -35,8 +35,10 @@ public:
     std::array<std::uint32_t, literal_symbols> symbols; ///< by length, then ascending
     std::array<std::uint8_t, 256> short_lengths;        ///< for the top 8 of the 15 bits
     std::array<std::uint8_t, literal_symbols> lengths;  ///< as read
-    std::int32_t used_count = 0;                        ///< number of lengths in the block
-    bool flag = false; ///< literals: extended form; distances: the caller set the extent
+    std::int32_t used_count = 0;                        ///< number of lengths that assign() was given
+    /// For the owner, which sets it: in the table of literals and lengths it means the extended form, in that
+    /// of distances that the extent isn't stated in the input.
+    bool flag = false;
 };
 
 } // namespace deflate

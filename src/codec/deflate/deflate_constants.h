@@ -7,6 +7,11 @@
 /// 32 KiB.
 namespace deflate {
 
+// Block types.
+inline constexpr std::int32_t stored_block = 0;
+inline constexpr std::int32_t fixed_block = 1;
+inline constexpr std::int32_t dynamic_block = 2;
+
 inline constexpr unsigned literal_symbols = 288;
 inline constexpr unsigned distance_symbols = 50;
 inline constexpr unsigned code_length_symbols = 19;

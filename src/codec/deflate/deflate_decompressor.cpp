@@ -12,7 +12,7 @@ constexpr unsigned read_ahead = 65536;
 constexpr std::int32_t lowest_extent = 10;
 constexpr std::int32_t highest_extent = 25;
 constexpr std::int32_t extended_extent = 16;
-/// A sound stream may leave this many bytes of the bit buffer unfilled.
+/// A sound stream may end with this many bytes of the bit buffer past the end of the input.
 constexpr std::int32_t tolerated_ends = 4;
 
 [[noreturn]] void fail(const char* message) {
@@ -53,7 +53,6 @@ void decompressor::decode() {
     code_table literal_table(literal_symbols);
     literal_table.flag = extent == extended_extent;
     fixed_codes_loaded = false;
-    fast.use_bmi2 = !portable_only;
     buffered.start();
     bits.start();
 
@@ -64,8 +63,8 @@ void decompressor::decode() {
     } while (!final_block);
     window.flush();
 
-    // Every way to end a block leaves whole bytes of the read-ahead in the bit buffer, so the read-ahead is
-    // never at this position already with bytes left to return to the source.
+    // seek() to the present position does nothing. That can't happen here while bytes are left to return:
+    // after any block the bit buffer holds at least one whole byte of them.
     if (rewind)
         buffered.seek(buffered.tell() - bits.buffered_bytes());
 }
@@ -73,17 +72,17 @@ void decompressor::decode() {
 void decompressor::read_block(code_table& literal_table) {
     block_type = static_cast<std::int32_t>(bits.field(2));
     switch (block_type) {
-    case 0:
+    case stored_block:
         start_stored_block();
         return decode_stored();
-    case 1:
+    case fixed_block:
         if (!fixed_codes_loaded) {
             set_fixed_lengths(literal_table);
             build_codes(literal_table);
         }
         fixed_codes_loaded = true;
         break;
-    case 2:
+    case dynamic_block:
         fixed_codes_loaded = false;
         read_dynamic_lengths(literal_table);
         build_codes(literal_table);

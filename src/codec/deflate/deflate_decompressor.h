@@ -8,6 +8,7 @@
 #include "harbor6/concurrency/transform_input.h"
 
 #include <optional>
+#include <span>
 
 namespace deflate {
 
@@ -32,10 +33,11 @@ public:
     std::int32_t extent = 15;
     /// Whether run() seeks the input to the byte behind the stream at its end.
     bool rewind = false;
-    /// Turns the fast loop off, for tests; the results are the same.
-    bool exact_only = false;
-    /// Uses only instructions that every processor of the architecture has, for tests.
-    bool portable_only = false;
+
+    /// Turns the fast loop off, for tests and fuzzing; the results are the same.
+    void use_exact_loop_only() { exact_only = true; }
+    /// Uses only instructions that every processor of the architecture has; the results are the same.
+    void use_portable_code_only() { fast.use_bmi2 = false; }
 
 private:
     void decode();
@@ -53,7 +55,7 @@ private:
 
     nio::buffered_input buffered;
     bit_input bits;
-    std::int32_t block_type = -1;    ///< 0 stored, 1 fixed, 2 dynamic; -1 before the first block
+    std::int32_t block_type = -1;    ///< of the current or the last block; -1 before the first
     bool fixed_codes_loaded = false; ///< this run's tables are currently those of the fixed codes
     std::uint32_t stored_remaining = 0;
     std::uint32_t maximum_match = 0;
@@ -61,6 +63,7 @@ private:
     code_table code_length_table;
     history_window window;
     fast_loop fast;
+    bool exact_only = false;
 };
 
 } // namespace deflate

@@ -9,8 +9,8 @@ namespace deflate {
 
 namespace {
 
-constexpr unsigned batch = 65536; ///< bytes between two moves of the history
-constexpr unsigned cabinet_block = 32768;
+constexpr unsigned batch = 65536;     ///< bytes between two moves of the history
+constexpr unsigned usual_run = 32768; ///< an MSZIP block
 
 } // namespace
 
@@ -26,7 +26,7 @@ void history_window::set_up(unsigned extent, unsigned maximum_match, nio::output
 
 void history_window::begin() {
     flushed = write_position;
-    if (room() < cabinet_block)
+    if (room() < usual_run)
         move_history();
 }
 

@@ -16,13 +16,13 @@ public:
     /// Bytes behind the room that a loop may overwrite while it copies in wide pieces.
     static constexpr unsigned overshoot = 64;
 
-    /// Allocates 2 to the power `extent` bytes of history and room for decoding, and keeps `target` as the
+    /// Allocates 2 to the power `extent` bytes of history and room for decoding, and keeps `output` as the
     /// output, which must outlive the window. Only the first call has an effect.
     void set_up(unsigned extent, unsigned maximum_match, nio::output& output);
 
     /// Begins a run. Bytes that an earlier run failed to write out become history and are never written.
-    /// Moves the history to the front if a cabinet's block wouldn't fit behind it, so that the block is one
-    /// write.
+    /// Moves the history to the front if a run of the usual size, 32 KiB, wouldn't fit behind it, so that the
+    /// run is one write.
     void begin();
 
     /// Makes room for `count` bytes, at most maximum_match.

@@ -4,8 +4,8 @@ namespace deflate {
 
 namespace {
 
-constexpr unsigned pipe_size =
-    65536; ///< more than an MSZIP block, so that the worker never waits for the reader
+/// More than an MSZIP block, so that the worker never waits for the reader.
+constexpr unsigned pipe_size = 65536;
 
 } // namespace
 

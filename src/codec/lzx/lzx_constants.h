@@ -39,9 +39,12 @@ inline constexpr unsigned same_run = 19;       ///< 1 bit, of a run of 4 or 5, a
 /// Footer bits of an offset that an aligned offset symbol stands for, if the slot has so many.
 inline constexpr unsigned aligned_footer_bits = 3;
 
+/// The most footer bits that a position slot has.
+inline constexpr unsigned longest_footer = 17;
+
 /// Footer bits of a position slot. Slots 0 to 2 are the repeated offsets, 3 is the offset 1.
 constexpr unsigned extra_bits(unsigned slot) {
-    return slot < 4 ? 0 : slot < 36 ? (slot - 2) / 2 : 17;
+    return slot < 4 ? 0 : slot < 36 ? (slot - 2) / 2 : longest_footer;
 }
 
 /// The match offset that a slot's footer is added to.

@@ -26,14 +26,11 @@ static_assert(spare_input >= 11 + look_ahead && spare_input >= look_ahead + 4 * 
 /// The fast loop reads whole words, and some further ones.
 static_assert(spare_input >= 1 + 2 * token_lanes::lookahead_words);
 
-constexpr std::uint32_t state_start = 1;
-constexpr std::uint32_t state_decoding = 2;
-
 /// The window's first bytes that are mirrored behind its end, so that a match may run past it without a test
 /// for each byte.
 constexpr std::uint32_t mirrored_bytes = longest_match;
-constexpr std::uint32_t overhang = 261;
-static_assert(overhang >= mirrored_bytes);
+/// The window's bytes behind its end: the mirror and one word that nothing uses.
+constexpr std::uint32_t overhang = mirrored_bytes + 4;
 
 /// Beside the window a decoder uses at most 200 KiB: at the usual frame size the objects, one compressed
 /// frame and one to translate.
@@ -82,10 +79,10 @@ bool decompressor::decode_frame(std::uint32_t want) {
     if (block_type != raw_block)
         start_bits();
     while (want > 0) {
-        if (decoder_state == state_start) {
+        if (decoder_state == at_header) {
             if (!start_block())
                 return false;
-            decoder_state = state_decoding;
+            decoder_state = in_block;
         }
         while (block_remaining > 0 && want > 0) {
             const std::uint32_t amount = std::min(static_cast<std::uint32_t>(block_remaining), want);
@@ -95,7 +92,7 @@ bool decompressor::decode_frame(std::uint32_t want) {
             want -= amount;
         }
         if (block_remaining == 0)
-            decoder_state = state_start;
+            decoder_state = at_header;
     }
     return true;
 }

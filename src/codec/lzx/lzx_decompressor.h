@@ -19,6 +19,8 @@ class fast_loop;
 /// There are two decoding loops. The exact loop defines the result for every input, good or bad. The fast
 /// loop (class fast_loop) decodes the middle of a frame and stops in the state that the exact loop would have
 /// there, so that no result depends on which of the two ran.
+///
+/// process() is not supported: call process_block().
 class decompressor : public stream::transform {
 public:
     /// `window_size` bytes of history, a power of two up to 2 MiB. Any other size raises algorithm::exception
@@ -30,8 +32,7 @@ public:
     /// `output` in one write, and returns their number. Returns -1, with nothing written, if the frame
     /// doesn't decode to exactly that many bytes or doesn't fit the rest of the window. All bytes of the
     /// frame are read even if it fails. If `input` ends early, the missing bytes are taken as zeros. Sizes
-    /// are used modulo 2 to the power
-    /// 32. Exceptions of the streams pass through.
+    /// are used modulo 2 to the power 32. Exceptions of the streams pass through.
     std::int64_t process_block(stream::input& input, stream::output& output, std::uint64_t compressed_size,
                                std::uint64_t uncompressed_size);
 
@@ -69,8 +70,15 @@ private:
     std::uint32_t read_checked(unsigned count);
     unsigned look_up(const std::int16_t* table, const tree_links* links, unsigned bits) const;
 
-    static constexpr unsigned main_room = 672;   ///< main symbols that the arrays hold; 656 are used
-    static constexpr unsigned length_room = 252; ///< the same for length symbols; 249 are used
+    // Sizes of the arrays of code lengths: two slots more than the largest window has, and the length symbols
+    // rounded up to whole words. Nothing uses the rest.
+    static constexpr unsigned main_room = literal_symbols + headers_per_slot * (maximum_slots + 2);
+    static constexpr unsigned length_room = (length_symbols + 3) / 4 * 4;
+
+    enum state : std::uint32_t {
+        at_header = 1, ///< a block header follows
+        in_block = 2   ///< bytes of the current block follow
+    };
 
     std::unique_ptr<std::uint8_t[]> window; ///< with a mirror of its first 257 bytes behind its end
     std::uint32_t window_size;
@@ -103,8 +111,8 @@ private:
     std::uint32_t instruction_position = 0;
     std::uint32_t block_size = 0;
     std::int32_t block_remaining = 0;
-    std::uint32_t block_type = 0;    ///< of the current or the last block; 0 before the first
-    std::uint32_t decoder_state = 1; ///< 1: a block header follows, 2: inside a block
+    std::uint32_t block_type = 0; ///< of the current or the last block; 0 before the first
+    std::uint32_t decoder_state = at_header;
 
     bool tables_ready = false; ///< main_table and length_table are those of the current block
     bool exact_only = false;

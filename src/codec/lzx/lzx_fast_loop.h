@@ -40,8 +40,8 @@ public:
     /// In blocks of fewer bytes, building the tables takes longer than they save.
     static constexpr std::uint32_t smallest_block = 1024;
 
-    /// Sets the codes; to be called before the first run in each block. `main_lengths` must stay valid and
-    /// unchanged while run() is called, the rest is copied.
+    /// Sets the codes; to be called before the first run in each block. `codes.main_lengths` must stay valid
+    /// and unchanged while run() is called, the rest is copied.
     void begin_block(const block_codes& codes);
 
     /// Decodes from `position` and `next_bit` on and updates both, and the offsets. Does nothing in a block

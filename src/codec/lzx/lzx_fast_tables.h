@@ -1,7 +1,9 @@
 #pragma once
 
+#include "codec/canonical_code.h"
 #include "codec/lzx/lzx_tables.h"
 
+#include <array>
 #include <cstdint>
 
 namespace algorithm::lzx {
@@ -23,8 +25,8 @@ namespace algorithm::lzx {
 //        32-34  the aligned offset symbol
 //        40-63  match: the bits behind the code
 //
-// A special entry doesn't say the whole symbol. If its code length is 0, the code is longer than the table's
-// index; otherwise it is the code of a match of that slot, and a length symbol follows.
+// A special entry doesn't describe the whole symbol. If its code length is 0, the code is longer than the
+// table's index; otherwise it is the code of a match of that slot, and a length symbol follows.
 namespace entry {
 
 using type = std::uint32_t;
@@ -73,23 +75,15 @@ template<unsigned Symbols>
 struct code_order {
     /// Takes the `count` code lengths of a complete code, or of none, with all lengths 0.
     void sort(const std::uint8_t* lengths, unsigned count) {
-        std::uint16_t next_index[maximum_code_length + 1] = {};
-        for (unsigned symbol = 0; symbol < count; ++symbol)
-            ++next_index[lengths[symbol]];
-        std::uint16_t index = 0;
-        std::uint32_t code = 0; // left-aligned in 16 bits
-        for (unsigned l = 0; l <= maximum_code_length; ++l) {
-            const std::uint16_t of_length = next_index[l];
-            next_index[l] = first[l] = index;
-            if (l > 0) {
-                const unsigned unused = maximum_code_length - l;
-                offset[l] = static_cast<int>(index) - static_cast<int>(code >> unused);
-                code += std::uint32_t{of_length} << unused;
-                end[l] = code;
-            }
-            index = static_cast<std::uint16_t>(index + of_length);
-        }
-        first[maximum_code_length + 1] = index;
+        const codec::canonical_code<maximum_code_length> code(lengths, count);
+        end = code.end;
+        first[0] = 0;
+        for (unsigned l = 0; l <= maximum_code_length; ++l)
+            first[l + 1] = static_cast<std::uint16_t>(first[l] + code.symbols[l]);
+        for (unsigned l = 1; l <= maximum_code_length; ++l)
+            offset[l] =
+                static_cast<int>(first[l]) - static_cast<int>(end[l - 1] >> (maximum_code_length - l));
+        auto next_index = first;
         // Symbols without a code too: a branch on the length would be hard to predict.
         for (unsigned symbol = 0; symbol < count; ++symbol)
             symbols[next_index[lengths[symbol]]++] = static_cast<std::uint16_t>(symbol);
@@ -106,10 +100,11 @@ struct code_order {
         return symbols[offset[size] + static_cast<int>(code >> (maximum_code_length - size))];
     }
 
-    std::uint16_t first[maximum_code_length + 2]; ///< the index of the first symbol of each code length
-    std::uint16_t symbols[Symbols];               ///< those without a code come first
-    std::int32_t offset[maximum_code_length + 1]; ///< from codes to indexes
-    std::uint32_t end[maximum_code_length + 1];   ///< the first left-aligned code that is longer
+    /// The index of the first symbol of each code length.
+    std::array<std::uint16_t, maximum_code_length + 2> first;
+    std::uint16_t symbols[Symbols];                         ///< those without a code come first
+    std::int32_t offset[maximum_code_length + 1];           ///< from codes to indexes
+    std::array<std::uint32_t, maximum_code_length + 1> end; ///< the first left-aligned code that is longer
 };
 
 /// The codes of a verbatim or aligned offset block. The main and the length code are each complete or empty.

@@ -1,5 +1,7 @@
 #include "codec/lzx/lzx_tables.h"
 
+#include "codec/canonical_code.h"
+
 #include <algorithm>
 
 namespace algorithm::lzx {
@@ -29,25 +31,20 @@ bool is_buildable(const std::uint8_t* lengths, unsigned count) {
 
 bool build_table(const std::uint8_t* lengths, unsigned count, unsigned bits, std::int16_t* table,
                  tree_links* links) {
-    std::uint32_t counts[maximum_code_length + 1] = {};
-    for (unsigned symbol = 0; symbol < count; ++symbol)
-        ++counts[lengths[symbol]];
-    std::uint32_t start[maximum_code_length + 2] = {};
-    for (unsigned l = 1; l <= maximum_code_length; ++l)
-        start[l + 1] = start[l] + (counts[l] << (maximum_code_length - l));
-
+    const codec::canonical_code<maximum_code_length> code(lengths, count);
     const std::uint32_t size = 1u << bits;
     const unsigned beyond = maximum_code_length - bits;
-    if (start[maximum_code_length + 1] == 0) {
+    if (code.used() == 0) {
         std::fill_n(table, size, std::int16_t{0});
         return true;
     }
-    if (start[maximum_code_length + 1] != 1u << maximum_code_length)
+    if (code.used() != 1u << maximum_code_length)
         return false;
 
-    std::fill(table + (start[bits + 1] >> beyond), table + size, std::int16_t{0});
-    for (unsigned l = 1; l <= bits; ++l)
-        start[l] >>= beyond;
+    std::fill(table + (code.end[bits] >> beyond), table + size, std::int16_t{0});
+    std::uint32_t next[maximum_code_length + 1]; // codes, or for the short ones table indexes
+    for (unsigned l = 1; l <= maximum_code_length; ++l)
+        next[l] = l <= bits ? code.begin(l) >> beyond : code.begin(l);
 
     auto next_node = static_cast<std::int16_t>(count);
     for (unsigned symbol = 0; symbol < count; ++symbol) {
@@ -56,49 +53,45 @@ bool build_table(const std::uint8_t* lengths, unsigned count, unsigned bits, std
             continue;
         if (l <= bits) {
             const std::uint32_t weight = 1u << (bits - l);
-            if (start[l] + weight > size)
+            if (next[l] + weight > size)
                 return false;
-            std::fill_n(table + start[l], weight, static_cast<std::int16_t>(symbol));
-            start[l] += weight;
+            std::fill_n(table + next[l], weight, static_cast<std::int16_t>(symbol));
+            next[l] += weight;
             continue;
         }
-        const std::uint32_t code = start[l];
-        std::int16_t* slot = &table[code >> beyond];
+        std::int16_t* slot = &table[next[l] >> beyond];
         for (unsigned i = 0; i < l - bits; ++i) {
             if (*slot == 0) {
                 links[next_node] = {0, 0};
                 *slot = static_cast<std::int16_t>(-next_node++);
             }
             tree_links& node = links[-*slot];
-            slot = code >> (beyond - 1 - i) & 1 ? &node.right : &node.left;
+            slot = next[l] >> (beyond - 1 - i) & 1 ? &node.right : &node.left;
         }
         *slot = static_cast<std::int16_t>(symbol);
-        start[l] += 1u << (maximum_code_length - l);
+        next[l] += 1u << (maximum_code_length - l);
     }
     return true;
 }
 
 bool build_aligned_table(const std::uint8_t* lengths, std::uint8_t* table) {
     constexpr unsigned size = 1u << aligned_table_bits;
-    std::uint16_t start[aligned_table_bits + 2] = {};
-    for (unsigned l = 1; l <= aligned_table_bits; ++l) {
-        const auto count = static_cast<unsigned>(std::count(lengths, lengths + aligned_symbols, l));
-        start[l + 1] = static_cast<std::uint16_t>(start[l] + (count << (maximum_code_length - l)));
-    }
-    if (start[aligned_table_bits + 1] != 0)
+    const codec::canonical_code<aligned_table_bits> code(lengths, aligned_symbols);
+    if (code.used() % size != 0)
         return false;
     std::fill_n(table, size, std::uint8_t{0});
+    unsigned next[aligned_table_bits + 1];
     for (unsigned l = 1; l <= aligned_table_bits; ++l)
-        start[l] = static_cast<std::uint16_t>(start[l] >> (maximum_code_length - aligned_table_bits));
+        next[l] = code.begin(l) % size;
     for (unsigned symbol = 0; symbol < aligned_symbols; ++symbol) {
         const unsigned l = lengths[symbol];
         if (l == 0)
             continue;
         const unsigned weight = 1u << (aligned_table_bits - l);
-        if (start[l] + weight > size)
+        if (next[l] + weight > size)
             return false;
-        std::fill_n(table + start[l], weight, static_cast<std::uint8_t>(symbol));
-        start[l] = static_cast<std::uint16_t>(start[l] + weight);
+        std::fill_n(table + next[l], weight, static_cast<std::uint8_t>(symbol));
+        next[l] += weight;
     }
     return true;
 }

@@ -33,8 +33,8 @@ bool is_buildable(const std::uint8_t* lengths, unsigned count);
 bool build_table(const std::uint8_t* lengths, unsigned count, unsigned bits, std::int16_t* table,
                  tree_links* links);
 
-/// The same for the eight aligned offset symbols and 7 bits, computed in 16 bits: a code that is over-full by
-/// a whole multiple is accepted if its entries stay inside the table.
+/// The same for the eight aligned offset symbols and 7 bits, computed modulo the code space: a code that is
+/// over-full by a whole multiple is accepted if its entries stay inside the table.
 bool build_aligned_table(const std::uint8_t* lengths, std::uint8_t* table);
 
 } // namespace algorithm::lzx

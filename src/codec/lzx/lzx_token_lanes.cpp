@@ -13,12 +13,13 @@ namespace algorithm::lzx {
 namespace {
 
 constexpr unsigned valid_bits = 64 - 7;
-static_assert(fast_tables::main_index_bits + 17 <= valid_bits, "a symbol and its footer");
-static_assert(fast_tables::main_index_bits + 14 + aligned_table_bits <= valid_bits,
+static_assert(fast_tables::main_index_bits + longest_footer <= valid_bits, "a symbol and its footer");
+static_assert(fast_tables::main_index_bits + longest_footer - aligned_footer_bits + aligned_table_bits <=
+                  valid_bits,
               "the same with aligned symbol");
 static_assert(2 * maximum_code_length <= valid_bits, "two long codes");
 
-constexpr unsigned longest_token = 2 * maximum_code_length + 17 + aligned_table_bits;
+constexpr unsigned longest_token = 2 * maximum_code_length + longest_footer + aligned_table_bits;
 static_assert(longest_token < entry::aligned, "the size of any token");
 
 // A token may begin in the last requested bit, and its bits are loaded 64 at a time.
@@ -176,8 +177,8 @@ void token_lanes::read(const std::uint8_t* words, std::uint64_t at, std::uint64_
                 lists[k].match_count = all.matches[k];
                 lists[k].chunk_next = all.next[k];
             }
-            all.next[k] =
-                lists[k].chunk_stop + part; // a finished lane keeps stepping; its output is discarded
+            // A finished lane keeps stepping; its output is discarded.
+            all.next[k] = lists[k].chunk_stop + part;
         }
     }
 }

@@ -27,7 +27,7 @@ struct token_list {
     std::uint64_t token_count; ///< matches and literals
     std::uint64_t match_count;
     std::uint64_t chunk_next; ///< where the next token begins
-    std::uint64_t chunk_stop; ///< read() begins no token at this place or behind it; synchronize() may
+    std::uint64_t chunk_stop; ///< read() starts no token at or after this place; synchronize() may
 };
 
 /// The first half of the fast loop: turns bits into tokens. It looks neither at the window, nor at the

@@ -293,7 +293,8 @@ TEST(DeflateDecompressor, AFailedRunLeavesNothingToTheNext) {
         memory_input in(both);
         deflate::decompressor decoder(in, out);
         decoder.rewind = true;
-        decoder.exact_only = exact;
+        if (exact)
+            decoder.use_exact_loop_only();
         EXPECT_THROW(decoder.run(), basic::algorithm_exception);
         EXPECT_EQ(out.bytes, "");
         in.seek(failing.size());
