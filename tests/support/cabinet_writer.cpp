@@ -105,28 +105,13 @@ std::string bytes_of(const block_record& block, unsigned reserve_size) {
     return number(block.checksum.value_or(sum), 4) + fields + block.payload;
 }
 
-cabinet& cabinet::folder(std::uint16_t compression) {
-    folders.emplace_back().compression = compression;
-    return *this;
-}
-
 cabinet& cabinet::file(const std::string& name, std::string_view content) {
-    folder_record& into = folders.empty() ? folders.emplace_back() : folders.back();
+    folder_record& into = last_folder();
     files.push_back({.name = name,
                      .size = static_cast<std::uint32_t>(content.size()),
                      .folder_offset = static_cast<std::uint32_t>(into.content.size()),
                      .folder_index = static_cast<std::uint16_t>(folders.size() - 1)});
     into.content += content;
-    return *this;
-}
-
-cabinet& cabinet::file(const file_record& record) {
-    files.push_back(record);
-    return *this;
-}
-
-cabinet& cabinet::block(const block_record& record) {
-    (folders.empty() ? folders.emplace_back() : folders.back()).blocks.push_back(record);
     return *this;
 }
 

@@ -14,7 +14,7 @@
 //     cabinet().block({.payload = "abc", .checksum = 1}).bytes()      a block with a wrong checksum
 //     cut(whole, 40), flip(whole, 40)                                 damage afterwards
 //
-// Every field that readers use can be set. An empty std::optional stands for the correct value, so a test
+// Every field that readers use can be set. An empty std::optional means the correct value, so a test
 // sets only what it is about:
 //
 //     cabinet wrong;
@@ -92,13 +92,15 @@ std::string bytes_of(const block_record& block, unsigned reserve_size = 0);
 
 struct cabinet {
     /// Begins a folder, to which the following files and blocks belong. The default is one stored folder.
-    cabinet& folder(std::uint16_t compression);
+    cabinet& folder(std::uint16_t compression) {
+        return folders.emplace_back().compression = compression, *this;
+    }
     /// Adds `content` to the last folder, and the file record for it.
     cabinet& file(const std::string& name, std::string_view content);
     /// Adds the record without content.
-    cabinet& file(const file_record& record);
+    cabinet& file(const file_record& record) { return files.push_back(record), *this; }
     /// Adds a block to the last folder.
-    cabinet& block(const block_record& record);
+    cabinet& block(const block_record& record) { return last_folder().blocks.push_back(record), *this; }
 
     std::string bytes() const;
     /// The header record alone, with reserve and names; it states the sizes of the whole cabinet.
@@ -107,6 +109,9 @@ struct cabinet {
     header_record header;
     std::deque<folder_record> folders{};
     std::deque<file_record> files{};
+
+private:
+    folder_record& last_folder() { return folders.empty() ? folders.emplace_back() : folders.back(); }
 };
 
 std::string cut(std::string bytes, std::size_t length);

@@ -2,8 +2,8 @@
 
 #include "codec/deflate/deflate_decompressor.h"
 #include "harbor6/groundwork/exception.h"
+#include "support/memory_streams.h"
 
-#include <algorithm>
 #include <stdexcept>
 
 namespace deflate_streams {
@@ -34,8 +34,8 @@ bit_writer& bit_writer::fixed(unsigned symbol) {
 }
 
 outcome decode(std::string_view source, bool exact_only, const settings& how) {
-    memory_input in(source, how.piece);
-    memory_output out;
+    support::seekable_input in(std::string(source), how.piece);
+    support::memory_output out;
     deflate::decompressor decoder(in, out);
     decoder.extent = how.extent;
     decoder.rewind = true;

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "harbor6/stream/nio.h"
-
-#include <algorithm>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -35,35 +33,6 @@ public:
 
 private:
     unsigned used = 8; ///< bits of the last byte
-};
-
-/// A seekable input over bytes that it doesn't own. A read returns at most `piece` bytes.
-class memory_input : public nio::input {
-public:
-    explicit memory_input(std::string_view source, unsigned most = ~0u) : bytes(source), piece(most) {}
-
-    unsigned read(char* buffer, unsigned length) override {
-        const auto came = bytes.copy(buffer, std::min(length, piece), next);
-        next += came;
-        return static_cast<unsigned>(came);
-    }
-    std::uint64_t tell() const override { return next; }
-    bool seek(std::uint64_t value) override { return value <= bytes.size() && (next = value, true); }
-
-private:
-    std::string_view bytes;
-    unsigned piece;
-    std::uint64_t next = 0;
-};
-
-class memory_output : public nio::output {
-public:
-    void write(const char* buffer, unsigned length) override { bytes.append(buffer, length), ++writes; }
-    void finish() override { ++finished; }
-
-    std::string bytes;
-    unsigned writes = 0;
-    unsigned finished = 0;
 };
 
 /// The result of one or more runs of a decoder.

@@ -2,60 +2,55 @@
 
 #include <algorithm>
 #include <bit>
-#include <queue>
+#include <map>
 
 namespace support {
 
 namespace {
 
-std::vector<std::uint32_t> canonical_codes(const std::vector<std::uint8_t>& lengths) {
-    std::vector<std::uint32_t> codes(lengths.size());
-    std::uint32_t next = 0;
-    for (unsigned l = 1; l <= 16; ++l, next <<= 1)
-        for (std::size_t symbol = 0; symbol < lengths.size(); ++symbol)
-            if (lengths[symbol] == l)
-                codes[symbol] = next++;
-    return codes;
-}
-
-bool huffman(const std::vector<std::uint32_t>& counts, unsigned limit, std::vector<std::uint8_t>& lengths) {
-    using node = std::pair<std::uint64_t, std::size_t>;
-    std::priority_queue<node, std::vector<node>, std::greater<>> open;
-    for (std::size_t i = 0; i < counts.size(); ++i)
-        if (counts[i] != 0)
-            open.push({counts[i], i});
-    std::vector<std::size_t> parent(2 * counts.size());
-    std::size_t next = counts.size();
-    while (open.size() > 1) {
-        const node a = open.top();
-        open.pop();
-        const node b = open.top();
-        open.pop();
-        parent[a.second] = parent[b.second] = next;
-        open.push({a.first + b.first, next++});
+struct prefix_code {
+    explicit prefix_code(const std::vector<std::uint8_t>& of) : lengths(of), codes(of.size()) {
+        std::uint32_t next = 0;
+        for (unsigned l = 1; l <= 16; ++l, next <<= 1)
+            for (std::size_t symbol = 0; symbol < lengths.size(); ++symbol)
+                if (lengths[symbol] == l)
+                    codes[symbol] = next++;
     }
-    std::vector<unsigned> depth(next);
-    for (std::size_t i = next - 1; i-- > 0;)
-        if (i >= counts.size() || counts[i] != 0)
-            depth[i] = depth[parent[i]] + 1;
-    for (std::size_t i = 0; i < counts.size(); ++i)
-        lengths[i] = static_cast<std::uint8_t>(depth[i]);
-    return *std::max_element(depth.begin(), depth.end()) <= limit;
-}
+    void put(lzx_writer& to, unsigned symbol) const { to.put(codes[symbol], lengths[symbol]); }
+
+    std::vector<std::uint8_t> lengths;
+    std::vector<std::uint32_t> codes;
+};
 
 } // namespace
 
 std::vector<std::uint8_t> prefix_lengths(std::vector<std::uint32_t> counts, unsigned limit) {
     std::vector<std::uint8_t> lengths(counts.size());
-    const auto used = std::count_if(counts.begin(), counts.end(), [](std::uint32_t c) { return c != 0; });
-    if (used == 0)
+    const auto unused = static_cast<std::size_t>(std::count(counts.begin(), counts.end(), 0u));
+    if (unused == counts.size())
         return lengths;
-    if (used == 1)
-        counts[counts[0] != 0 ? 1 : 0] = 1;
-    while (!huffman(counts, limit, lengths))
+    if (unused + 1 == counts.size())
+        counts[counts[0] != 0] = 1;
+    for (;;) {
+        std::multimap<std::uint64_t, std::vector<std::size_t>> trees; // their symbols, by weight
+        for (std::size_t i = 0; i < counts.size(); ++i)
+            if (counts[i] != 0)
+                trees.insert({counts[i], {i}});
+        while (trees.size() > 1) {
+            auto one = trees.extract(trees.begin());
+            const auto other = trees.extract(trees.begin());
+            one.key() += other.key();
+            one.mapped().insert(one.mapped().end(), other.mapped().begin(), other.mapped().end());
+            for (const auto symbol : one.mapped())
+                ++lengths[symbol];
+            trees.insert(std::move(one));
+        }
+        if (*std::max_element(lengths.begin(), lengths.end()) <= limit)
+            return lengths;
+        std::fill(lengths.begin(), lengths.end(), std::uint8_t{0});
         for (auto& count : counts)
             count = (count + 1) / 2;
-    return lengths;
+    }
 }
 
 struct lzx_writer::item {
@@ -155,56 +150,43 @@ lzx_writer::item lzx_writer::code(const lzx_token& token, bool repeats) {
     return result;
 }
 
-void lzx_writer::put_code(const std::vector<std::uint8_t>& code_lengths,
-                          const std::vector<std::uint32_t>& codes, unsigned symbol) {
-    put(codes[symbol], code_lengths[symbol]);
-}
-
 void lzx_writer::lengths(const std::vector<std::uint8_t>& wanted, std::vector<std::uint8_t>& previous,
                          bool runs) {
     struct op {
-        unsigned symbol, extra, bits, delta;
+        unsigned symbol, extra, bits;
     };
     std::vector<op> ops;
-    std::vector<std::uint32_t> counts(20);
     for (std::size_t i = 0; i < wanted.size();) {
-        std::size_t run = 1;
+        unsigned run = 1;
         while (i + run < wanted.size() && wanted[i + run] == wanted[i])
             ++run;
-        const auto delta = static_cast<unsigned>(previous[i] + 17 - wanted[i]) % 17;
-        op next{delta, 0, 0, 0};
+        const op single{static_cast<unsigned>(previous[i] + 17 - wanted[i]) % 17, 0, 0};
         if (!runs || run < 4)
             run = 1;
         else if (wanted[i] != 0)
-            next = {19, static_cast<unsigned>((run = std::min<std::size_t>(run, 5)) - 4), 1, delta};
-        else if (run < 20)
-            next = {17, static_cast<unsigned>(run - 4), 4, 0};
+            run = std::min(run, 5u), ops.push_back({19, run - 4, 1});
         else
-            next = {18, static_cast<unsigned>((run = std::min<std::size_t>(run, 51)) - 20), 5, 0};
-        ++counts[next.symbol];
-        if (next.symbol == 19)
-            ++counts[next.delta];
-        ops.push_back(next);
+            run = std::min(run, 51u), ops.push_back(run < 20 ? op{17, run - 4, 4} : op{18, run - 20, 5});
+        if (run == 1 || wanted[i] != 0)
+            ops.push_back(single);
         i += run;
     }
-    const auto pre_lengths = prefix_lengths(counts, 15);
-    const auto codes = canonical_codes(pre_lengths);
-    for (const auto length : pre_lengths)
+    std::vector<std::uint32_t> counts(20);
+    for (const op& each : ops)
+        ++counts[each.symbol];
+    const prefix_code pre(prefix_lengths(counts, 15));
+    for (const auto length : pre.lengths)
         put(length, 4);
     for (const op& each : ops) {
-        put_code(pre_lengths, codes, each.symbol);
+        pre.put(*this, each.symbol);
         put(each.extra, each.bits);
-        if (each.symbol == 19)
-            put_code(pre_lengths, codes, each.delta);
     }
     previous = wanted;
 }
 
 void lzx_writer::block(const std::vector<lzx_token>& tokens, const lzx_shape& shape) {
     std::vector<item> items;
-    std::vector<std::uint32_t> main_counts(256 + main_matches.size());
-    std::vector<std::uint32_t> length_counts(249);
-    std::vector<std::uint32_t> aligned_counts(8);
+    std::vector<std::uint32_t> main_counts(256 + main_matches.size()), length_counts(249), aligned_counts(8);
     std::uint32_t size = 0;
     for (const auto& token : tokens) {
         item next = code(token, shape.repeats);
@@ -220,31 +202,28 @@ void lzx_writer::block(const std::vector<lzx_token>& tokens, const lzx_shape& sh
         size += next.size;
         items.push_back(next);
     }
-    const auto chosen = [](const std::vector<std::uint8_t>& given, const std::vector<std::uint32_t>& counts,
-                           unsigned limit) { return given.empty() ? prefix_lengths(counts, limit) : given; };
+    const auto chosen = [](const auto& given, const auto& counts, unsigned limit) {
+        return prefix_code(given.empty() ? prefix_lengths(counts, limit) : given);
+    };
     const auto main = chosen(shape.main_lengths, main_counts, 16);
     const auto length = chosen(shape.length_lengths, length_counts, 16);
     const auto aligned = chosen(shape.aligned_lengths, aligned_counts, 7);
 
     header(shape.aligned ? 2 : 1, size);
     if (shape.aligned)
-        for (const auto l : aligned)
+        for (const auto l : aligned.lengths)
             put(l, 3);
-    const auto middle = main.begin() + 256;
-    lengths({main.begin(), middle}, main_literals, shape.runs);
-    lengths({middle, main.end()}, main_matches, shape.runs);
-    lengths(length, length_symbols, shape.runs);
-
-    const auto main_codes = canonical_codes(main);
-    const auto length_codes = canonical_codes(length);
-    const auto aligned_codes = canonical_codes(aligned);
+    const auto middle = main.lengths.begin() + 256;
+    lengths({main.lengths.begin(), middle}, main_literals, shape.runs);
+    lengths({middle, main.lengths.end()}, main_matches, shape.runs);
+    lengths(length.lengths, length_symbols, shape.runs);
     for (const item& each : items) {
-        put_code(main, main_codes, each.main);
+        main.put(*this, each.main);
         if (each.length >= 0)
-            put_code(length, length_codes, static_cast<unsigned>(each.length));
+            length.put(*this, static_cast<unsigned>(each.length));
         put(each.footer, each.extra);
         if (each.aligned >= 0)
-            put_code(aligned, aligned_codes, static_cast<unsigned>(each.aligned));
+            aligned.put(*this, static_cast<unsigned>(each.aligned));
         advance(each.size);
     }
 }

@@ -43,6 +43,11 @@ public:
 
     void put(std::uint32_t value, unsigned count);
     void header(unsigned type, std::uint32_t size);
+
+private:
+    struct item;
+    item code(const lzx_token& token, bool repeats);
+    void flush_bits(bool whole_word);
     /// Lengths as deltas on `previous`, which they replace.
     void lengths(const std::vector<std::uint8_t>& wanted, std::vector<std::uint8_t>& previous, bool runs);
     /// Counts bytes of output, and ends a full frame.
@@ -52,13 +57,6 @@ public:
     std::vector<std::uint8_t> main_matches;
     std::vector<std::uint8_t> length_symbols;
     std::array<std::uint32_t, 3> repeated = {1, 1, 1};
-
-private:
-    struct item;
-    item code(const lzx_token& token, bool repeats);
-    void flush_bits(bool whole_word);
-    void put_code(const std::vector<std::uint8_t>& code_lengths, const std::vector<std::uint32_t>& codes,
-                  unsigned symbol);
 
     std::uint32_t frame_bytes;
     std::uint32_t produced = 0;

@@ -6,35 +6,10 @@ namespace support {
 
 namespace {
 
-harbor6::Item* new_item(memory_stage& host, const node_ptr& node, harbor6::Archive* around) {
-    if (node->folder)
-        return new memory_folder(host, node, around);
-    return new memory_file(host, node, around);
-}
-
-/// Walks the children that the node had when the iterator was made.
-template<class T>
-struct node_iterator : pattern::Iterator<T> {
-    node_iterator(memory_stage& owner, const node_ptr& node, harbor6::Archive* archive)
-        : host(owner), children(node->children), around(archive) {}
-
-    void first() override { at = 0; }
-    void next() override { ++at; }
-    bool isDone() const override { return at >= children.size(); }
-    T current() override { return new_item(host, children[at], around); }
-
-    memory_stage& host;
-    std::vector<node_ptr> children;
-    harbor6::Archive* around;
-    std::size_t at = 0;
-};
-
 struct node_output : memory_output {
     node_output(memory_stage& owner, node_ptr written) : host(owner), node(std::move(written)) {
         node->bytes.clear();
     }
-
-    using stream::output::write;
 
     void write(const char* buffer, unsigned length) override {
         host.step("write " + node->name);
@@ -48,6 +23,12 @@ struct node_output : memory_output {
 
 } // namespace
 
+harbor6::Item* new_item(memory_stage& host, const node_ptr& node, harbor6::Archive* around) {
+    if (node->folder)
+        return new memory_folder(host, node, around);
+    return new memory_file(host, node, around);
+}
+
 node_ptr memory_node::child(bool is_folder, const std::string& named) {
     const auto made = std::make_shared<memory_node>(is_folder, named);
     made->parent = weak_from_this();
@@ -60,16 +41,10 @@ void memory_node::create() {
         above->children.push_back(shared_from_this());
 }
 
-memory_node& memory_node::file(const std::string& named, const std::string& content) {
-    const auto made = child(false, named);
+memory_node& memory_node::file(const std::string& named, const std::string& content, bool is_folder) {
+    const auto made = child(is_folder, named);
     made->create();
     made->bytes = content;
-    return *made;
-}
-
-memory_node& memory_node::dir(const std::string& named) {
-    const auto made = child(true, named);
-    made->create();
     return *made;
 }
 
@@ -85,11 +60,6 @@ harbor6::Folder* node_item::acquireParent() {
     return parent ? new memory_folder(host, parent, around) : nullptr;
 }
 
-void node_item::create() {
-    host.step("create " + node->name);
-    node->create();
-}
-
 void node_item::erase() {
     host.step("erase " + node->name);
     host.erased.push_back(node->name);
@@ -102,23 +72,9 @@ const harbor6::Format& node_item::format() const {
     return around ? std::as_const(*around).format() : host.plain;
 }
 
-void node_item::commitItem() {
-    host.step("commit " + node->name);
-    ++node->commits;
-    node->create();
-}
-
-bool node_item::hasBoolean(const std::string& key) const {
-    return node->flags.count(key) || Item::hasBoolean(key);
-}
-
 bool node_item::getBoolean(const std::string& key, bool& value) const {
     const auto flag = node->flags.find(key);
     return flag == node->flags.end() ? Item::getBoolean(key, value) : (value = flag->second, true);
-}
-
-bool node_item::hasString(const std::string& key) const {
-    return key == harbor6::key::name || Item::hasString(key);
 }
 
 bool node_item::getString(const std::string& key, std::string& value) const {
@@ -139,10 +95,6 @@ bool node_item::setString(const std::string& key, const std::string& value) {
 
 bool node_item::getTime(const std::string& key, any::time& value) const {
     return hasTime(key) && (value = node->times.at(key), true);
-}
-
-bool node_item::setTime(const std::string& key, const any::time& value) {
-    return node->times[key] = value, true;
 }
 
 bool node_item::hasInteger(const std::string& key) const {
@@ -182,14 +134,6 @@ harbor6::data::CountedOutput memory_fork::output(bool /*expanding*/) {
     return harbor6::data::CountedOutput(new node_output(item.host, item.node));
 }
 
-std::unique_ptr<pattern::Iterator<harbor6::Item*>> memory_folder::createIterator() {
-    return std::make_unique<node_iterator<harbor6::Item*>>(host, node, around);
-}
-
-std::unique_ptr<pattern::Iterator<const harbor6::Item*>> memory_folder::createIterator() const {
-    return std::make_unique<node_iterator<const harbor6::Item*>>(host, node, around);
-}
-
 harbor6::File* memory_folder::_newFile() {
     host.step("new file in " + node->name);
     return new memory_file(host, node->child(false), around);
@@ -198,15 +142,6 @@ harbor6::File* memory_folder::_newFile() {
 harbor6::Folder* memory_folder::_newFolder() {
     host.step("new folder in " + node->name);
     return new memory_folder(host, node->child(true), around);
-}
-
-std::unique_ptr<pattern::Iterator<harbor6::Item*>> test_archive::createIterator() {
-    return std::make_unique<node_iterator<harbor6::Item*>>(host, content, this);
-}
-
-std::unique_ptr<pattern::Iterator<const harbor6::Item*>> test_archive::createIterator() const {
-    return std::make_unique<node_iterator<const harbor6::Item*>>(host, content,
-                                                                 const_cast<test_archive*>(this));
 }
 
 void test_archive::_open(Mode mode) {

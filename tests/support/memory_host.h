@@ -40,8 +40,8 @@ struct memory_node : std::enable_shared_from_this<memory_node> {
     bool created = false;
     std::string bytes;
     std::map<std::string, any::time> times;
-    std::map<std::string, bool>
-        flags; ///< those that have a value: "locked", "encrypted", "hidden", "symLink"
+    /// Those that have a value: "locked", "encrypted", "hidden", "symLink".
+    std::map<std::string, bool> flags;
     unsigned commits = 0;
     std::weak_ptr<memory_node> parent;
     std::vector<node_ptr> children;
@@ -49,9 +49,9 @@ struct memory_node : std::enable_shared_from_this<memory_node> {
     /// A child that isn't created yet.
     node_ptr child(bool is_folder, const std::string& named = {});
     void create();
-    /// These two add a created child and return it.
-    memory_node& file(const std::string& named, const std::string& content);
-    memory_node& dir(const std::string& named);
+    /// Adds a created child and returns it; dir() adds a folder.
+    memory_node& file(const std::string& named, const std::string& content, bool is_folder = false);
+    memory_node& dir(const std::string& named) { return file(named, "", true); }
     /// Adds a line for everything below, as memory_host::tree does.
     void list(const std::string& prefix, std::multiset<std::string>& lines) const;
 };
@@ -96,6 +96,8 @@ struct memory_stage {
 };
 
 struct node_item : virtual harbor6::Item {
+    using Key = const std::string&;
+
     node_item(memory_stage& owner, node_ptr shown, harbor6::Archive* archive)
         : host(owner), node(std::move(shown)), around(archive) {}
 
@@ -103,27 +105,27 @@ struct node_item : virtual harbor6::Item {
 
     harbor6::Folder* acquireParent() override;
     bool isCreated() override { return node->created; }
-    void create() override;
+    void create() override { host.step("create " + node->name), node->create(); }
     void erase() override;
     harbor6::Archive* archive() override { return around; }
     const harbor6::Format& format() const override;
     harbor6::Format& format() override { return const_cast<harbor6::Format&>(std::as_const(*this).format()); }
-    void commitItem() override;
+    void commitItem() override { host.step("commit " + node->name), ++node->commits, node->create(); }
     void destroy() override { delete this; }
     std::uint64_t position() override { return reinterpret_cast<std::uintptr_t>(node.get()); }
 
-    bool hasBoolean(const std::string& key) const override;
-    bool getBoolean(const std::string& key, bool& value) const override;
-    bool setBoolean(const std::string& key, bool value) override { return node->flags[key] = value, true; }
-    bool hasString(const std::string& key) const override;
-    bool getString(const std::string& key, std::string& value) const override;
-    bool setString(const std::string& key, const std::string& value) override;
-    bool hasTime(const std::string& key) const override { return node->times.count(key) != 0; }
-    bool getTime(const std::string& key, any::time& value) const override;
-    bool setTime(const std::string& key, const any::time& value) override;
-    bool hasInteger(const std::string& key) const override;
-    bool getInteger(const std::string& key, std::int64_t& value) const override;
-    bool getStructure(const std::string& key, un::structure& value) const override;
+    bool hasBoolean(Key key) const override { return node->flags.count(key) || Item::hasBoolean(key); }
+    bool getBoolean(Key key, bool& value) const override;
+    bool setBoolean(Key key, bool value) override { return node->flags[key] = value, true; }
+    bool hasString(Key key) const override { return key == harbor6::key::name; }
+    bool getString(Key key, std::string& value) const override;
+    bool setString(Key key, const std::string& value) override;
+    bool hasTime(Key key) const override { return node->times.count(key) != 0; }
+    bool getTime(Key key, any::time& value) const override;
+    bool setTime(Key key, const any::time& value) override { return node->times[key] = value, true; }
+    bool hasInteger(Key key) const override;
+    bool getInteger(Key key, std::int64_t& value) const override;
+    bool getStructure(Key key, un::structure& value) const override;
     void populateIndex() const override;
 
     memory_stage& host;
@@ -143,12 +145,43 @@ struct memory_file : node_item, harbor6::OneForkFile<memory_fork> {
         : node_item(owner, std::move(shown), archive) {}
 };
 
+harbor6::Item* new_item(memory_stage& host, const node_ptr& node, harbor6::Archive* around);
+
+/// Makes items for the children that the node had when the iterator was made.
+template<class T>
+struct node_iterator : pattern::Iterator<T> {
+    node_iterator(memory_stage& owner, const node_ptr& node, const harbor6::Archive* archive)
+        : host(owner), children(node->children), around(const_cast<harbor6::Archive*>(archive)) {}
+
+    void first() override { at = 0; }
+    void next() override { ++at; }
+    bool isDone() const override { return at >= children.size(); }
+    T current() override { return new_item(host, children[at], around); }
+
+    memory_stage& host;
+    std::vector<node_ptr> children;
+    harbor6::Archive* around;
+    std::size_t at = 0;
+};
+
+template<class T>
+using node_items = std::unique_ptr<pattern::Iterator<T>>;
+
+template<class T>
+node_items<T> iterate(memory_stage& host, const node_ptr& node, const harbor6::Archive* around) {
+    return std::make_unique<node_iterator<T>>(host, node, around);
+}
+
 struct memory_folder : node_item, harbor6::Folder {
     memory_folder(memory_stage& owner, node_ptr shown, harbor6::Archive* archive = nullptr)
         : node_item(owner, std::move(shown), archive) {}
 
-    std::unique_ptr<pattern::Iterator<harbor6::Item*>> createIterator() override;
-    std::unique_ptr<pattern::Iterator<const harbor6::Item*>> createIterator() const override;
+    node_items<harbor6::Item*> createIterator() override {
+        return iterate<harbor6::Item*>(host, node, around);
+    }
+    node_items<const harbor6::Item*> createIterator() const override {
+        return iterate<const harbor6::Item*>(host, node, around);
+    }
     harbor6::File* _newFile() override;
     harbor6::Folder* _newFolder() override;
 };
@@ -166,8 +199,12 @@ struct test_archive : harbor6::SuperArchive {
     void beginExtraction() override { note("begin", "begin"); }
     void endExtraction() override { note("end", "end"); }
     void abortExtraction() override { note("abort", "abort"); }
-    std::unique_ptr<pattern::Iterator<harbor6::Item*>> createIterator() override;
-    std::unique_ptr<pattern::Iterator<const harbor6::Item*>> createIterator() const override;
+    node_items<harbor6::Item*> createIterator() override {
+        return iterate<harbor6::Item*>(host, content, this);
+    }
+    node_items<const harbor6::Item*> createIterator() const override {
+        return iterate<const harbor6::Item*>(host, content, this);
+    }
     harbor6::File* _newFile() override { return new memory_file(host, content->child(false), this); }
 
 protected:

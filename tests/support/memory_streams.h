@@ -30,10 +30,11 @@ public:
     }
 };
 
-/// Steps back in its own bytes for a push-back or a seek, as a host's storage stream does.
+/// Steps back in its own bytes for a push-back or a seek, as a host's storage stream does. A read returns at
+/// most `piece` bytes.
 class seekable_input : public stream::random::input {
 public:
-    explicit seekable_input(std::string source) : text(std::move(source)) {}
+    explicit seekable_input(std::string source, unsigned most = ~0u) : text(std::move(source)), piece(most) {}
 
     using stream::input::read;
 
@@ -42,28 +43,33 @@ public:
 
 protected:
     unsigned _read(char* buffer, unsigned length) override {
-        const auto came = text.copy(buffer, length, place);
-        place += came;
-        return static_cast<unsigned>(came);
+        const auto count = text.copy(buffer, std::min(length, piece), place);
+        place += count;
+        return static_cast<unsigned>(count);
     }
     int _read() override { return place < text.size() ? static_cast<unsigned char>(text[place++]) : -1; }
     std::uint64_t _tell() const override { return place; }
 
 private:
     std::string text;
+    unsigned piece;
     std::uint64_t place = 0;
 };
 
-/// Stores what is written.
+/// Stores what is written, and counts the writes of more than one byte and the calls of finish().
 class memory_output : public stream::output {
 public:
     using stream::output::write;
 
-    void write(const char* buffer, unsigned length) override { bytes.append(buffer, length); }
+    void write(const char* buffer, unsigned length) override { bytes.append(buffer, length), ++writes; }
     void write(char byte) override { bytes.push_back(byte); }
     std::uint64_t tell() const override { return bytes.size(); }
 
+    void finish() override { ++finished; }
+
     std::string bytes;
+    unsigned writes = 0;
+    unsigned finished = 0;
 };
 
 } // namespace support

@@ -10,36 +10,21 @@ namespace zlib_streams {
 static_assert(standard == Z_DEFAULT_STRATEGY && filtered == Z_FILTERED && huffman_only == Z_HUFFMAN_ONLY &&
               run_length == Z_RLE && fixed_codes == Z_FIXED);
 
-namespace {
-
-/// A zlib state that reads `source` and writes `target`.
-z_stream between(std::string_view source, std::string& target) {
-    z_stream z{};
-    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(source.data()));
-    z.avail_in = static_cast<uInt>(source.size());
-    z.next_out = reinterpret_cast<Bytef*>(target.data());
-    z.avail_out = static_cast<uInt>(target.size());
-    return z;
-}
-
-void need(bool done) {
-    if (!done)
-        throw std::runtime_error("zlib");
-}
-
-} // namespace
-
 std::string compress(std::string_view data, int level, strategy how, std::string_view dictionary) {
+    const auto bytes = [](const char* text) { return reinterpret_cast<Bytef*>(const_cast<char*>(text)); };
     std::string stream(data.size() + data.size() / 8 + 100, '\0');
-    z_stream z = between(data, stream);
-    need(deflateInit2(&z, level, Z_DEFLATED, -15, 8, how) == Z_OK);
+    z_stream z{};
+    z.next_in = bytes(data.data());
+    z.avail_in = static_cast<uInt>(data.size());
+    z.next_out = bytes(stream.data());
+    z.avail_out = static_cast<uInt>(stream.size());
+    bool done = deflateInit2(&z, level, Z_DEFLATED, -15, 8, how) == Z_OK;
     if (!dictionary.empty())
-        deflateSetDictionary(&z, reinterpret_cast<const Bytef*>(dictionary.data()),
-                             static_cast<uInt>(dictionary.size()));
-    need(::deflate(&z, Z_FINISH) == Z_STREAM_END);
-    stream.resize(z.total_out);
+        deflateSetDictionary(&z, bytes(dictionary.data()), static_cast<uInt>(dictionary.size()));
+    done = done && ::deflate(&z, Z_FINISH) == Z_STREAM_END;
     deflateEnd(&z);
-    return stream;
+    stream.resize(z.total_out);
+    return done ? stream : throw std::runtime_error("zlib");
 }
 
 std::vector<std::string> compress_blocks(std::string_view data, int level) {

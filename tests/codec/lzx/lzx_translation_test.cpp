@@ -2,56 +2,42 @@
 
 #include "support/numbers.h"
 
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <string>
+#include <utility>
 
 namespace {
 
 /// The translation as it is defined, byte by byte.
 void translate_plainly(std::string& frame, std::uint32_t translation_size, std::uint32_t& position) {
-    const std::size_t length = frame.size();
-    if (length <= 6) {
-        position += static_cast<std::uint32_t>(length);
-        return;
-    }
-    const std::string last = frame.substr(length - 6);
-    frame.replace(length - 6, 6, 6, '\xE8');
-    const std::uint32_t end = position + static_cast<std::uint32_t>(length) - 6;
-    for (std::size_t i = 0;;) {
-        for (; frame[i] != '\xE8'; ++i)
-            ++position;
-        if (position >= end || i >= length - 6)
+    const std::size_t stop = frame.size() - std::min<std::size_t>(frame.size(), 6);
+    const std::uint32_t first = std::exchange(position, position + static_cast<std::uint32_t>(frame.size()));
+    const std::string last = frame.substr(stop);
+    frame.replace(stop, 6, last.size(), '\xE8');
+    for (std::size_t i = 0; i < stop; ++i) {
+        const auto at = first + static_cast<std::uint32_t>(i);
+        if (frame[i] != '\xE8')
+            continue;
+        if (at >= first + static_cast<std::uint32_t>(stop))
             break;
         std::uint32_t value;
         std::memcpy(&value, frame.data() + i + 1, 4);
-        if (value < translation_size)
-            value -= position;
-        else if (0 - value < position)
-            value += translation_size;
+        value += value < translation_size ? 0 - at : 0 - value < at ? translation_size : 0;
         std::memcpy(frame.data() + i + 1, &value, 4);
-        i += 5;
-        position += 5;
+        i += 4;
     }
-    position = end + 6;
-    frame.replace(length - 6, 6, last);
+    frame.replace(stop, 6, last);
 }
 
 void expect_as_defined(const std::string& frame, std::uint32_t translation_size, std::uint32_t position) {
-    std::string expected = frame;
-    std::string translated = frame;
-    std::uint32_t expected_position = position;
-    std::uint32_t translated_position = position;
+    std::string expected = frame, translated = frame;
+    std::uint32_t expected_position = position, translated_position = position;
     translate_plainly(expected, translation_size, expected_position);
     algorithm::lzx::translate_calls(reinterpret_cast<std::uint8_t*>(translated.data()), translated.size(),
                                     translation_size, translated_position);
     ASSERT_TRUE(translated == expected) << "size " << translation_size << ", position " << position;
     ASSERT_EQ(translated_position, expected_position);
-}
-
-void put(std::string& frame, std::size_t at, std::uint32_t operand) {
-    frame[at] = '\xE8';
-    std::memcpy(frame.data() + at + 1, &operand, 4);
 }
 
 } // namespace
@@ -66,7 +52,9 @@ TEST(LzxTranslation, HoldsAtEveryBorder) {
                 const std::uint32_t position = start + static_cast<std::uint32_t>(at);
                 for (const std::uint32_t middle : {0u, size, 0u - position, 0xE8E8E8E8u, 0x00E8E8E8u})
                     for (std::uint32_t beside = 0; beside < 3; ++beside) {
-                        put(frame, at, middle + beside - 1);
+                        const std::uint32_t operand = middle + beside - 1;
+                        frame[at] = '\xE8';
+                        std::memcpy(frame.data() + at + 1, &operand, 4);
                         expect_as_defined(frame, size, start);
                     }
             }

@@ -10,9 +10,9 @@ namespace {
 /// Memory that can seek unless told otherwise, and can grow.
 struct memory : nio::input {
     unsigned read(char* buffer, unsigned length) override {
-        const auto got = static_cast<unsigned>(bytes.copy(buffer, length, next));
-        next += got;
-        return got;
+        const auto count = bytes.copy(buffer, length, next);
+        next += count;
+        return static_cast<unsigned>(count);
     }
     std::uint64_t tell() const override { return next + shift; }
     void set_tell(std::uint64_t value) override { shift = value - next; }
@@ -23,8 +23,7 @@ struct memory : nio::input {
     }
 
     std::string bytes = "abcdefghijklmnop";
-    std::uint64_t next = 0;
-    std::uint64_t shift = 0;
+    std::uint64_t next = 0, shift = 0;
     bool seekable = true;
 };
 

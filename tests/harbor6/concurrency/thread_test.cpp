@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <gtest/gtest.h>
 #include <memory>
 #include <new>
@@ -44,8 +45,7 @@ std::string thrown_by(const std::function<void()>& body) {
 }
 
 /// Can't be copied for lack of memory.
-class uncopyable final : public basic::exception {
-public:
+struct uncopyable final : basic::exception {
     using basic::exception::exception;
     std::unique_ptr<basic::cloneable_exception> clone() const override { throw std::bad_alloc(); }
 };
@@ -101,9 +101,9 @@ TEST(Thread, StartsAgainAfterReleaseOnly) {
 }
 
 TEST(Thread, RefusesAnImpossiblePriorityAfterTheRunBegan) {
-    basic::thread thread;
     bool ran = false;
     support::job work([&] { ran = true; });
+    basic::thread thread;
     thread.priority = 1000;
     EXPECT_EQ(support::refusal_of([&] { thread.start(&work); }), "cannot set thread priority");
     thread.join();
@@ -129,19 +129,17 @@ TEST(Thread, KeepsOnlyAFewThreadsWhenManyHaveEnded) {
             go.wait();
             ++ended;
         });
-        std::vector<std::unique_ptr<basic::thread>> threads;
-        for (unsigned i = 0; i < many; ++i) {
-            threads.push_back(std::make_unique<basic::thread>());
-            threads.back()->start(&work);
-        }
+        std::vector<basic::thread> threads(many);
+        for (auto& thread : threads)
+            thread.start(&work);
         EXPECT_GT(threads_of_this_process(), std::ptrdiff_t{many});
         for (auto& thread : threads)
             if (released_first)
-                thread->release();
+                thread.release();
         go.signal();
         for (auto& thread : threads) {
-            thread->join();
-            thread->release();
+            thread.join();
+            thread.release();
         }
         EXPECT_TRUE(wait_until([&] { return ended == many; }));
         EXPECT_TRUE(wait_until([] { return threads_of_this_process() <= few; }));
@@ -149,8 +147,7 @@ TEST(Thread, KeepsOnlyAFewThreadsWhenManyHaveEnded) {
 }
 
 /// Notices if two are raised at the same time.
-class raised_alone final : public basic::exception {
-public:
+struct raised_alone final : basic::exception {
     explicit raised_alone(std::atomic<int>& raising) : exception("raised_alone"), together(raising) {}
     std::unique_ptr<basic::cloneable_exception> clone() const override {
         return std::make_unique<raised_alone>(together);
@@ -162,13 +159,11 @@ public:
         throw basic::exception(alone ? "alone" : "together");
     }
 
-private:
     std::atomic<int>& together;
 };
 
 TEST(Thread, RaisesOneStoredExceptionAtATime) {
-    std::atomic<int> raising = 0;
-    std::atomic<int> alone = 0;
+    std::atomic<int> raising = 0, alone = 0;
     const auto join_many = [&] {
         support::job work([&] { throw raised_alone(raising); });
         for (int i = 0; i < 500; ++i) {
@@ -182,6 +177,43 @@ TEST(Thread, RaisesOneStoredExceptionAtATime) {
     join_many();
     other.join();
     EXPECT_EQ(alone, 1000);
+}
+
+TEST(Event, RemembersASignalUntilAWaitOrResetTakesItAndReleasesOneWaiterOrAll) {
+    for (const bool auto_reset : {true, false}) {
+        SCOPED_TRACE(auto_reset ? "auto reset" : "manual reset");
+        basic::event event(auto_reset);
+        event.signal();
+        event.signal();
+        auto_reset ? event.wait() : event.reset();
+        std::atomic<int> passed = 0;
+        std::thread waiters[4];
+        for (auto& waiter : waiters)
+            waiter = std::thread([&] {
+                event.wait();
+                ++passed;
+            });
+        for (int before = 0; before < 4; before = passed) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            EXPECT_EQ(passed, before);
+            event.signal();
+            while (passed < (auto_reset ? before + 1 : 4))
+                std::this_thread::yield();
+        }
+        for (auto& waiter : waiters)
+            waiter.join();
+    }
+}
+
+TEST(Mutex, IsFreeOnceItsHolderHasUnlockedItAsOftenAsLocked) {
+    qpthr::QpMutex mutex(nullptr);
+    mutex.lock();
+    mutex.lock();
+    const auto other = std::async(std::launch::async, [&] { const std::lock_guard guard(mutex); });
+    mutex.unlock();
+    EXPECT_EQ(other.wait_for(std::chrono::milliseconds(2)), std::future_status::timeout);
+    mutex.unlock();
+    other.wait();
 }
 
 } // namespace

@@ -7,12 +7,6 @@
 
 namespace {
 
-/// Puts the default code page back.
-struct chosen_page {
-    explicit chosen_page(const std::string& name) { nio::set_code_page(name); }
-    ~chosen_page() { nio::set_code_page(""); }
-};
-
 TEST(Text, DecodesByTheChosenPageOrAsUtf8OrElseAsWindows1252) {
     const struct {
         const char *name, *page;
@@ -36,10 +30,11 @@ TEST(Text, DecodesByTheChosenPageOrAsUtf8OrElseAsWindows1252) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const chosen_page page(c.page);
+        nio::set_code_page(c.page);
         const std::vector<char> bytes(c.bytes.begin(), c.bytes.end()); // no terminator after them
         EXPECT_NE(support::refusal_of([] { nio::set_code_page("no such page"); }), "");
         EXPECT_EQ(nio::decode({bytes.data(), bytes.size()}, -1), c.text);
+        nio::set_code_page("");
     }
     EXPECT_EQ(nio::to_utf8(L"a\u00E4\u20AC\U0001F600"), "a\u00E4\u20AC\U0001F600");
     const std::wstring bad{static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0x110000)};

@@ -8,11 +8,7 @@
 #include <pthread.h>
 #include <set>
 
-using harbor6::Archive;
-using harbor6::Item;
-using pattern::AcquiredPtr;
-using support::cabinet;
-using support::cabinet_host;
+using harbor6::Archive, harbor6::Item, pattern::AcquiredPtr, support::cabinet, support::cabinet_host;
 
 namespace {
 
@@ -33,21 +29,20 @@ std::string walk(const harbor6::Folder& folder, std::set<std::uint64_t>& places,
     return found;
 }
 
-std::string bytes_at(harbor6::Fork& fork, std::uint64_t offset, unsigned length) {
-    const auto in = fork.randomInput(true, false);
-    std::string bytes(length, '\0');
+/// Up to ten bytes of an item of the archive.
+std::string bytes_at(harbor6::Archive& archive, const char* name, std::uint64_t offset) {
+    const AcquiredPtr<Item> item(archive.acquireItemFromName(name));
+    const auto in = item->asFile()->getMainFork()->randomInput(true, false);
+    char bytes[10];
     EXPECT_TRUE(in->seek(offset));
-    bytes.resize(in->read(bytes.data(), length));
-    return bytes;
+    return {bytes, in->read(bytes, 10)};
 }
 
 /// An archive with the content that `fill` makes.
 struct filled_archive : harbor6::SuperArchive {
     filled_archive(support::memory_host& host, std::function<void(harbor6::Folder&)> filling)
         : SuperArchive(host.arc, *host.source("x", ""), mode_walk), fill(std::move(filling)) {}
-    void addContentTo(harbor6::Folder& target, harbor6::ContainerAdaptor* /*added*/) const override {
-        fill(target);
-    }
+    void addContentTo(harbor6::Folder& target, harbor6::ContainerAdaptor*) const override { fill(target); }
 
     std::function<void(harbor6::Folder&)> fill;
 };
@@ -124,14 +119,10 @@ TEST(ArchiveWalk, KeepsContentBeyondWhatFitsItsMemory) {
     harbor6::ScratchSpace space("/tmp", memory);
     host.archive->scratch = &space;
     host.archive->open(Archive::mode_walk);
-    const AcquiredPtr<Item> item(host.archive->acquireItemFromName("large"));
-    auto& fork = *item->asFile()->getMainFork();
     constexpr std::uint64_t border = memory - 5; // the five bytes of "first" lie in front
-    for (const std::uint64_t offset : {std::uint64_t{0}, border - 7, border, border + 1})
-        EXPECT_EQ(bytes_at(fork, offset, 10), large.substr(offset, 10)) << offset;
-    EXPECT_EQ(bytes_at(fork, large.size() - 3, 10), large.substr(large.size() - 3));
-    const AcquiredPtr<Item> last(host.archive->acquireItemFromName("last"));
-    EXPECT_EQ(bytes_at(*last->asFile()->getMainFork(), 0, 10), "last");
+    for (const auto offset : {std::uint64_t{0}, border - 7, border, border + 1, large.size() - 3})
+        EXPECT_EQ(bytes_at(*host.archive, "large", offset), large.substr(offset, 10)) << offset;
+    EXPECT_EQ(bytes_at(*host.archive, "last", 0), "last");
 }
 
 TEST(ArchiveWalk, SharesTheMemoryAndTheFolderOfTheArchiveAroundIt) {
@@ -159,8 +150,7 @@ TEST(ArchiveWalk, SharesTheMemoryAndTheFolderOfTheArchiveAroundIt) {
                 const_cast<harbor6::cab::Format&>(host.format)
                     ._newArchiveAtItem(const_cast<Item&>(*first).asFile(), Archive::mode_read));
             EXPECT_EQ(support::refusal_of([&] {
-                          const AcquiredPtr<const Item> item(inner->acquireFirstItem());
-                          EXPECT_EQ(bytes_at(*const_cast<Item&>(*item).asFile()->getMainFork(), 1, 9), "bc");
+                          EXPECT_EQ(bytes_at(*inner, "x", 1), "bc");
                       }),
                       c.refusal);
             host.archive->close();

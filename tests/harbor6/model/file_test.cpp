@@ -1,15 +1,13 @@
 #include "harbor6/model/file.h"
 
+#include "harbor6/model/file_splitter.h"
 #include "harbor6/model/infinite_items.h"
 #include "support/memory_host.h"
 #include "support/refusal.h"
 
 #include <gtest/gtest.h>
 
-using pattern::AcquiredPtr;
-using support::memory_host;
-using support::name_of;
-using support::refusal_of;
+using pattern::AcquiredPtr, support::memory_host, support::name_of, support::refusal_of;
 
 TEST(File, TakesForksThroughItsOwnTransformOrIntoItsArchive) {
     memory_host host;
@@ -96,15 +94,34 @@ TEST(SimpleFork, HasTheAttributesOfItsFile) {
     harbor6::SimpleFork fork(file.get());
     fs::Spec spec;
     EXPECT_TRUE(fork.available("name") && fork.modifiable("name") && !fork.modifiable("x"));
-    EXPECT_TRUE(fork.hasBoolean("locked") && fork.boolean("locked") && fork.hasString("name"));
-    EXPECT_TRUE(fork.hasTime("modTime") && fork.time("modTime").words[0] == 1);
-    EXPECT_TRUE(fork.hasInteger("uncompressedSize") && fork.integer("uncompressedSize") == 4);
-    EXPECT_TRUE(fork.getStructure("fsSpec", spec) && spec.node != 0);
-
+    for (const auto* const key : {"locked", "name", "modTime", "uncompressedSize"})
+        EXPECT_TRUE(fork.has(key)) << key;
+    EXPECT_TRUE(fork.boolean("locked") && fork.time("modTime").words[0] == 1);
+    EXPECT_TRUE(fork.integer("uncompressedSize") == 4 && fork.getStructure("fsSpec", spec));
     const AcquiredPtr sink(new harbor6::InfiniteFile(host.shell, nullptr));
     harbor6::SimpleFork taking(sink.get());
     EXPECT_TRUE(taking.setBoolean("x", true) && taking.setString("x", "") && taking.setTime("x", {}));
     EXPECT_TRUE(taking.setInteger("x", 1) && taking.setStructure("x", spec));
     taking.cloneAttributes(fork, true);
     EXPECT_EQ(taking.string("name"), "a");
+}
+
+TEST(FileSplitter, CommitsEachFileOnceHoweverOftenItIsFinished) {
+    for (const unsigned count : {0u, 2u, 3u, 8u, 9u}) { // bytes for files of three and five
+        memory_host host;
+        {
+            harbor6::FileSplitter splitter;
+            for (const std::uint64_t size : {3, 5}) {
+                const auto node = host.tree_root->child(false, std::to_string(size));
+                splitter.entries.push_back(
+                    {size, AcquiredPtr<harbor6::File>(new support::memory_file(host, node))});
+            }
+            splitter.start();
+            splitter.write("abcdefghi", count);
+            splitter.finish();
+            splitter.finish();
+        }
+        for (const auto& file : host.tree_root->children)
+            EXPECT_EQ(file->commits, 1u) << file->name << " after " << count;
+    }
 }

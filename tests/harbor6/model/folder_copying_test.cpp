@@ -5,11 +5,7 @@
 
 #include <gtest/gtest.h>
 
-using harbor6::Archive;
-using harbor6::Item;
-using pattern::AcquiredPtr;
-using support::memory_host;
-using support::name_of;
+using harbor6::Archive, harbor6::Item, pattern::AcquiredPtr, support::memory_host, support::name_of;
 
 namespace {
 
@@ -48,14 +44,12 @@ struct expanding_host : memory_host {
     const AcquiredPtr<support::memory_file> archive_file = source("a.arc", "arc:x");
 };
 
-struct failure_kind {
+const struct {
     const char* name;
     std::function<void()> raise;
     char in_place;   ///< after a failure of the first attempt: c copies, s tries the copy, t throws
     char in_content; ///< the same in the content pass
-};
-
-const failure_kind kinds[] = {
+} kinds[] = {
     {"implemented", [] { throw un::implemented("x"); }, 's', 's'},
     {"mode", [] { throw Archive::ModeError("x"); }, 's', 's'},
     {"fs", [] { throw fs::Exception("x", "y"); }, 't', 't'},
@@ -65,14 +59,12 @@ const failure_kind kinds[] = {
     {"std", [] { throw std::runtime_error("x"); }, 't', 't'},
 };
 
-const struct {
-    const char* name;
-    bool content;
-} steps[] = {{"classify", false},
-             {"sourceArchive a", false},
-             {"open archive", false},
-             {"begin", true},
-             {"write one", true}};
+/// Steps of the first attempt, and whether the content pass takes them.
+const std::pair<std::string, bool> steps[] = {{"classify", false},
+                                              {"sourceArchive a", false},
+                                              {"open archive", false},
+                                              {"begin", true},
+                                              {"write one", true}};
 
 /// Raises at the step, be it the host's or the client's, when it is taken for the `nth` time.
 void fail_at(memory_host& host, const std::string& step, int nth, const std::function<void()>& raise) {
@@ -138,10 +130,7 @@ TEST(FolderCopying, DataFailuresStayVisibleAndOthersEraseTheTarget) {
         const auto around = host.archive(*host.source("h.arc", "arc:h"));
         around->keepFailedTargets = c.keep;
         const auto entry = host.item(host.source("a.txt", "hello")->node, around.get());
-        host.trap = [&](const std::string& what) {
-            if (what == "write a.txt")
-                c.raise();
-        };
+        fail_at(host, "write a.txt", 1, c.raise);
         SCOPED_TRACE(c.name);
         EXPECT_EQ(support::refusal_of([&] { host.root()->addItem(*entry, false); }).empty(), *c.told != 0);
         const std::string asked =
@@ -156,30 +145,26 @@ TEST(FolderCopying, DataFailuresStayVisibleAndOthersEraseTheTarget) {
 }
 
 TEST(FolderCopying, WalksTellTheArchiveHowTheyEnded) {
-    const struct {
-        const char* fails;
-        std::vector<std::string> files;
-        std::string told;
-    } cases[] = {
+    const std::tuple<std::string, std::vector<std::string>, std::string> cases[] = {
         {"", {"one"}, "begin end "},    {"", {}, ""},
         {"begin", {"one"}, "begin "},   {"write two", {"one", "two"}, "begin abort "},
         {"end", {"one"}, "begin end "},
     };
-    for (const auto& c : cases) {
-        expanding_host host(c.files);
+    for (const auto& [step, files, expected] : cases) {
+        expanding_host host(files);
         const auto archive = host.archive(*host.archive_file);
         std::string told;
-        host.trap = [&](const std::string& what) {
+        host.trap = [&, step = step](const std::string& what) {
             if (what == "begin" || what == "end" || what == "abort")
                 told += what + " ";
             if (what == "abort") // dropped
                 throw std::runtime_error("abort");
-            if (what == c.fails)
+            if (what == step)
                 throw un::exception("the first", "");
         };
         EXPECT_EQ(support::refusal_of([&] { host.root()->addContent(*archive); }),
-                  *c.fails ? ": the first" : "");
-        EXPECT_EQ(told, c.told) << c.fails << ' ' << c.files.size();
+                  step.empty() ? "" : ": the first");
+        EXPECT_EQ(told, expected) << step << ' ' << files.size();
     }
 }
 
@@ -267,7 +252,7 @@ TEST(FolderCopying, ExpandsWhatItIsAskedForAndNothingElse) {
     expanding_host host({"one"});
     host.client.on["sourceArchive a"] = [](auto& question) { question.archive->open(4); };
     host.run();
-    EXPECT_EQ(count(host.transcript(), "  open"), 1u); // not once more by the folder
+    EXPECT_EQ(count(host.transcript(), "  open"), 1u); // not opened again by the folder
     EXPECT_EQ(host.tree(), "one=<one>\n");
 }
 
@@ -285,26 +270,26 @@ TEST(FolderCopying, NeverExpandsOutOfAnArchiveThatIsSearched) {
 
 TEST(FolderCopying, EveryFailureOfEitherAttemptGoesItsWay) {
     for (const bool second : {false, true}) {
-        for (const auto& step : steps) {
+        for (const auto& [step, in_content] : steps) {
             for (const auto& kind : kinds) {
-                SCOPED_TRACE(step.name + std::string(": ") + kind.name);
+                SCOPED_TRACE(step + ": " + kind.name);
                 expanding_host host({"one", "two"});
-                fail_at(host, step.name, second && step.name == std::string("classify") ? 2 : 1, kind.raise);
+                fail_at(host, step, second && step == "classify" ? 2 : 1, kind.raise);
                 if (second)
                     host.refuse_in_place();
-                const char way = second ? 't' : step.content ? kind.in_content : kind.in_place;
+                const char way = second ? 't' : in_content ? kind.in_content : kind.in_place;
                 EXPECT_EQ(host.raised(), way == 't' ? "x" : "");
                 const auto transcript = host.transcript();
-                const std::string made = step.content ? "a/\n" : "";
+                const std::string made = in_content ? "a/\n" : "";
                 EXPECT_EQ(host.tree(), way == 's'             ? "a/\na/one=<one>\na/two=<two>\n"
                                        : way == 'c' || second ? "a.arc=arc:x\n" + made
                                                               : made);
-                const std::size_t done = (step.content ? 1 : 0) + (way == 's' ? 1 : 0);
+                const std::size_t done = (in_content ? 1 : 0) + (way == 's' ? 1 : 0);
                 EXPECT_EQ(count(transcript, "sourceArchiveDone a\n"), done);
                 EXPECT_EQ(count(transcript, "  close a\n"), done);
                 EXPECT_EQ(count(transcript, "targetFile a.arc"), way != 't' || second ? 1u : 0u);
                 EXPECT_EQ(count(transcript, "  end\n") + count(transcript, "  abort\n"),
-                          count(transcript, "  begin\n") - (step.name == std::string("begin") ? 1 : 0));
+                          count(transcript, "  begin\n") - (step == "begin" ? 1 : 0));
                 EXPECT_EQ(std::count(host.erased.begin(), host.erased.end(), "a.arc"), way == 's' ? 1 : 0);
             }
         }
@@ -391,7 +376,7 @@ TEST(FolderCopying, ChangesTheFormatInPlaceOrThroughAScratchFileOutsideAllArchiv
         host.trap = [&](auto& what) { host.log += what.starts_with("new") ? "  " + what + "\n" : ""; };
         const auto source = host.source("a", "1");
         if (c.inside) {
-            host.client.expanded = {"a"}; // in vain
+            host.client.expanded = {"a"}; // has no effect here
             const auto outer = host.archive(*host.source("h.arc", "arc:h"));
             const auto i = host.item(host.tree_root->file("i.arc", "").shared_from_this(), outer.get());
             i->asFile()->containerFormat = &host.arc;

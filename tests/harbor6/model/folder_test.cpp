@@ -5,12 +5,8 @@
 
 #include <gtest/gtest.h>
 
-using harbor6::Archive;
-using harbor6::Item;
-using pattern::AcquiredPtr;
-using support::memory_host;
-using support::name_of;
-using support::refusal_of;
+using harbor6::Archive, harbor6::Item, pattern::AcquiredPtr, support::memory_host, support::name_of,
+    support::refusal_of;
 using question = support::recording_client::question;
 
 TEST(Folder, FindsTheFirstItemOfANameByteForByte) {

@@ -7,8 +7,7 @@
 #include <map>
 #include <sstream>
 
-using pattern::AcquiredPtr;
-using support::memory_host;
+using pattern::AcquiredPtr, support::memory_host;
 
 namespace {
 

@@ -5,8 +5,7 @@
 
 #include <gtest/gtest.h>
 
-using pattern::AcquiredPtr;
-using support::memory_host;
+using pattern::AcquiredPtr, support::memory_host;
 
 TEST(Item, TheLastReleaseErasesACreatedItemThatWasMarked) {
     struct watched_file : support::memory_file {

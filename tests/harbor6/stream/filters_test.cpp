@@ -6,10 +6,7 @@
 
 #include <gtest/gtest.h>
 
-using support::memory_input;
-using support::memory_output;
-using support::refusal_of;
-using support::seekable_input;
+using support::memory_input, support::memory_output, support::refusal_of, support::seekable_input;
 
 TEST(FilterInput, ForwardsAndKeepsItsPushBackToItself) {
     seekable_input source("abcdef");
@@ -32,7 +29,7 @@ TEST(FilterInput, ForwardsAndKeepsItsPushBackToItself) {
 }
 
 TEST(FilterOutput, FlushesItselfOnSyncAndTheTargetOnClose) {
-    struct counting : memory_output {
+    struct : memory_output {
         void flush() override { ++flushes; }
         int flushes = 0;
     } target;
