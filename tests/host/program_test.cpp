@@ -73,7 +73,7 @@ TEST_F(Program, ReplacesOnlyOnRequest) {
     cabinet damaged;
     damaged.folder(support::stored).file({.name = "d\\b", .size = 5});
     save(damaged.block({.payload = "ha"}).block({.payload = "lf!", .checksum = 1}));
-    EXPECT_EQ(run("expand x.cab --overwrite"), failed("harbor: x.cab: CRC mismatch, data is invalid\n"
+    EXPECT_EQ(run("expand x.cab --overwrite"), failed("harbor: x.cab: d/b: CRC mismatch, data is invalid\n"
                                                       "harbor: x.cab: d/b: incomplete after 2 bytes\n"));
     EXPECT_EQ(read_file(place / "x/d/b"), "four") << "the old file stays as it was";
     EXPECT_EQ(tree(place / "x"), "a d/ d/b d/c ");
@@ -328,6 +328,25 @@ TEST_F(Program, UsesTheOtherPlugInsWhenSomeAreFaulty) {
     EXPECT_EQ(seen.out, HARBOR_TEST_DATA "/lzx17-mixed.cab: OK\n");
     EXPECT_EQ(seen.status, 1);
 }
+
+#ifndef __SANITIZE_ADDRESS__ // whose runtime reserves more than any limit here
+TEST_F(Program, ReportsThatMemoryRanOut) {
+    cabinet many;
+    for (int i = 0; i < 5000; ++i)
+        many.file(std::to_string(i), "");
+    save(many);
+    for (const std::string arguments : {"test $(seq 10000 20000)", "list --json x.cab"}) {
+        unsigned reported = 0;
+        for (int kilobytes = 6000; kilobytes < 24000; kilobytes += 1000) {
+            const auto seen = run(arguments, "ulimit -v " + std::to_string(kilobytes) + ";");
+            const bool loaded = seen.status != 127;
+            EXPECT_TRUE(!loaded || seen.status == 0 || seen.status == 1) << arguments << ' ' << seen;
+            reported += loaded && seen.err.find("out of memory\n") != std::string::npos;
+        }
+        EXPECT_GT(reported, 0u) << arguments;
+    }
+}
+#endif
 
 TEST_F(Program, ReportsDiskErrors) {
     save(cabinet().file("a", "fits").file("b", std::string(100000, 'b')).file("c", "more"));
