@@ -50,6 +50,7 @@ bool extract_archive(command_context& context, const std::string& path, harbor6:
     auto& classifier = context.formats.classifier;
     AcquiredPtr<SourceFile> file;
     std::string failure;
+    bool in_data = false; ///< a file's data ended with it
     try {
         auto source = path == "-" ? open_standard_input() : open_input(path);
         file = new SourceFile(context.plain_format, nio::leaf(path, '/'),
@@ -75,6 +76,9 @@ bool extract_archive(command_context& context, const std::string& path, harbor6:
         }
         archive->close();
         return true;
+    } catch (const format::exception&) {
+        failure = failure_text(std::current_exception());
+        in_data = true;
     } catch (...) {
         failure = failure_text(std::current_exception());
     }
@@ -82,7 +86,9 @@ bool extract_archive(command_context& context, const std::string& path, harbor6:
     // does such a read mean that the archive is cut short.
     const bool cut = file && file->storage().came_short();
     const auto cut_text = cut ? file->storage().cut_short().message() : std::string();
-    if (failure != cut_text)
+    if (failure != cut_text && in_data)
+        log.data_error(failure);
+    else if (failure != cut_text)
         log.archive_error(failure);
     if (cut)
         log.archive_error(cut_text);

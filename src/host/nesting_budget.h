@@ -12,7 +12,7 @@ public:
     static constexpr std::uint64_t bytes_per_byte = 2000; ///< no known format compresses one level better
     static constexpr std::uint64_t free_bytes = std::uint64_t{1} << 30;
     static constexpr std::uint64_t bytes_per_item = 8;
-    static constexpr std::uint64_t free_items = 100000;
+    static constexpr std::uint64_t free_items = 20000;
 
     /// No limits.
     nesting_budget() = default;

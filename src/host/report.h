@@ -20,7 +20,8 @@ std::string failure_text(const std::exception_ptr& failure);
 
 /// What the program says about its work, archive by archive. Errors go to the standard error, one line each,
 /// "harbor: ARCHIVE: TEXT". Incomplete and missing files are reported by end_archive(), after the error that
-/// ended the archive. One thread.
+/// ended the archive. The operations of the journal raise nothing where memory runs out: that is reported
+/// instead, and counts as an error. One thread.
 class report : public journal {
 public:
     /// With `verbose` each file that is done or skipped is named on `output`.
@@ -30,6 +31,9 @@ public:
     void begin_archive(const std::string& name);
     /// An error of the archive as a whole; `text` must be printable.
     void archive_error(const std::string& text);
+    /// Reports that `failure`, which must be printable, ended the data of the archive's files: under the path
+    /// of the file at hand, if that is known.
+    void data_error(const std::string& failure);
     /// Whether the archive has had no error up to now.
     bool is_sound() const { return sound && afterwards.empty(); }
     /// Ends the archive, and returns whether it had no error.
@@ -50,9 +54,14 @@ public:
     console& out;
 
 private:
+    template<class Line>
+    void guarded(Line line);
+
     const bool verbose;
     std::string archive; ///< printable
     std::vector<std::string> afterwards;
+    std::string at_hand;      ///< printable path of the last file that ended early
+    unsigned ended_early = 0; ///< number of such files, those with a reason of their own left out
     bool sound = true;
     bool failed = false;
 };

@@ -40,8 +40,9 @@ TEST_F(Expand, ReplacesOnlyOnRequest) {
     cabinet damaged;
     damaged.folder(support::stored).file({.name = "d\\b", .size = 5});
     save(damaged.block({.payload = "ha"}).block({.payload = "lf!", .checksum = 1}));
-    EXPECT_EQ(run("expand x.cab -C x --overwrite"), failed("harbor: x.cab: CRC mismatch, data is invalid\n"
-                                                           "harbor: x.cab: d/b: incomplete after 2 bytes\n"));
+    EXPECT_EQ(run("expand x.cab -C x --overwrite"),
+              failed("harbor: x.cab: d/b: CRC mismatch, data is invalid\n"
+                     "harbor: x.cab: d/b: incomplete after 2 bytes\n"));
     EXPECT_EQ(read_file(place / "x/d/b"), "four") << "the old file stays as it was";
     EXPECT_EQ(tree(place / "x"), "a d/ d/b d/c ");
 }
