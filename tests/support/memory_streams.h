@@ -50,8 +50,9 @@ protected:
     int _read() override { return place < text.size() ? static_cast<unsigned char>(text[place++]) : -1; }
     std::uint64_t _tell() const override { return place; }
 
-private:
     std::string text;
+
+private:
     unsigned piece;
     std::uint64_t place = 0;
 };

@@ -34,9 +34,7 @@ struct recording_client : harbor6::ClientInterface {
     bool sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) override {
         return ask({.text = "sourceArchive " + name_of(archive), .archive = &archive}, name_of(target));
     }
-    void sourceArchiveDone(harbor6::Archive& archive) override {
-        log += "sourceArchiveDone " + name_of(archive) + "\n";
-    }
+    void sourceArchiveDone(harbor6::Archive& archive) override { note("sourceArchiveDone ", archive); }
     bool sourceFolder(const harbor6::Folder& source, harbor6::Folder& target) override {
         return ask({.text = "sourceFolder " + name_of(source)}, name_of(target));
     }
@@ -44,8 +42,8 @@ struct recording_client : harbor6::ClientInterface {
         const auto renamed = name_of(made) == name_of(source) ? "" : " as " + name_of(made);
         return ask({.text = "targetFile " + name_of(source)}, name_of(target) + renamed);
     }
-    void targetFileReady(const harbor6::File& source, harbor6::File& /*newFile*/) override {
-        log += "targetFileReady " + name_of(source) + "\n";
+    void targetFileReady(const harbor6::File& source, harbor6::File&) override {
+        note("targetFileReady ", source);
     }
     bool targetFolder(harbor6::Folder& made, harbor6::Folder& parent,
                       const harbor6::Folder* source) override {
@@ -59,7 +57,7 @@ struct recording_client : harbor6::ClientInterface {
                    (target ? name_of(**target) : std::string("here")) + (folders ? " folders" : ""));
     }
     void itemFailed(std::uint32_t code, const harbor6::Item& source, harbor6::Item& /*target*/) override {
-        log += "itemFailed " + std::to_string(code) + " " + name_of(source) + "\n";
+        note("itemFailed " + std::to_string(code) + " ", source);
     }
 
     std::set<std::string> declined;                           ///< texts of questions to answer with no
@@ -68,6 +66,9 @@ struct recording_client : harbor6::ClientInterface {
     std::string log;
 
 private:
+    void note(const std::string& what, const harbor6::Attributes& item) {
+        log += what + name_of(item) + "\n";
+    }
     bool ask(question asked, const std::string& target) {
         const auto place = log.size();
         if (const auto reaction = on.find(asked.text); reaction != on.end())

@@ -12,10 +12,9 @@ template<class Act>
 std::string refusal_of(Act act) {
     try {
         act();
-    } catch (const format::crc_exception& failure) {
-        return "crc " + failure.reporting_class() + ": " + failure.message();
     } catch (const un::exception& failure) {
-        return failure.reporting_class() + ": " + failure.message();
+        const bool crc = dynamic_cast<const format::crc_exception*>(&failure) != nullptr;
+        return (crc ? "crc " : "") + failure.reporting_class() + ": " + failure.message();
     } catch (const std::exception& failure) {
         return failure.what();
     }

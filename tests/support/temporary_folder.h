@@ -21,7 +21,6 @@ public:
         path = name;
     }
     temporary_folder(const temporary_folder&) = delete;
-    temporary_folder& operator=(const temporary_folder&) = delete;
     ~temporary_folder() {
         std::error_code dropped;
         std::filesystem::remove_all(path, dropped);

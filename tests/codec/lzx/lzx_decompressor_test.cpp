@@ -191,14 +191,12 @@ TEST(LzxDecompressor, TakesTreesOfEveryShape) {
     // Every symbol in use, so all codes about as long as each other.
     std::vector<std::uint8_t> flat(256 + 256, 9);
 
-    std::vector<lzx_token> long_matches{{1, 'x'}};
+    std::vector<lzx_token> long_matches{{1, 'x'}}, footers, nines = literals(std::string(300, 'n'));
     for (std::uint32_t length = 2; length <= 257; ++length)
         long_matches.push_back({length, 1 + length % 40});
-    std::vector<lzx_token> nines = literals(std::string(300, 'n'));
     nines.resize(1000, {9, 40});
-    std::vector<lzx_token> footers; // every aligned offset symbol
     for (std::uint32_t i = 0; i < 1000; ++i)
-        footers.push_back({9, 14 + i % 8});
+        footers.push_back({9, 14 + i % 8}); // every aligned offset symbol
     struct tree_case {
         std::string name;
         std::vector<lzx_token> tokens;
@@ -249,12 +247,8 @@ TEST(LzxDecompressor, PadsOddRawBlocksAndPassesEmptyOnesAndEmptyFrames) {
         SCOPED_TRACE(size);
         lzx_writer writer(16, 100);
         const std::string text(size, 'r');
-        writer.raw("");
-        writer.block({});
-        writer.raw(text, {3, 2, 1});
-        writer.raw("");
-        writer.raw("odd");
-        writer.block(literals("end"));
+        writer.raw(""), writer.block({}), writer.raw(text, {3, 2, 1});
+        writer.raw(""), writer.raw("odd"), writer.block(literals("end"));
         auto coded = writer.finish();
         coded.insert(coded.begin() + 1, lzx_frame{"", 0});
         EXPECT_EQ(decoded(coded, 16).bytes, text + "oddend");

@@ -1,36 +1,29 @@
 #include "harbor6/concurrency/buffered_input.h"
 
+#include "support/memory_streams.h"
 #include "support/refusal.h"
 
 #include <gtest/gtest.h>
-#include <string>
 
 namespace {
 
-/// Memory that can seek unless told otherwise, and can grow.
-struct memory : nio::input {
-    unsigned read(char* buffer, unsigned length) override {
-        const auto count = bytes.copy(buffer, length, next);
-        next += count;
-        return static_cast<unsigned>(count);
-    }
-    std::uint64_t tell() const override { return next + shift; }
-    void set_tell(std::uint64_t value) override { shift = value - next; }
-    bool seek(std::uint64_t value) override {
-        if (seekable)
-            next = value - shift;
-        return seekable;
-    }
+/// Can seek unless told otherwise, and can grow.
+struct memory : support::seekable_input {
+    using seekable_input::seekable_input;
+    using seekable_input::text;
 
-    std::string bytes = "abcdefghijklmnop";
-    std::uint64_t next = 0, shift = 0;
+    bool seek(std::uint64_t value) override { return seekable && seekable_input::seek(value - shift); }
+    std::uint64_t _tell() const override { return seekable_input::_tell() + shift; }
+    void set_tell(std::uint64_t value) override { shift += value - tell(); }
+
+    std::uint64_t shift = 0;
     bool seekable = true;
 };
 
 } // namespace
 
 TEST(BufferedInput, ReturnsTheReadAheadAndKeepsBothPositionsInStep) {
-    memory source;
+    memory source("abcdefghijklmnop");
     nio::buffered_input in(source, 8);
     source.seekable = false;
     in.finish(); // nothing is buffered, so nothing to return
@@ -54,6 +47,6 @@ TEST(BufferedInput, ReturnsTheReadAheadAndKeepsBothPositionsInStep) {
     char rest[20];
     EXPECT_EQ(std::string(rest, in.read(rest, 20)), "ghijklmnop");
     EXPECT_EQ(in.get(), -1);
-    source.bytes += 'y'; // the end isn't remembered
+    source.text += 'y'; // the end isn't remembered
     EXPECT_EQ(in.get(), 'y');
 }

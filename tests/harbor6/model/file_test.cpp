@@ -1,6 +1,5 @@
 #include "harbor6/model/file.h"
 
-#include "harbor6/model/file_splitter.h"
 #include "harbor6/model/infinite_items.h"
 #include "support/memory_host.h"
 #include "support/refusal.h"
@@ -104,24 +103,4 @@ TEST(SimpleFork, HasTheAttributesOfItsFile) {
     EXPECT_TRUE(taking.setInteger("x", 1) && taking.setStructure("x", spec));
     taking.cloneAttributes(fork, true);
     EXPECT_EQ(taking.string("name"), "a");
-}
-
-TEST(FileSplitter, CommitsEachFileOnceHoweverOftenItIsFinished) {
-    for (const unsigned count : {0u, 2u, 3u, 8u, 9u}) { // bytes for files of three and five
-        memory_host host;
-        {
-            harbor6::FileSplitter splitter;
-            for (const std::uint64_t size : {3, 5}) {
-                const auto node = host.tree_root->child(false, std::to_string(size));
-                splitter.entries.push_back(
-                    {size, AcquiredPtr<harbor6::File>(new support::memory_file(host, node))});
-            }
-            splitter.start();
-            splitter.write("abcdefghi", count);
-            splitter.finish();
-            splitter.finish();
-        }
-        for (const auto& file : host.tree_root->children)
-            EXPECT_EQ(file->commits, 1u) << file->name << " after " << count;
-    }
 }
