@@ -1,4 +1,4 @@
-#include "formats/cab/checksum.h"
+#include "formats/cab/cab_checksum.h"
 
 #include <benchmark/benchmark.h>
 #include <string>

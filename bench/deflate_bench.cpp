@@ -11,8 +11,8 @@
 
 #include "codec/deflate/deflate_decompressor.h"
 #include "formats/cab/cab_archive.h"
-#include "formats/cab/item_reader.h"
-#include "formats/cab/records.h"
+#include "formats/cab/cab_item_reader.h"
+#include "formats/cab/cab_records.h"
 #include "support/memory_streams.h"
 #include "support/sample_data.h"
 #include "support/zlib_inflate.h"

@@ -1,8 +1,8 @@
 // A stored folder with checksums, out of one file into another, beside a plain copy of the same file in
 // pieces of 64 KiB.
 
-#include "formats/cab/item_reader.h"
-#include "formats/cab/records.h"
+#include "formats/cab/cab_item_reader.h"
+#include "formats/cab/cab_records.h"
 #include "harbor6/stream/input.h"
 #include "harbor6/stream/output.h"
 #include "support/cabinet_writer.h"

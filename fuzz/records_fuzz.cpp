@@ -2,8 +2,8 @@
 // a result or with an exception of the project's tree.
 
 #include "formats/cab/cab_format.h"
-#include "formats/cab/item_reader.h"
-#include "formats/cab/records.h"
+#include "formats/cab/cab_item_reader.h"
+#include "formats/cab/cab_records.h"
 #include "harbor6/groundwork/exception.h"
 #include "harbor6/stream/array_input.h"
 #include "harbor6/stream/output.h"

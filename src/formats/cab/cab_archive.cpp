@@ -1,7 +1,7 @@
 #include "formats/cab/cab_archive.h"
 
+#include "formats/cab/cab_item_reader.h"
 #include "formats/cab/cab_items.h"
-#include "formats/cab/item_reader.h"
 #include "harbor6/groundwork/text.h"
 #include "harbor6/model/container.h"
 #include "harbor6/shell/client_interface.h"

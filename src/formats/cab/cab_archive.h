@@ -1,6 +1,6 @@
 #pragma once
 
-#include "formats/cab/records.h"
+#include "formats/cab/cab_records.h"
 #include "harbor6/model/archive.h"
 #include "harbor6/model/file_splitter.h"
 #include "harbor6/model/path_walk.h"

@@ -1,7 +1,7 @@
 #include "formats/cab/cab_format.h"
 
 #include "formats/cab/cab_archive.h"
-#include "formats/cab/constants.h"
+#include "formats/cab/cab_constants.h"
 #include "harbor6/groundwork/export.h"
 #include "harbor6/model/classifier.h"
 #include "harbor6/model/file.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "formats/cab/records.h"
+#include "formats/cab/cab_records.h"
 #include "harbor6/model/archive.h"
 #include "harbor6/model/folder.h"
 #include "harbor6/model/named_item.h"

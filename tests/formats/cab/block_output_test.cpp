@@ -38,6 +38,8 @@ TEST(BlockOutput, CutsOneStreamIntoFilesAndReleasesEachWhenItIsComplete) {
     output.write("abc--def", 8);
     EXPECT_EQ(commits(), std::tuple(1u, 1u, 0u));
     EXPECT_FALSE(output.entries[0].target || output.entries[2].target);
+    output.endStream();
+    EXPECT_TRUE(!output.attached() && b->node->commits == 0) << "closed, and committed by finish() alone";
     output.finish();
     output.finish();
     EXPECT_EQ(commits(), std::tuple(1u, 1u, 1u));

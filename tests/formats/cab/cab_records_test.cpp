@@ -1,5 +1,5 @@
-#include "formats/cab/checksum.h"
-#include "formats/cab/records.h"
+#include "formats/cab/cab_checksum.h"
+#include "formats/cab/cab_records.h"
 #include "support/cabinet_writer.h"
 #include "support/memory_streams.h"
 #include "support/refusal.h"

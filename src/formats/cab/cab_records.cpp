@@ -1,7 +1,7 @@
-#include "formats/cab/records.h"
+#include "formats/cab/cab_records.h"
 
-#include "formats/cab/checksum.h"
-#include "formats/cab/constants.h"
+#include "formats/cab/cab_checksum.h"
+#include "formats/cab/cab_constants.h"
 #include "harbor6/groundwork/exception.h"
 #include "harbor6/groundwork/text.h"
 #include "harbor6/stream/endian_input.h"

@@ -1,9 +1,9 @@
-#include "formats/cab/item_reader.h"
+#include "formats/cab/cab_item_reader.h"
 
 #include "codec/deflate/flate_adaptor.h"
 #include "codec/lzx/lzx_decompressor.h"
-#include "formats/cab/constants.h"
-#include "formats/cab/records.h"
+#include "formats/cab/cab_constants.h"
+#include "formats/cab/cab_records.h"
 #include "harbor6/groundwork/exception.h"
 #include "harbor6/stream/input.h"
 #include "harbor6/stream/output.h"

@@ -1,4 +1,4 @@
-#include "formats/cab/checksum.h"
+#include "formats/cab/cab_checksum.h"
 
 #include "harbor6/groundwork/endian.h"
 
