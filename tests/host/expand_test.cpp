@@ -196,13 +196,13 @@ TEST_F(Expand, RemovesTemporaryFilesOfRunsThatNoLongerExist) {
 TEST_F(Expand, TwoRunsIntoOneFolderEndWell) {
     cabinet made;
     for (int i = 0; i < 50; ++i)
-        made.file("f" + std::to_string(i), std::string(1000, 'x'));
+        made.file(std::to_string(i), std::string(1000, 'x'));
     save(made);
     const std::string again =
         "for i in 1 2 3 4 5; do '" HARBOR_PROGRAM "' expand x.cab -C t --overwrite || echo failed; done";
     EXPECT_EQ(run("--version >/dev/null; wait", "{ " + again + "; } & { " + again + "; } &"), fine());
     for (int i = 0; i < 50; ++i)
-        EXPECT_EQ(read_file(place / ("t/f" + std::to_string(i))), std::string(1000, 'x'));
+        EXPECT_EQ(read_file(place.path / "t" / std::to_string(i)), std::string(1000, 'x'));
     EXPECT_EQ(tree(place / "t").find(".harbor"), std::string::npos);
 }
 
