@@ -3,6 +3,7 @@
 #include "support/zlib_streams.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace support {
 
@@ -50,11 +51,8 @@ std::string header_extras(const header_record& header) {
     return bytes;
 }
 
-struct parts {
-    std::string header, rest;
-};
-
-parts make(const cabinet& source) {
+/// The header record, and everything behind it.
+std::pair<std::string, std::string> make(const cabinet& source) {
     constexpr std::size_t fixed_size = 36, folder_size = 8;
     const header_record& header = source.header;
     const auto reserve = header.reserve.value_or(reserve_area{});
@@ -116,12 +114,12 @@ cabinet& cabinet::file(const std::string& name, std::string_view content) {
 }
 
 std::string cabinet::bytes() const {
-    const auto made = make(*this);
-    return made.header + made.rest;
+    const auto [header_record, rest] = make(*this);
+    return header_record + rest;
 }
 
 std::string cabinet::header_bytes() const {
-    return make(*this).header;
+    return make(*this).first;
 }
 
 std::string cut(std::string bytes, std::size_t length) {

@@ -68,19 +68,6 @@ void node_item::erase() {
         std::erase(parent->children, node);
 }
 
-const harbor6::Format& node_item::format() const {
-    return around ? std::as_const(*around).format() : host.plain;
-}
-
-bool node_item::getBoolean(const std::string& key, bool& value) const {
-    const auto flag = node->flags.find(key);
-    return flag == node->flags.end() ? Item::getBoolean(key, value) : (value = flag->second, true);
-}
-
-bool node_item::getString(const std::string& key, std::string& value) const {
-    return key == harbor6::key::name ? (value = node->name, true) : Item::getString(key, value);
-}
-
 bool node_item::setString(const std::string& key, const std::string& value) {
     if (key != harbor6::key::name || host.unsettable.count(value))
         return false;
@@ -91,14 +78,6 @@ bool node_item::setString(const std::string& key, const std::string& value) {
             if (sibling->folder && sibling->name == value)
                 return node = sibling, true; // the existing folder, as in a file system
     return node->name = value, true;
-}
-
-bool node_item::getTime(const std::string& key, any::time& value) const {
-    return hasTime(key) && (value = node->times.at(key), true);
-}
-
-bool node_item::hasInteger(const std::string& key) const {
-    return (!node->folder && key == harbor6::key::uncompressedSize) || Item::hasInteger(key);
 }
 
 bool node_item::getInteger(const std::string& key, std::int64_t& value) const {
@@ -134,21 +113,6 @@ harbor6::data::CountedOutput memory_fork::output(bool /*expanding*/) {
     return harbor6::data::CountedOutput(new node_output(item.host, item.node));
 }
 
-harbor6::File* memory_folder::_newFile() {
-    host.step("new file in " + node->name);
-    return new memory_file(host, node->child(false), around);
-}
-
-harbor6::Folder* memory_folder::_newFolder() {
-    host.step("new folder in " + node->name);
-    return new memory_folder(host, node->child(true), around);
-}
-
-void test_archive::_open(Mode mode) {
-    note("open " + name_of(*this) + " " + std::to_string(mode), "open archive");
-    making = mode == mode_create;
-}
-
 void test_archive::_close() {
     note("close " + name_of(*this), "close archive");
     std::string stored = "arc:";
@@ -156,11 +120,6 @@ void test_archive::_close() {
         stored += each->name + "(" + each->bytes + ")";
     if (making)
         storageOutput(true)->write(stored);
-}
-
-void test_archive::note(const std::string& line, const std::string& step) {
-    host.log += "  " + line + "\n";
-    host.step(step);
 }
 
 test_format::test_format(memory_stage& owner) : SuperFormat(&owner.shell), host(owner) {
@@ -192,10 +151,6 @@ memory_host::memory_host() {
         const auto& bytes = dynamic_cast<node_item&>(file).node->bytes;
         return bytes.starts_with("arc:") ? arc._newArchiveAtItem(&file, 0) : nullptr;
     };
-}
-
-pattern::AcquiredPtr<harbor6::Item> memory_host::item(const node_ptr& node, harbor6::Archive* around) {
-    return pattern::AcquiredPtr(new_item(*this, node, around));
 }
 
 std::string memory_host::tree() const {

@@ -108,22 +108,33 @@ struct node_item : virtual harbor6::Item {
     void create() override { host.step("create " + node->name), node->create(); }
     void erase() override;
     harbor6::Archive* archive() override { return around; }
-    const harbor6::Format& format() const override;
+    const harbor6::Format& format() const override {
+        return around ? std::as_const(*around).format() : host.plain;
+    }
     harbor6::Format& format() override { return const_cast<harbor6::Format&>(std::as_const(*this).format()); }
     void commitItem() override { host.step("commit " + node->name), ++node->commits, node->create(); }
     void destroy() override { delete this; }
     std::uint64_t position() override { return reinterpret_cast<std::uintptr_t>(node.get()); }
 
     bool hasBoolean(Key key) const override { return node->flags.count(key) || Item::hasBoolean(key); }
-    bool getBoolean(Key key, bool& value) const override;
+    bool getBoolean(Key key, bool& value) const override {
+        const auto flag = node->flags.find(key);
+        return flag == node->flags.end() ? Item::getBoolean(key, value) : (value = flag->second, true);
+    }
     bool setBoolean(Key key, bool value) override { return node->flags[key] = value, true; }
     bool hasString(Key key) const override { return key == harbor6::key::name; }
-    bool getString(Key key, std::string& value) const override;
+    bool getString(Key key, std::string& value) const override {
+        return hasString(key) && (value = node->name, true);
+    }
     bool setString(Key key, const std::string& value) override;
     bool hasTime(Key key) const override { return node->times.count(key) != 0; }
-    bool getTime(Key key, any::time& value) const override;
+    bool getTime(Key key, any::time& value) const override {
+        return hasTime(key) && (value = node->times.at(key), true);
+    }
     bool setTime(Key key, const any::time& value) override { return node->times[key] = value, true; }
-    bool hasInteger(Key key) const override;
+    bool hasInteger(Key key) const override {
+        return (!node->folder && key == harbor6::key::uncompressedSize) || Item::hasInteger(key);
+    }
     bool getInteger(Key key, std::int64_t& value) const override;
     bool getStructure(Key key, un::structure& value) const override;
     void populateIndex() const override;
@@ -182,8 +193,14 @@ struct memory_folder : node_item, harbor6::Folder {
     node_items<const harbor6::Item*> createIterator() const override {
         return iterate<const harbor6::Item*>(host, node, around);
     }
-    harbor6::File* _newFile() override;
-    harbor6::Folder* _newFolder() override;
+    harbor6::File* _newFile() override {
+        host.step("new file in " + node->name);
+        return new memory_file(host, node->child(false), around);
+    }
+    harbor6::Folder* _newFolder() override {
+        host.step("new folder in " + node->name);
+        return new memory_folder(host, node->child(true), around);
+    }
 };
 
 /// An archive whose content is a node. Its log has a line for opening, closing, each step of an extraction,
@@ -208,11 +225,17 @@ struct test_archive : harbor6::SuperArchive {
     harbor6::File* _newFile() override { return new memory_file(host, content->child(false), this); }
 
 protected:
-    void _open(Mode mode) override;
+    void _open(Mode mode) override {
+        note("open " + name_of(*this) + " " + std::to_string(mode), "open archive");
+        making = mode == mode_create;
+    }
     void _close() override;
 
 private:
-    void note(const std::string& line, const std::string& step);
+    void note(const std::string& line, const std::string& step) {
+        host.log += "  " + line + "\n";
+        host.step(step);
+    }
 
     memory_stage& host;
     node_ptr content;
@@ -237,7 +260,9 @@ struct memory_host : memory_stage {
         return pattern::AcquiredPtr(new memory_folder(*this, node.shared_from_this()));
     }
     pattern::AcquiredPtr<memory_folder> root() { return folder(*tree_root); }
-    pattern::AcquiredPtr<harbor6::Item> item(const node_ptr& node, harbor6::Archive* around = nullptr);
+    pattern::AcquiredPtr<harbor6::Item> item(const node_ptr& node, harbor6::Archive* around = nullptr) {
+        return pattern::AcquiredPtr(new_item(*this, node, around));
+    }
     /// Makes a file in the folder of sources, which is beside the root, and returns an item for it.
     pattern::AcquiredPtr<memory_file> source(const std::string& name, const std::string& bytes) {
         return pattern::AcquiredPtr(new memory_file(*this, sources->file(name, bytes).shared_from_this()));

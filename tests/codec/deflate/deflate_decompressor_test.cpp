@@ -211,10 +211,17 @@ TEST(DeflateDecompressor, AcceptsTheOddButSound) {
 TEST(DeflateDecompressor, StoredBytesMissingAtTheEndAreOnes) {
     // In a block that isn't the last, the ones go on to make a block of type 3.
     const auto followed = stored_block(false, 40).raw("abc").bytes;
+    // The ones are the extra bits of a distance, then the end; by then four bytes of them are in the buffer.
+    const auto match = dynamic_block(258, 9, {{'b', 1}, {'a', 3}, {256, 3}, {257, 2}, {258 + 8, 1}})
+                           .code(0, 31)
+                           .code(2, 2)
+                           .code(0, 1)
+                           .bytes;
     for (const bool exact : {true, false}) {
         EXPECT_EQ(decode(stored_block(true, 40).raw("abc").bytes, exact),
                   (outcome{"abc" + std::string(37, '\xFF'), "", 8, 1}));
         EXPECT_EQ(decode(followed, exact).message, "bad deflate block type");
+        EXPECT_EQ(decode(match, exact), (outcome{std::string(34, 'b'), "", match.size(), 1}));
     }
 }
 

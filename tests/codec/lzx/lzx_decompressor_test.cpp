@@ -319,7 +319,7 @@ TEST(LzxDecompressor, FailsWithoutWriting) {
          [](lzx_writer& w) {
              w.header(1, 100);
              for (unsigned i = 0; i < 105; ++i)
-                 w.put(i < 4 ? 0 : i == 4 ? 0x0101 : 0xFFFF, 16); // symbols 17 and 19
+                 w.put(i == 4 ? 0x0101 : i == 5 ? 0xC000 : 0, 16); // symbols 17 and 19; a run of 17
          }},
         {"a raw block cut off", cut_off(3, 33, 0)},
     };
@@ -363,6 +363,7 @@ TEST(LzxDecompressor, FailsWhereAFrameEndsInsideAMatchOrPassesTheWindow) {
         coded[0].size = size;
         EXPECT_EQ(decoded(coded, 15).results.back(), -1) << size;
     }
+    EXPECT_EQ(decoded(code(15, literals(std::string(40000, 'a')), {}, 65535), 15).results.back(), -1);
     // 65535 bytes in one frame are sound where they fit.
     support::numbers random(5);
     const auto long_tokens = random_tokens(random, 0, 65535, 65533, 65535);
