@@ -39,8 +39,8 @@ public:
 /// Runs a pass over the archive that takes every file and byte from `budget`, and keeps nothing. Raises what
 /// the budget and the archive raise.
 void measure(harbor6::Archive& archive, harbor6::Format& plain_format, nesting_budget& budget) {
-    quiet_journal nobody;
-    tally counts{plain_format, nobody};
+    quiet_journal ignored;
+    tally counts{plain_format, ignored};
     counts.arriving = [&](std::uint64_t files, std::uint64_t bytes) { budget.take(files, bytes); };
     const AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
     archive.addContentTo(*top, nullptr);
@@ -70,7 +70,7 @@ harbor6::Archive::Options Client::archiveOptions() {
 
 bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
                         const harbor6::Format** format) {
-    if (measuring)
+    if (accepts_all)
         return true;
     const auto name = file.string(harbor6::key::name);
     const auto path = path_in(target, name);
@@ -100,21 +100,21 @@ bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool
 
 /// Opens an archive inside another and builds its tree of items, if the budget allows that much. Any failure
 /// arises here, before something of it reaches the target; the archive may be open then.
-void Client::openInner(harbor6::Archive& archive, harbor6::Folder& target) {
+void Client::openWithinBudget(harbor6::Archive& archive, harbor6::Folder& target) {
     archive.options = archiveOptions();
     archive.open(harbor6::Archive::mode_read);
     if (!budget.covers(archive.size())) {
         // The tree would use memory and disk for what the budget may refuse.
         auto rest = budget;
-        measuring = true;
+        accepts_all = true;
         try {
             measure(archive, target.format(), rest);
         } catch (...) {
-            measuring = false;
+            accepts_all = false;
             budget = rest;
             throw;
         }
-        measuring = false;
+        accepts_all = false;
     }
     take_items(archive, budget);
 }
@@ -133,7 +133,7 @@ bool Client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
     if (existing && !existing->asFolder())
         return keep("a file named " + nio::printable(name) + " exists");
     try {
-        openInner(archive, target);
+        openWithinBudget(archive, target);
     } catch (const std::exception&) {
         const auto reason = failure_text(std::current_exception());
         archive.close();
@@ -173,7 +173,7 @@ void Client::sourceArchiveFailed(harbor6::Archive& archive, const std::exception
 }
 
 /// Whether what is called `name` may be stored in `parent`, where `existing` has that name; it may get
-/// another name. All that depends on the policy is here. When `moving`, an archive's only item is to leave
+/// another name. When `moving`, an archive's only item is to leave
 /// the folder made for the archive, and stays there otherwise.
 bool Client::mayTakeName(std::string& name, const harbor6::Item& existing, DiskFolder& parent, bool moving) {
     const auto path = parent.pathOf(name);

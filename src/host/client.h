@@ -24,8 +24,11 @@ public:
     clash_policy policy = clash_policy::refuse;
     /// Archives inside archives are expanded down to this depth; with 0 they are plain files.
     unsigned depth = 0;
-    /// What is left for them, for the outermost archive at hand.
+    /// What archives inside the outermost one being expanded may still use.
     nesting_budget budget;
+
+    /// A pass runs that keeps nothing: every file is accepted, and none is reported.
+    bool accepts_all = false;
 
     /// How the program reads every archive.
     static harbor6::Archive::Options archiveOptions();
@@ -42,11 +45,10 @@ public:
 
 private:
     bool mayTakeName(std::string& name, const harbor6::Item& existing, DiskFolder& parent, bool moving);
-    void openInner(harbor6::Archive& archive, harbor6::Folder& target);
+    void openWithinBudget(harbor6::Archive& archive, harbor6::Folder& target);
     bool isInnermost(const harbor6::Archive& archive) const;
 
     report& log;
-    bool measuring = false; ///< a pass runs that only counts
     struct inner_archive {
         const harbor6::Archive* archive;
         pattern::AcquiredPtr<harbor6::Folder> target;

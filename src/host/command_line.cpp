@@ -46,7 +46,10 @@ void add_common(CLI::App& command, options& chosen) {
         .add_option("--encoding", chosen.encoding, "Code page of the names in archives, by its iconv name")
         ->type_name("NAME");
     command.add_option("--formats", chosen.formats, "Folder of format plug-ins")->type_name("DIR");
-    command.add_flag("-v,--verbose", chosen.verbose, "Print the name of each file");
+}
+
+void add_verbose(CLI::App& command, options& chosen) {
+    command.add_flag("-v,--verbose", chosen.verbose, "Print the name of each file when it is complete");
 }
 
 void finish_expand(parsed& from) {
@@ -84,10 +87,12 @@ void add_expand(CLI::App& program, parsed& into) {
         ->check(CLI::Range(1, 1000))
         ->type_name("N");
     command
-        .add_flag("!--no-limits", into.chosen.limited,
-                  "Let --nested expand archives to any size and number of items")
+        .add_flag_callback(
+            "--no-limits", [&into] { into.chosen.limited = false; },
+            "Let --nested expand archives to any size and number of items")
         ->needs(nesting);
     add_common(command, into.chosen);
+    add_verbose(command, into.chosen);
     command.callback([&into] { finish_expand(into); });
 }
 
@@ -98,6 +103,8 @@ void add_reading(CLI::App& program, options& chosen, const std::string& name, co
     add_common(command, chosen);
     if (meaning == options::command::list)
         command.add_flag("--json", chosen.json, "List as JSON");
+    else
+        add_verbose(command, chosen);
     command.callback([&chosen, meaning] { chosen.to_run = meaning; });
 }
 
@@ -113,8 +120,9 @@ std::variant<options, exit_status> parse_command_line(int count, char** argument
         return "harbor: " + nio::printable(error.what()) + "\nSee harbor --help.\n";
     });
     add_expand(program, all);
-    add_reading(program, chosen, "list", "List the files of archives", options::command::list);
-    add_reading(program, chosen, "test", "Read archives completely, and write nothing",
+    add_reading(program, chosen, "list", "List size, time and path of the files of archives",
+                options::command::list);
+    add_reading(program, chosen, "test", "Read archives completely, test checksums and names, write nothing",
                 options::command::test);
     auto& formats = *program.add_subcommand("formats", "List the available formats");
     formats.add_option("--formats", chosen.formats, "Folder of format plug-ins")->type_name("DIR");

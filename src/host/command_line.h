@@ -8,7 +8,7 @@
 
 namespace host {
 
-/// What happens where a file of that name exists. Client::mayTakeName carries it out.
+/// What happens where a file of that name exists.
 enum class clash_policy {
     refuse,    ///< the existing file stays, which is an error
     keep,      ///< the existing file stays

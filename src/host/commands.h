@@ -16,7 +16,7 @@ struct command_context {
     Client& client;
     harbor6::Format& plain_format; ///< the format of items outside any archive
     report& log;
-    harbor6::ScratchSpace* scratch = nullptr; ///< of the archives' item trees; null: the usual one
+    harbor6::ScratchSpace* scratch = nullptr; ///< of the archives' item trees; null: ScratchSpace::standard()
 };
 
 /// Loads the formats and runs the command that `chosen` names.

@@ -50,7 +50,7 @@ bool extract_archive(command_context& context, const std::string& path, harbor6:
     auto& classifier = context.formats.classifier;
     AcquiredPtr<SourceFile> file;
     std::string failure;
-    bool in_data = false; ///< a file's data ended with it
+    bool in_data = false; ///< the failure is in a file's data
     try {
         auto source = path == "-" ? open_standard_input() : open_input(path);
         file = new SourceFile(context.plain_format, nio::leaf(path, '/'),
@@ -76,7 +76,14 @@ bool extract_archive(command_context& context, const std::string& path, harbor6:
         }
         archive->close();
         return true;
+    } catch (const fs::Exception&) {
+        // The disk is at fault, however far the archive was read.
+        log.archive_error(failure_text(std::current_exception()));
+        return false;
     } catch (const format::exception&) {
+        failure = failure_text(std::current_exception());
+        in_data = true;
+    } catch (const basic::algorithm_exception&) {
         failure = failure_text(std::current_exception());
         in_data = true;
     } catch (...) {

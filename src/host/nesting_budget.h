@@ -6,7 +6,8 @@ namespace host {
 
 /// How many items and bytes the archives inside an archive may expand to, all levels together, in relation to
 /// the bytes that were read for the outermost one. A few kilobytes can hold archives that double their
-/// content at each level; no sound archive comes near these limits. Copies count on their own. One thread.
+/// content at each level; no sound archive comes near these limits. Each copy of an archive counts. One
+/// thread.
 class nesting_budget {
 public:
     static constexpr std::uint64_t bytes_per_byte = 2000; ///< no known format compresses one level better

@@ -108,14 +108,16 @@ std::optional<top_item> only_item_in(command_context& context, const std::string
         if (!found)
             return std::nullopt;
         const AcquiredPtr<HeadFolder> top(new HeadFolder(head, true));
-        found->options.longest_path = TargetFolder::longest_path;
+        found->options = Client::archiveOptions();
         found->open(harbor6::Archive::mode_read);
+        context.client.accepts_all = true;
         found->addContentTo(*top, nullptr);
     } catch (const enough_read&) {
-        return head.only;
+        // All that matters here is known.
     } catch (...) {
-        return std::nullopt; // the expansion reports it
+        head.only.reset(); // the expansion reports it
     }
+    context.client.accepts_all = false;
     return head.only;
 }
 
@@ -142,10 +144,10 @@ std::optional<placement> place(command_context& context, const std::string& arch
         return placement{.folder = taken ? own_folder + ".contents" : own_folder};
     }
     if (only->is_folder && only->name == own_folder)
-        return placement{.folder = ".", .follows_links = true, .only_item = only->name};
+        return placement{.folder = ".", .follows_links = true};
     switch (current.look_up({}, only->name)) {
     case entry_kind::none:
-        return placement{.folder = ".", .follows_links = true, .only_item = only->name, .may_replace = false};
+        return placement{.folder = ".", .follows_links = true, .may_replace = false};
     case entry_kind::file:
         if (chosen.policy == clash_policy::keep) {
             context.log.skipped(only->name, "kept");

@@ -9,11 +9,9 @@ namespace host {
 
 /// Where the content of an archive goes.
 struct placement {
-    std::string folder;         ///< the top of the target
-    bool follows_links = false; ///< the top may be a symbolic link: the user named it
-    /// The only item at the archive's top, which gets no folder around it: `folder` is the current one, and
-    /// the item doesn't exist there. Empty otherwise.
-    std::string only_item{};
+    std::string folder; ///< the top of the target
+    bool follows_links =
+        false; ///< the top may be a symbolic link, as the user named it or it is the current folder
     bool may_replace = true; ///< as the user asked; false: nothing is replaced, whatever the user asked
 };
 

@@ -104,7 +104,7 @@ public:
     void sourceArchive(Archive& outer);
 
     using Item::archive;
-    /// An archive lies in itself.
+    /// Returns this archive.
     Archive* archive() override;
     void destroy() override;
     const Format& format() const override;

@@ -55,7 +55,7 @@ TEST(Classifier, ConfirmsASoundCabinetThatBeginsItsSet) {
 }
 
 TEST(CabFormat, MakesARecogniserWithTheNumbersOfTheFormat) {
-    const auto made = harbor6::cab::Format(nullptr)._newClassifier();
+    const std::unique_ptr<format::classifier> made(harbor6::cab::Format(nullptr)._newClassifier());
     EXPECT_EQ(std::tuple(made->format_number, made->identifier, made->default_result()),
               std::tuple(35u, 2001u, 0u));
 }
