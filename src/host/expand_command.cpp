@@ -11,10 +11,10 @@ namespace host {
 
 namespace {
 
-/// The nearest existing folder around `path`.
+/// The folder `path`, or the nearest existing one around it.
 std::string folder_around(const std::string& path) {
     std::error_code error;
-    auto folder = std::filesystem::absolute(path, error).parent_path();
+    auto folder = std::filesystem::absolute(path, error);
     while (folder.has_relative_path() && !std::filesystem::is_directory(folder, error))
         folder = folder.parent_path();
     return folder.string();

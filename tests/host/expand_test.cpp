@@ -231,6 +231,15 @@ TEST_F(Expand, ExpandsArchivesInsideArchives) {
               "harbor: -: cut.cab: kept as a file: cut short: the input ends at byte 120\n");
     EXPECT_EQ(tree(place / "t"), "3.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
 
+    // A file that gets fewer bytes than stated is missing, in whichever archive it is.
+    cabinet lacking;
+    lacking.folder(support::stored).file({.name = "s", .size = 10}).block({.payload = "five5"});
+    save(cabinet().file("in.cab", lacking.bytes()).file("w", "whole"), "y.cab");
+    EXPECT_EQ(run("expand --nested y.cab -C v"), failed("harbor: y.cab: in/s: no data arrived\n"));
+    save(lacking, "z.cab");
+    EXPECT_EQ(run("expand --nested z.cab -C v"), failed("harbor: z.cab: s: no data arrived\n"));
+    EXPECT_EQ(tree(place / "v"), "in/ w ");
+
     // Existing files block both the content of an archive and the archive itself.
     std::filesystem::create_directory(place / "u");
     write_file(place / "u/1", "");

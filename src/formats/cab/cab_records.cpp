@@ -163,6 +163,9 @@ std::uint32_t file_header::read(stream::input& input, bool /*verify*/) {
 
     // Only after decoding: in some code pages the second byte of a letter is a backslash.
     name_shortened = !read_name(input, texts, name);
+    // It stays too long, however short the part that was kept is once it is decoded.
+    if (name_shortened && name.size() < texts.longest)
+        name.resize(texts.longest, '?');
     std::replace(name.begin(), name.end(), '\\', '/');
     return static_cast<std::uint32_t>(input.tell() - input.mark);
 }

@@ -63,7 +63,7 @@ EntryFolder* Archive::walkRoot() const {
             throw;
         }
     }
-    return walk->shell() ? nullptr : &walk->root();
+    return walk->building() ? nullptr : &walk->root();
 }
 
 std::unique_ptr<pattern::Iterator<Item*>> Archive::createIterator() {
@@ -213,8 +213,7 @@ Format& Archive::format() {
 }
 
 HarborShell& Archive::shell() const {
-    HarborShell* const scanning = walk ? walk->shell() : nullptr;
-    return scanning ? *scanning : Item::shell();
+    return walk && walk->building() ? walk->shell() : Item::shell();
 }
 
 bool Archive::modifiable(const std::string& key) {

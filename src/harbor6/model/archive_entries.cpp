@@ -2,6 +2,7 @@
 
 #include "harbor6/groundwork/platform.h"
 #include "harbor6/model/container.h"
+#include "harbor6/stream/multi_output.h"
 #include "harbor6/stream/random.h"
 
 #include <algorithm>
@@ -28,7 +29,7 @@ public:
         return true;
     }
     std::uint64_t size() const override { return length; }
-    /// A reader that pushes bytes back after a read that came short has hit the end inside a record: an
+    /// Pushing back after a read that returned too few bytes means that a record is incomplete: an
     /// archive in this entry is cut short.
     void unread(const char* bytes, unsigned count) override {
         if (came_short)
@@ -59,10 +60,10 @@ private:
 };
 
 /// Appends an entry's bytes to those of the walk. One is open at a time.
-class EntryOutput : public stream::output {
+class EntryOutput : public stream::output, public stream::segment_listener {
 public:
-    EntryOutput(std::shared_ptr<WalkState> shared, std::uint64_t& growing)
-        : state(std::move(shared)), length(growing) {}
+    EntryOutput(std::shared_ptr<WalkState> shared, std::uint64_t& growing, std::uint64_t& stated)
+        : state(std::move(shared)), length(growing), expected(stated) {}
 
     using stream::output::write;
 
@@ -72,10 +73,12 @@ public:
     }
     void write(char byte) override { write(&byte, 1); }
     std::uint64_t tell() const override { return length; }
+    void segment_begins(std::uint64_t size) override { expected = size; }
 
 private:
     std::shared_ptr<WalkState> state;
     std::uint64_t& length;
+    std::uint64_t& expected;
 };
 
 } // namespace
@@ -246,7 +249,7 @@ Attributes::Index* WalkEntry::newIndex() const {
     return asFolder() ? &state->folder_keys : &state->file_keys;
 }
 
-EntryFork::EntryFork(File* file, const EntryFile& owning) : SimpleFork(file), entry(owning) {}
+EntryFork::EntryFork(const EntryFile& owning) : SimpleFork(nullptr), entry(owning) {}
 
 EntryFork::~EntryFork() = default;
 
@@ -264,16 +267,17 @@ data::CountedOutput EntryFork::output(bool /*expanding*/) {
         return {};
     offset = entry.state->bytes.size();
     length = 0;
-    return data::CountedOutput(new EntryOutput(entry.state, length));
+    return data::CountedOutput(new EntryOutput(entry.state, length, expected));
 }
 
-EntryFile::EntryFile(std::shared_ptr<WalkState> shared)
-    : WalkEntry(std::move(shared)), OneForkFile(static_cast<File*>(this), *this) {}
+EntryFile::EntryFile(std::shared_ptr<WalkState> shared) : WalkEntry(std::move(shared)), OneForkFile(*this) {
+    fork.setOwner(*this);
+}
 
 EntryFile::~EntryFile() = default;
 
 void EntryFile::itemCommitted() {
-    fork.complete = true;
+    fork.complete = fork.expected == EntryFork::unknown || fork.length == fork.expected;
 }
 
 bool EntryFile::hasInteger(const std::string& key) const {

@@ -87,19 +87,24 @@ private:
 
 class EntryFile;
 
-/// The fork of an entry: a range of the walk's bytes. It has an input once all of them are there, and an
-/// output only while the walk is built.
+/// The fork of an entry: a range of the walk's bytes. It has an input once the file was committed with all
+/// its bytes, and an output only while the walk is built.
 class EntryFork : public SimpleFork {
 public:
-    EntryFork(File* file, const EntryFile& entry);
+    explicit EntryFork(const EntryFile& entry);
     ~EntryFork() override;
 
     data::CountedInput input(bool expanding) const override;
     data::random::CountedInput randomInput(bool expanding, bool shared) const override;
     data::CountedOutput output(bool expanding) override;
 
-    bool complete = false; ///< all bytes are there
+    /// To be called once the file that contains the fork is constructed.
+    void setOwner(File& file) { owner = &file; }
+
+    bool complete = false; ///< the file was committed with all its bytes
     std::uint64_t length = 0;
+    static constexpr std::uint64_t unknown = ~std::uint64_t{0};
+    std::uint64_t expected = unknown; ///< the length that the archive states
 
 private:
     const EntryFile& entry;
@@ -124,7 +129,7 @@ private:
 /// A folder of an archive, or the root of its tree.
 class EntryFolder : public WalkEntry, public Folder {
 public:
-    /// Limit the recursion of those who walk the tree: a few bytes of an archive can describe any depth. A
+    /// Limit the recursion of code that walks the tree: a few bytes of an archive can describe any depth. A
     /// small stack lowers the limit, by what one level of a copy needs at most.
     static constexpr unsigned greatest_depth = 512;
     static constexpr unsigned stack_per_level = 1024;

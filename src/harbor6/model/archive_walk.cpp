@@ -19,8 +19,12 @@ EntryFolder& ArchiveWalk::root() const {
     return *tree;
 }
 
-HarborShell* ArchiveWalk::shell() {
-    return state->building ? &own_shell : nullptr;
+bool ArchiveWalk::building() const {
+    return state->building;
+}
+
+HarborShell& ArchiveWalk::shell() {
+    return own_shell;
 }
 
 } // namespace harbor6

@@ -17,9 +17,10 @@ public:
     /// Runs the archive's content pass. What it raises passes through, and the walk is unusable then.
     void build();
     EntryFolder& root() const;
-    /// The shell that the pass uses in place of the host's while it runs, whose client accepts everything;
-    /// null otherwise.
-    HarborShell* shell();
+    /// Whether the pass is running.
+    bool building() const;
+    /// The shell that the pass uses in place of the host's; its client accepts everything.
+    HarborShell& shell();
 
 private:
     Archive& archive;

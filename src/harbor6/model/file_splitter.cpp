@@ -60,7 +60,7 @@ void FileSplitter::openCurrent() {
     }
     if (Fork* const fork = file->target->getMainFork())
         current_output = fork->output(true);
-    attach(&*current_output);
+    attach(&*current_output); // a target without a main fork raises counted_ptr_null here
 }
 
 void FileSplitter::closeCurrent() {

@@ -87,7 +87,7 @@ void DiskFile::erase() {
         writer->discard();
         writer.reset();
         state = settled;
-    } else if (state != settled || made) {
+    } else if (state == existing || state == existing_other || made) {
         expansion.target.remove_file(folder(), name());
         made = false;
     }

@@ -69,8 +69,9 @@ public:
     void sync_folders();
 
     bool syncs = false; ///< what is written is to survive a crash of the machine
-    /// Files can be made without a name. Cleared once the file system refuses that.
+    /// Files can be made without a name and linked later. Cleared if the file system refuses that.
     bool unnamed_files = true;
+    bool unnamed_files_tested = false; ///< one was linked
 
 private:
     using handle = std::shared_ptr<const file_descriptor>;

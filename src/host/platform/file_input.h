@@ -55,7 +55,7 @@ private:
     bool regular = false;
     bool short_read = false;
     std::uint64_t origin = 0; ///< file offset of the stream's place 0
-    std::uint64_t begun = 0;  ///< place at which the ring was last started
+    std::uint64_t begun = 0;  ///< place at which the ring was last emptied
     std::uint64_t filled = 0; ///< first place not read into the ring yet
     std::uint64_t place = 0;  ///< next byte to deliver, `oldest()` to `filled`
 };

@@ -33,18 +33,31 @@ file_writer::file_writer(directory_tree& target, std::string folder_to, std::str
         make_temporary();
 }
 
-/// Returns false if the file system has no files without a name.
+/// Returns false if the file system has no files without a name, or can't give them one.
 bool file_writer::make_unnamed() {
-    static const bool can_be_linked = access("/proc/self/fd", X_OK) == 0;
-    if (!tree.unnamed_files || !can_be_linked)
+    const auto open_unnamed = [this] {
+        return file_descriptor(openat(folder->get(), ".", write_flags | O_TMPFILE, 0666));
+    };
+    if (!tree.unnamed_files)
         return false;
-    file = file_descriptor(openat(folder->get(), ".", write_flags | O_TMPFILE, 0666));
-    if (file)
-        return true;
-    if (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)
+    file = open_unnamed();
+    if (!file && errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL && errno != ENOSYS)
         throw_system_error("create", path(), errno);
-    tree.unnamed_files = false;
-    return false;
+    if (file && !tree.unnamed_files_tested) {
+        // A file that had a name and lost it can't get another, so the first one only serves the test.
+        const temporary_name::step one_step;
+        const auto name_to_test = new_temporary_name();
+        if (linkat(AT_FDCWD, link_to(file).c_str(), folder->get(), name_to_test.c_str(), AT_SYMLINK_FOLLOW) ==
+            0) {
+            unlinkat(folder->get(), name_to_test.c_str(), 0);
+            file = open_unnamed();
+        } else {
+            file = file_descriptor();
+        }
+        tree.unnamed_files_tested = true;
+    }
+    tree.unnamed_files = static_cast<bool>(file);
+    return tree.unnamed_files;
 }
 
 void file_writer::make_temporary() {
@@ -192,6 +205,21 @@ void file_writer::name_temporarily() {
     temporary.set(chosen);
 }
 
+/// Where neither a rename that replaces nothing nor a link exists: an empty file takes the name first.
+bool file_writer::reserve_and_rename() {
+    const int to = folder->get();
+    const file_descriptor reserved(
+        openat(to, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (!reserved)
+        return false;
+    if (renameat(to, temporary.c_str(), to, name.c_str()) == 0)
+        return true;
+    const int error = errno;
+    unlinkat(to, name.c_str(), 0);
+    errno = error;
+    return false;
+}
+
 /// Puts the file under its name if nothing else has it; errno tells why not. Within a step.
 bool file_writer::try_to_place() {
     const int to = folder->get();
@@ -204,6 +232,8 @@ bool file_writer::try_to_place() {
         in_place = linkat(to, temporary.c_str(), to, name.c_str(), 0) == 0;
         if (in_place)
             unlinkat(to, temporary.c_str(), 0);
+        else if (errno != EEXIST)
+            in_place = reserve_and_rename();
     }
     if (in_place)
         temporary.clear();

@@ -59,6 +59,7 @@ private:
     void close();
     void name_temporarily();
     bool try_to_place();
+    bool reserve_and_rename();
     void place();
     void place_by_replacing();
 

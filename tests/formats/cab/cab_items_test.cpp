@@ -16,6 +16,10 @@ TEST(CabItems, HaveTheirRecordsNameTimeAndDetails) {
     EXPECT_TRUE(file->hasString("name") && file->string("name") == "c.txt" && !file->hasString("comment"));
     EXPECT_TRUE(file->hasTime("modTime") && fs::time(file->time("modTime")).month == 2);
     EXPECT_TRUE(folder->hasString("name") && folder->string("name") == "b" && !folder->hasString("comment"));
+    EXPECT_EQ(pattern::AcquiredPtr<harbor6::Folder>(folder->acquireParent()).get(), archive);
+    for (const auto* key : {"name", "modTime", "createTime"})
+        EXPECT_FALSE(file->modifiable(key) || folder->modifiable(key) || file->setString(key, "x")) << key;
+    EXPECT_TRUE(!file->hasTime("createTime") && !file->exists() && !file->getMainFork()->input(true));
     EXPECT_TRUE(folder->hasInteger("numItems") && !file->hasInteger("numItems"));
 
     archive->options.item_details = true;
