@@ -225,7 +225,7 @@ TEST(LzxDecompressor, TakesTreesOfEveryShape) {
     // codes far more follow each other than usual.
     for (const unsigned bits : {1u, 2u, 5u, 9u}) {
         support::numbers random(9);
-        auto& each = cases.emplace_back("codes of one length, " + std::to_string(bits));
+        auto& each = cases.emplace_back(tree_case{"codes of length " + std::to_string(bits), {}, {}});
         for (unsigned i = 0; i < 30000; ++i)
             each.tokens.push_back({1, random() % std::min(1u << bits, 256u)});
         each.shape.main_lengths.resize(512);
