@@ -3,7 +3,7 @@
 namespace host {
 
 /// Keeps some memory back for messages. The first allocation that fails releases it and raises
-/// std::bad_alloc, so that whoever catches that has memory to report it with. One object per process, made in
+/// std::bad_alloc, so that the handler has memory to report it. One object per process, made in
 /// main().
 class memory_reserve {
 public:

@@ -36,7 +36,7 @@ inline constexpr unsigned zeros_run = 17;      ///< 4 bits follow, of a run of 4
 inline constexpr unsigned long_zeros_run = 18; ///< 5 bits follow, of a run of 20 or more zeros
 inline constexpr unsigned same_run = 19;       ///< 1 bit, of a run of 4 or 5, and the change follow
 
-/// Footer bits of an offset that an aligned offset symbol stands for, if the slot has so many.
+/// Footer bits of an offset that an aligned offset symbol replaces, if the slot has so many.
 inline constexpr unsigned aligned_footer_bits = 3;
 
 /// The most footer bits that a position slot has.

@@ -12,9 +12,9 @@ namespace algorithm::lzx {
 // needs no branch to tell them apart.
 //
 //   bits  0-7   literal: the byte           match: length of the code
-//         8-13  length of code and footer, less the footer bits that an aligned offset symbol stands for; an
+//         8-13  length of code and footer, less the footer bits that an aligned offset symbol replaces; an
 //               entry with bits 8-15 all 0 is special, see below
-//        14     an aligned offset symbol follows and stands for the footer's last 3 bits
+//        14     an aligned offset symbol follows and replaces the last 3 bits of the footer
 //        16-21  match: slot
 //        22-30  match: length
 //        31     match

@@ -131,7 +131,7 @@ public:
         std::uint64_t longest_path = ~std::uint64_t{0};
     };
     Options options;
-    /// Where the item tree keeps the bytes of its entries; not owned. Null stands for the space of the
+    /// Where the item tree keeps the bytes of its entries; not owned. Null means the space of the
     /// archive around this one, or ScratchSpace::standard().
     ScratchSpace* scratch = nullptr;
 
