@@ -118,10 +118,10 @@ public:
 
     bool keepFailedTargets = false; ///< a file copied from here stays if the copy fails
 
-    /// What a host asks for beyond a plain expansion. Whoever drives the archive sets it after the archive
-    /// was made; with these values nothing differs from a plain expansion.
+    /// What a host asks for beyond a plain expansion. The host sets it before it opens the archive; the
+    /// defaults give a plain expansion.
     struct Options {
-        /// Follow the published format description where the plain rules are laxer or stricter.
+        /// A name that the end of the stream cuts is a failure, as the published format has it.
         bool published_rules = false;
         /// Items answer every attribute that their records hold, not only name and time.
         bool item_details = false;
