@@ -62,6 +62,14 @@ TEST_F(Program, RefusesAnOverlongPathAndContinues) {
                 tested.err.ends_with(": its path is too long\n"))
         << tested.err.substr(0, 200);
     EXPECT_EQ(std::count(tested.err.begin(), tested.err.end(), '\n'), 1);
+
+    // Short once it is decoded, but not all of the path.
+    std::string shifts = "a";
+    for (int i = 0; i < 2000; ++i)
+        shifts += "\x1b(B";
+    save(cabinet().file(shifts + "b", "1"));
+    EXPECT_EQ(run("expand x.cab -C t --encoding ISO-2022-JP").status, 1);
+    EXPECT_EQ(tree(place.path), "x.cab ");
 }
 
 TEST_F(Program, LimitsWhatInnerArchivesExpandTo) {

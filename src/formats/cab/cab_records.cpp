@@ -119,8 +119,8 @@ std::uint32_t archive_header::read(stream::input& input, bool verify) {
     // The checksum doesn't cover what follows.
     reserve = {};
     if (has_reserve) {
-        stream::little_endian_input inner(
-            input); // so that reading the sizes sets its mark, not that of `input`
+        // Reading the sizes sets the mark of this stream, not that of `input`.
+        stream::little_endian_input inner(input);
         reserve.present = true;
         reserve.value.read(inner, true);
         inner.skip(reserve.value.header_size);

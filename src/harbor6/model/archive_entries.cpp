@@ -81,15 +81,18 @@ private:
     std::uint64_t& expected;
 };
 
-} // namespace
-
-namespace {
-
 // Ids of keys that only the format knows, in the order of their first use in a walk.
 constexpr std::uint16_t first_free_id = 0x2000;
 constexpr std::uint16_t last_free_id = 0x2FFF;
 
 constexpr std::uint64_t stack_reserve = 24u << 10; ///< for what happens in the deepest folder
+
+/// Calls `use` with each class of structure that a value can have, until it returns true.
+template<class Use>
+bool anyStructure(Use use) {
+    return use(io::mac::file_info()) || use(io::mac::extended_file_info()) || use(io::mac::folder_info()) ||
+           use(io::mac::extended_folder_info());
+}
 
 } // namespace
 
@@ -201,17 +204,6 @@ bool WalkEntry::setInteger(const std::string& key, const std::int64_t& value) {
     return keep(key, value);
 }
 
-namespace {
-
-/// Calls `use` with each class of structure that a value can have, until it returns true.
-template<class Use>
-bool anyStructure(Use use) {
-    return use(io::mac::file_info()) || use(io::mac::extended_file_info()) || use(io::mac::folder_info()) ||
-           use(io::mac::extended_folder_info());
-}
-
-} // namespace
-
 bool WalkEntry::hasStructure(const std::string& key) const {
     return anyStructure([&](auto kind) { return find<decltype(kind)>(key) != nullptr; });
 }
@@ -267,6 +259,7 @@ data::CountedOutput EntryFork::output(bool /*expanding*/) {
         return {};
     offset = entry.state->bytes.size();
     length = 0;
+    expected = unknown;
     return data::CountedOutput(new EntryOutput(entry.state, length, expected));
 }
 
