@@ -1,0 +1,68 @@
+// Any bytes as an archive through the C interface: every call returns, entries arrive within the sizes that
+// were told, and what is read one by one is what one pass gives.
+
+#include "harbor6/c.h"
+
+#include <cstdlib>
+#include <map>
+#include <string>
+
+namespace {
+
+constexpr std::uint64_t most = 1u << 20;
+
+struct pass {
+    std::map<size_t, std::string> bytes;
+    std::map<size_t, bool> complete;
+    std::uint64_t total = 0;
+};
+
+int take(void* context, size_t entry, const void* bytes, size_t length) {
+    auto& all = *static_cast<pass*>(context);
+    all.total += length;
+    all.bytes[entry].append(static_cast<const char*>(bytes), length);
+    return all.total > most;
+}
+
+void end(void* context, size_t entry, int complete) {
+    static_cast<pass*>(context)->complete[entry] = complete != 0;
+}
+
+void compare(harbor6_archive* archive, size_t entry, const std::string& expected) {
+    harbor6_stream* stream = nullptr;
+    if (harbor6_open_entry(archive, entry, most, &stream) != HARBOR6_OK ||
+        harbor6_stream_size(stream) != expected.size())
+        std::abort();
+    std::string found(expected.size(), '\0');
+    if (harbor6_stream_read(stream, found.data(), found.size()) != static_cast<int64_t>(found.size()) ||
+        found != expected)
+        std::abort();
+    harbor6_stream_close(stream);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static harbor6_formats* const formats = [] {
+        auto* const made = harbor6_formats_new();
+        if (harbor6_formats_load(made, nullptr) != HARBOR6_OK)
+            std::abort();
+        return made;
+    }();
+    harbor6_archive* archive = nullptr;
+    harbor6_open_memory(formats, data, size, &archive);
+    pass all;
+    const harbor6_receiver receiver = {&all, nullptr, take, end};
+    harbor6_read(archive, &receiver);
+    unsigned compared = 0;
+    for (const auto& [entry, complete] : all.complete) {
+        if (entry >= harbor6_count(archive))
+            std::abort();
+        if (complete && ++compared < 5)
+            compare(archive, entry, all.bytes[entry]);
+    }
+    if (harbor6_error(archive) == nullptr)
+        std::abort();
+    harbor6_close(archive);
+    return 0;
+}
