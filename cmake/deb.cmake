@@ -1,0 +1,40 @@
+# Debian packages, one for each component: `cpack -G DEB` in a build tree whose prefix is /usr, as tools/deb makes it.
+set(CPACK_PACKAGE_VENDOR harbor)
+set(CPACK_PACKAGE_CONTACT "harbor developers <harbor@localhost>")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+                                                WORLD_READ WORLD_EXECUTE)
+set(CPACK_COMPONENTS_ALL runtime dev)
+if(HARBOR_PROGRAM)
+    list(APPEND CPACK_COMPONENTS_ALL program)
+endif()
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(library libharbor6-${PROJECT_VERSION_MAJOR})
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${library})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/deb/triggers)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "library for archive formats
+ With the format plug-ins, which read cabinets.")
+
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME libharbor6-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_DEV_DESCRIPTION "library for archive formats, development files
+ Headers, the CMake package and the pkg-config file.")
+
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME harbor)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${library} (>= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_PROGRAM_DESCRIPTION "opens cabinet files
+ Lists, tests and expands Microsoft Cabinet files.")
+
+include(CPack)
