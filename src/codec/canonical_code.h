@@ -12,8 +12,19 @@ struct canonical_code {
     /// Takes the code lengths of `count` symbols, none above `Longest`; 0 means that the symbol has no code.
     /// The lengths may describe a code that is incomplete or over-full.
     canonical_code(const std::uint8_t* lengths, unsigned count) {
-        for (unsigned symbol = 0; symbol < count; ++symbol)
+        // Equal lengths follow one another, and counting in one place would wait for the count before.
+        std::array<std::uint32_t, Longest + 1> others[3] = {};
+        unsigned symbol = 0;
+        for (; symbol + 4 <= count; symbol += 4) {
             ++symbols[lengths[symbol]];
+            for (unsigned i = 0; i < 3; ++i)
+                ++others[i][lengths[symbol + 1 + i]];
+        }
+        for (; symbol < count; ++symbol)
+            ++symbols[lengths[symbol]];
+        for (const auto& other : others)
+            for (unsigned length = 0; length <= Longest; ++length)
+                symbols[length] += other[length];
         for (unsigned length = 1; length <= Longest; ++length)
             end[length] = end[length - 1] + (symbols[length] << (Longest - length));
     }

@@ -1,10 +1,12 @@
 #include "host/client.h"
 
 #include "harbor6/groundwork/text.h"
+#include "harbor6/hosts/disk_file.h"
+#include "harbor6/hosts/disk_folder.h"
+#include "harbor6/hosts/tally.h"
 #include "harbor6/model/container.h"
-#include "host/disk/disk_file.h"
-#include "host/disk/disk_folder.h"
-#include "host/tally.h"
+#include "harbor6/model/path_walk.h"
+#include "host/platform/terminal.h"
 
 namespace host {
 
@@ -16,6 +18,18 @@ using pattern::AcquiredPtr;
 std::string path_in(const harbor6::Folder& folder, const std::string& name) {
     const auto* const target = dynamic_cast<const TargetFolder*>(&folder);
     return target ? target->pathOf(name) : name;
+}
+
+/// What patterns are compared with: the file's path as the archive has it, whatever the target makes of it.
+std::string path_in_archive(const harbor6::File& file, const std::string& path_in_target) {
+    const auto stored = file.string(harbor6::key::pathName);
+    if (stored.empty())
+        return path_in_target;
+    std::string path;
+    for (const std::string name : harbor6::split_path(nio::stem(stored, '/'), '/'))
+        if (!name.empty())
+            path += name + '/';
+    return path + file.string(harbor6::key::name);
 }
 
 void remove_if_empty(harbor6::Folder& parent, const std::string& name) {
@@ -61,9 +75,13 @@ void take_items(const harbor6::Container& content, nesting_budget& budget) {
 
 } // namespace
 
-harbor6::Archive::Options Client::archiveOptions() {
+harbor6::Archive::Options Client::archiveOptions() const {
     harbor6::Archive::Options options;
     options.published_rules = true;
+    options.item_details = true;
+    options.wanted_only = !wanted.everything();
+    options.records_only = head_only;
+    options.ignore_checksums = ignore_checksums;
     options.longest_path = TargetFolder::longest_path;
     return options;
 }
@@ -74,7 +92,11 @@ bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool
         return true;
     const auto name = file.string(harbor6::key::name);
     const auto path = path_in(target, name);
-    if (!wanted.wants(path))
+    if (!wanted.everything() && !wanted.wants(path_in_archive(file, path)))
+        return false;
+    if (announce)
+        announce(file, target, path);
+    if (head_only)
         return false;
     auto* const folder = dynamic_cast<TargetFolder*>(&target);
     const auto reason = path.size() >= TargetFolder::longest_path ? "its path is too long"
@@ -172,14 +194,85 @@ void Client::sourceArchiveFailed(harbor6::Archive& archive, const std::exception
     }
 }
 
-/// Whether what is called `name` may be stored in `parent`, where `existing` has that name; it may get
-/// another name. When `moving`, an archive's only item is to leave
-/// the folder made for the archive, and stays there otherwise.
-bool Client::mayTakeName(std::string& name, const harbor6::Item& existing, DiskFolder& parent, bool moving) {
+bool Client::sourceArchiveDamaged(harbor6::Archive& /*archive*/, const std::exception_ptr& failure) {
+    if (accepts_all)
+        return false;
+    const auto text = failure_text(failure);
+    try {
+        std::rethrow_exception(failure);
+    } catch (const format::exception&) {
+        log.data_error(text);
+    } catch (const basic::algorithm_exception&) {
+        log.data_error(text);
+    } catch (...) {
+        log.archive_error(text);
+    }
+    return true;
+}
+
+void Client::itemFailed(std::uint32_t /*code*/, const harbor6::Item& /*source*/, harbor6::Item& target) {
+    const auto* const file = dynamic_cast<const TargetFile*>(&target);
+    log.refused(file ? file->path() : target.string(harbor6::key::name),
+                "a checksum over its data is wrong; it is kept");
+}
+
+void Client::promotionFailed(harbor6::Folder& folder, const std::exception_ptr& failure) {
+    const auto* const made = dynamic_cast<const TargetFolder*>(&folder);
+    log.refused(made ? made->path() : folder.string(harbor6::key::name),
+                "its only item could not replace it: " + failure_text(failure));
+}
+
+/// What the user wants for the file `path`, which exists. Raises un::exception if the user wants to stop.
+clash_policy Client::askUser(const std::string& path) {
+    const auto question =
+        nio::printable(path) + " exists. Replace it? (y)es, (n)o, (a)ll, n(o)ne, (r)ename, (q)uit: ";
+    while (const auto line = ask_on_terminal(question)) {
+        switch (line->empty() ? '\0' : line->front()) {
+        case 'y':
+            return clash_policy::always;
+        case 'n':
+            return clash_policy::never;
+        case 'r':
+            return clash_policy::rename;
+        case 'a':
+            return policy = clash_policy::always;
+        case 'o':
+            return policy = clash_policy::never;
+        case 'q':
+            stopped = true;
+            throw un::exception("stopped, as you wished", "host::Client");
+        default:
+            break;
+        }
+    }
+    may_ask = false;
+    return clash_policy::ask;
+}
+
+/// Gives the new file a name that is free in `parent`.
+void Client::rename(std::string& name, const DiskFolder& parent) {
+    auto& number = last_numbers.try_emplace(parent.pathOf(name), 1).first->second;
+    std::string free;
+    do
+        free = numbered_name(name, ++number);
+    while (parent.hasItemNamed(free));
+    log.renamed(parent.pathOf(name), parent.pathOf(free));
+    name = free;
+}
+
+/// Whether what `model` describes may be stored as `name` in `parent`, where `existing` has that name; it may
+/// get another name. When `moving`, an archive's only item is to leave the folder made for the archive, and
+/// stays there otherwise.
+bool Client::mayTakeName(std::string& name, const harbor6::Item& existing, const harbor6::Attributes& model,
+                         DiskFolder& parent, bool moving) {
     const auto path = parent.pathOf(name);
     const std::string stays = moving ? "; the new one stays in the folder made for it" : "";
     const auto* const file = dynamic_cast<const DiskFile*>(&existing);
     const bool replaceable = file && file->isRegular();
+    if (policy == clash_policy::rename && !moving) {
+        rename(name, parent);
+        return true;
+    }
     if (file && file->isOfThisExpansion()) {
         log.refused(path, "another file of the archive has that name" + stays);
         return false;
@@ -187,21 +280,28 @@ bool Client::mayTakeName(std::string& name, const harbor6::Item& existing, DiskF
     std::string reason = existing.asFolder() ? "a folder of that name exists"
                          : replaceable       ? "exists already"
                                              : "a link or device of that name exists";
-    switch (policy) {
-    case clash_policy::keep:
+    const bool keeps_all = policy == clash_policy::never || policy == clash_policy::rename;
+    auto chosen = may_replace || keeps_all ? policy : clash_policy::ask;
+    any::time time;
+    if (chosen == clash_policy::ask && replaceable && !moving && may_ask && may_replace)
+        chosen = askUser(path);
+    if (chosen == clash_policy::newer && replaceable)
+        chosen = model.getTime(harbor6::key::modTime, time) && file->isOlderThan(time) ? clash_policy::always
+                                                                                       : clash_policy::never;
+    if (chosen == clash_policy::rename && !moving) {
+        rename(name, parent);
+        return true;
+    }
+    if (chosen == clash_policy::never) {
         log.skipped(path, moving ? reason + stays : "kept");
         return false;
-    case clash_policy::refuse:
-        if (replaceable && !moving)
-            reason += " (--overwrite replaces, --keep keeps such files)";
-        break;
-    case clash_policy::overwrite:
-        if (replaceable) {
-            parent.replaceNext(name);
-            return true;
-        }
-        break;
     }
+    if (chosen == clash_policy::always && replaceable) {
+        parent.replaceNext(name);
+        return true;
+    }
+    if (replaceable && !moving)
+        reason += " (--overwrite says what to do then)";
     log.refused(path, reason + stays);
     return false;
 }
@@ -215,8 +315,12 @@ bool Client::targetNameConflict(std::string& name, harbor6::Item& existing, bool
         return false;
     const auto* const source = dynamic_cast<const harbor6::Item*>(&model);
     if (moving || !source || !source->asFolder())
-        return mayTakeName(name, existing, *folder, moving);
-    if (!existing.asFolder())
+        return mayTakeName(name, existing, model, *folder, moving);
+    if (folder->leavesOutFolders())
+        name.clear(); // whatever has that name, this folder isn't made
+    else if (!existing.asFolder() && policy == clash_policy::rename)
+        name = folder->freeFolderName(name);
+    else if (!existing.asFolder())
         *target = folder->makeUnusable(name, "it is not a folder");
     return true;
 }

@@ -8,6 +8,8 @@
 #include "host/report.h"
 #include "host/selection.h"
 
+#include <functional>
+#include <map>
 #include <vector>
 
 namespace host {
@@ -21,17 +23,28 @@ public:
     explicit Client(report& reports) : log(reports) {}
 
     selection wanted;
-    clash_policy policy = clash_policy::refuse;
+    clash_policy policy = clash_policy::ask;
+    bool may_replace = true; ///< false: nothing is replaced, whatever the policy
+    bool may_ask = true;  ///< with clash_policy::ask; without, or without a terminal, the existing file stays
+    bool stopped = false; ///< the user answered that the program is to end
     /// Archives inside archives are expanded down to this depth; with 0 they are plain files.
     unsigned depth = 0;
     /// What archives inside the outermost one being expanded may still use.
     nesting_budget budget;
 
+    /// Data whose checksum is wrong is kept.
+    bool ignore_checksums = false;
     /// A pass runs that keeps nothing: every file is accepted, and none is reported.
     bool accepts_all = false;
 
+    /// Called with each wanted file, the folder that it would go into and its path there, before anything is
+    /// decided about it.
+    std::function<void(const harbor6::File& file, harbor6::Folder& target, const std::string& path)> announce;
+    /// No file's data is wanted: what archives say in their heads is enough.
+    bool head_only = false;
+
     /// How the program reads every archive.
-    static harbor6::Archive::Options archiveOptions();
+    harbor6::Archive::Options archiveOptions() const;
 
     bool sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
                     const harbor6::Format** format) override;
@@ -42,13 +55,22 @@ public:
                             const harbor6::Attributes& model,
                             pattern::AcquiredPtr<harbor6::Folder>* target) override;
     void sourceArchiveFailed(harbor6::Archive& archive, const std::exception_ptr& failure) override;
+    /// Reports the damage, and has the pass go on.
+    bool sourceArchiveDamaged(harbor6::Archive& archive, const std::exception_ptr& failure) override;
+    /// Reports data that may be wrong.
+    void itemFailed(std::uint32_t code, const harbor6::Item& source, harbor6::Item& target) override;
+    void promotionFailed(harbor6::Folder& folder, const std::exception_ptr& failure) override;
 
 private:
-    bool mayTakeName(std::string& name, const harbor6::Item& existing, DiskFolder& parent, bool moving);
+    bool mayTakeName(std::string& name, const harbor6::Item& existing, const harbor6::Attributes& model,
+                     DiskFolder& parent, bool moving);
+    clash_policy askUser(const std::string& path);
+    void rename(std::string& name, const DiskFolder& parent);
     void openWithinBudget(harbor6::Archive& archive, harbor6::Folder& target);
     bool isInnermost(const harbor6::Archive& archive) const;
 
     report& log;
+    std::map<std::string, unsigned> last_numbers; ///< of renamed files, by the paths that they had
     struct inner_archive {
         const harbor6::Archive* archive;
         pattern::AcquiredPtr<harbor6::Folder> target;

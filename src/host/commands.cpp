@@ -3,28 +3,92 @@
 #include "harbor6/groundwork/text.h"
 #include "harbor6/model/format.h"
 #include "host/extraction.h"
+#include "host/platform/sandbox.h"
+#include "host/platform/terminal.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <string_view>
 
 namespace host {
 
 namespace {
 
-/// The format of items outside any archive.
-class PlainFormat : public harbor6::Format {
-public:
-    using harbor6::Format::Format;
+/// Loads the plug-ins of `wanted`, if it is given, and the standard ones.
+void load_formats(Registry& formats, const std::string& wanted, report& log) {
+    auto folders = Registry::standard_folders();
+    if (!wanted.empty())
+        folders.insert(folders.begin(), wanted);
+    for (const auto& folder : folders)
+        for (const auto& complaint : formats.load(folder))
+            log.error(complaint);
+}
 
-    bool isFileSystem() const override { return true; }
-};
+bool colored(color_choice when, bool on_terminal) {
+    const auto* const refused = std::getenv("NO_COLOR");
+    const auto* const terminal = std::getenv("TERM");
+    const bool useful =
+        on_terminal && !(refused && *refused) && !(terminal && std::string_view(terminal) == "dumb");
+    return when == color_choice::always || (when == color_choice::automatic && useful);
+}
+
+report::style style_for(const options& chosen) {
+    const bool lists = chosen.to_run == options::command::list;
+    return {.quiet = chosen.quiet,
+            .verbose = chosen.verbose && !lists,
+            .json = chosen.json,
+            .progress = !chosen.quiet && !lists && errors_on_terminal(),
+            .color_output = colored(chosen.color, output_on_terminal()),
+            .color_errors = colored(chosen.color, errors_on_terminal()),
+            .file_objects = chosen.json && !lists && !chosen.sha256};
+}
+
+/// The folder in which `path` is, as far as its text tells.
+std::string folder_of(const std::string& path) {
+    const auto folder = std::filesystem::path(path).parent_path().string();
+    return folder.empty() ? "." : folder;
+}
+
+/// What reading the archives and writing below the target takes; the formats are loaded already.
+reachable_paths paths_for(const options& chosen) {
+    // Modules for code pages, the time zone, the number of processors, and the terminal for questions.
+    reachable_paths paths;
+    paths.readable = {"/usr", "/lib", "/etc/localtime", "/proc/self/cgroup", "/sys/fs/cgroup"};
+    paths.writable = {"/dev/tty"};
+    for (const auto& archive : chosen.archives) {
+        paths.readable.push_back(archive);
+        paths.readable.push_back(folder_of(archive)); // of a set of archives the others are beside it
+    }
+    if (chosen.to_run != options::command::expand)
+        return paths;
+    const auto top = folder_around(chosen.target.empty() ? "." : chosen.target);
+    paths.writable.push_back(top);
+    paths.listable = {folder_of(top)}; // --sync opens the folder above
+    if (const char* const scratch = std::getenv("TMPDIR"); chosen.nested && scratch)
+        paths.writable.emplace_back(scratch);
+    return paths;
+}
 
 } // namespace
 
+std::string folder_around(const std::string& path) {
+    std::error_code error;
+    auto folder = std::filesystem::absolute(path, error);
+    while (folder.has_relative_path() && !std::filesystem::is_directory(folder, error))
+        folder = folder.parent_path();
+    return folder.string();
+}
+
 exit_status run(const options& chosen) {
     console out;
-    report log(out, chosen.verbose);
+    report log(out, style_for(chosen));
     Client client(log);
-    format_registry formats(client);
-    PlainFormat plain_format(&formats.shell);
-    command_context context{chosen, formats, client, plain_format, log};
+    Registry formats(client);
+    VolumeFinder volumes(chosen.archives);
+    command_context context{chosen, formats, client, formats.plain, log, volumes};
+    client.ignore_checksums = chosen.ignore_checksums;
+    client.wanted = {pattern_set(chosen.only, chosen.ignore_case),
+                     pattern_set(chosen.exclude, chosen.ignore_case)};
     try {
         nio::set_code_page(chosen.encoding);
     } catch (const un::exception& failure) {
@@ -32,7 +96,11 @@ exit_status run(const options& chosen) {
         return exit_status::usage;
     }
     try {
-        formats.load(chosen.formats, log);
+        load_formats(formats, chosen.formats, log);
+        if (chosen.confined)
+            confine(paths_for(chosen));
+        if (chosen.confined && chosen.archives.size() == 1)
+            confine_to_itself();
         switch (chosen.to_run) {
         case options::command::expand:
             expand(context);
@@ -42,6 +110,9 @@ exit_status run(const options& chosen) {
             break;
         case options::command::test:
             test(context);
+            break;
+        case options::command::find:
+            find(context);
             break;
         case options::command::formats:
             show_formats(context);
@@ -70,20 +141,9 @@ void show_formats(command_context& context) {
     }
 }
 
-void test(command_context& context) {
-    for (const auto& archive : context.chosen.archives) {
-        context.log.begin_archive(archive);
-        tally counts{context.plain_format, context.log};
-        counts.check_names = true;
-        tally_archive(context, archive, counts);
-        if (context.log.end_archive())
-            context.log.out.print(nio::printable(archive) + ": OK\n");
-    }
-}
-
-void tally_archive(command_context& context, const std::string& path, tally& counts) {
+void tally_archive(command_context& context, const archive_source& archive, tally& counts) {
     const pattern::AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
-    extract_archive(context, path, *top);
+    extract_archive(context, archive, *top);
 }
 
 } // namespace host

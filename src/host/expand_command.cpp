@@ -1,63 +1,124 @@
 #include "harbor6/groundwork/text.h"
+#include "harbor6/hosts/disk_folder.h"
+#include "harbor6/posix/temporary_files.h"
 #include "host/commands.h"
-#include "host/disk/disk_folder.h"
 #include "host/extraction.h"
 #include "host/placement.h"
-#include "host/platform/temporary_files.h"
+#include "host/platform/process.h"
 
-#include <filesystem>
+#include <utility>
 
 namespace host {
 
 namespace {
 
-/// The folder `path`, or the nearest existing one around it.
-std::string folder_around(const std::string& path) {
-    std::error_code error;
-    auto folder = std::filesystem::absolute(path, error);
-    while (folder.has_relative_path() && !std::filesystem::is_directory(folder, error))
-        folder = folder.parent_path();
-    return folder.string();
+/// "expanded 12 files, 3.4 MB, into x/".
+void print_closing_line(const options& chosen, report& log, const std::string& folder) {
+    if (chosen.quiet || chosen.json)
+        return;
+    const auto& sums = log.archive_totals();
+    std::string line = chosen.dry_run ? "would expand " : "expanded ";
+    line += counted(sums.files, "file") + ", " + human_size(sums.bytes) + ", into " +
+            nio::printable(folder == "." ? "the current folder" : folder + '/');
+    if (sums.skipped > 0)
+        line += ", kept " + counted(sums.skipped, "existing file");
+    log.out.print(line + '\n');
 }
 
-void expand_one(command_context& context, const std::string& archive) {
+/// What becomes of the names, times and attributes of files.
+void apply_options(const options& chosen, directory_tree& target, expansion_state& expansion) {
+    target.syncs = chosen.sync;
+    target.keeps_unfinished = chosen.keep_broken;
+    expansion.leave_out = chosen.flat ? ~0u : chosen.strip;
+    if (chosen.lower)
+        expansion.change_name = [](const std::string& name) { return lower_case(name); };
+    expansion.renames_folders = chosen.policy == clash_policy::rename;
+    expansion.keeps_times = chosen.times;
+    expansion.keeps_attributes = chosen.attributes;
+}
+
+/// Reads the head of the archive, and says what would become of its files.
+bool show_plan(command_context& context, const archive_source& archive, DiskFolder& top) {
+    auto& client = context.client;
+    auto& log = context.log;
+    client.announce = [&](const harbor6::File& file, harbor6::Folder& target, const std::string& path) {
+        const auto name = file.string(harbor6::key::name);
+        const bool exists = dynamic_cast<DiskFolder&>(target).hasItemNamed(name);
+        const auto fault = name_fault(name);
+        if (!fault.empty())
+            return log.refused(path, fault);
+        if (exists && client.policy == clash_policy::never)
+            return log.skipped(path, "kept");
+        log.planned(path, static_cast<std::uint64_t>(file.integer(harbor6::key::uncompressedSize)),
+                    exists ? "exists" : "");
+    };
+    client.head_only = true;
+    return extract_archive(context, archive, top);
+}
+
+void expand_one(command_context& context, const archive_source& archive) {
+    const auto& chosen = context.chosen;
     const auto where = place(context, archive);
     if (!where)
         return;
     harbor6::ScratchSpace scratch(folder_around(where->folder));
     context.scratch = &scratch;
     auto& client = context.client;
-    client.policy = where->may_replace ? context.chosen.policy : clash_policy::refuse;
+    client.may_replace = where->may_replace;
     directory_tree target(where->folder, where->follows_links);
-    target.syncs = context.chosen.sync;
+    target.most_open_folders = descriptors_for_folders();
     expansion_state expansion(target, context.plain_format, context.log);
-    expansion.folders_on_demand = !client.wanted.everything();
-    expansion.replaces_all = client.policy == clash_policy::overwrite;
+    apply_options(chosen, target, expansion);
+    expansion.folders_on_demand = chosen.dry_run || chosen.flat || !client.wanted.everything();
+    expansion.replaces_all = client.may_replace && client.policy == clash_policy::always;
+    if (has_several_processors())
+        expansion.behind = std::make_unique<write_behind>();
     const pattern::AcquiredPtr<DiskFolder> top(new DiskFolder(expansion));
-    const bool ended = extract_archive(context, archive, *top,
-                                       context.chosen.nested ? traversal::item_by_item : traversal::one_pass);
-    for (const auto& pattern : client.wanted.take_unused())
-        if (ended)
-            context.log.refused(pattern, "not found in the archive");
+    const auto how = chosen.nested ? traversal::item_by_item : traversal::one_pass;
+    const bool ended =
+        chosen.dry_run ? show_plan(context, archive, *top) : extract_archive(context, archive, *top, how);
     target.sync_folders();
+    if (ended || context.log.archive_totals().files > 0)
+        print_closing_line(chosen, context.log, where->folder);
+}
+
+class printed_file : public tally_sink {
+public:
+    explicit printed_file(console& output) : out(output) {}
+    void write(std::string_view bytes) override { out.print(bytes); }
+
+private:
+    console& out;
+};
+
+/// Writes the bytes of all wanted files to the standard output, one file after another.
+void print_files(command_context& context, const archive_source& archive) {
+    tally counts{context.plain_format, context.log};
+    counts.sink_for = [&](const std::string&) { return std::make_shared<printed_file>(context.log.out); };
+    tally_archive(context, archive, counts);
 }
 
 } // namespace
 
 void expand(command_context& context) {
-    remove_temporary_files_on_signals();
-    context.client.wanted = selection(context.chosen.patterns);
-    context.client.depth = context.chosen.nested ? context.chosen.depth : 0;
-    for (const auto& archive : context.chosen.archives) {
-        context.log.begin_archive(archive);
+    const auto& chosen = context.chosen;
+    bool catches_signals = false;
+    context.client.depth = chosen.nested ? chosen.depth : 0;
+    context.client.policy = chosen.policy;
+    work_on_archives(context, [&](const archive_source& archive) {
+        // Not before: it starts a thread, and a process that has one is no good to start others from.
+        if (!std::exchange(catches_signals, true))
+            remove_temporary_files_on_signals();
         try {
-            expand_one(context, archive);
+            if (chosen.to_stdout)
+                print_files(context, archive);
+            else
+                expand_one(context, archive);
         } catch (const fs::Exception& failure) {
             context.log.archive_error(nio::printable(failure.message()));
         }
         context.scratch = nullptr;
-        context.log.end_archive();
-    }
+    });
 }
 
 } // namespace host

@@ -1,12 +1,10 @@
 #include "host/extraction.h"
 
 #include "harbor6/groundwork/text.h"
+#include "harbor6/hosts/source_file.h"
 #include "harbor6/model/archive.h"
 #include "harbor6/model/format.h"
 #include "host/commands.h"
-#include "host/disk/source_file.h"
-
-#include <vector>
 
 namespace host {
 
@@ -14,17 +12,12 @@ namespace {
 
 using pattern::AcquiredPtr;
 
-/// Why no format recognised the file. Raises what a format says of a header that is cut short.
-std::string why_unrecognised(const harbor6::Classifier& classifier, file_input& storage) {
-    std::vector<char> sample(harbor6::Classifier::sample_size);
-    storage.seek(0);
-    const auto length = storage.read(sample.data(), harbor6::Classifier::sample_size);
-    if (length == 0)
-        return "the file is empty";
-    if (const auto* const format = classifier.resembling(un::array<char>(sample.data(), length)))
-        return "begins as " + format->string(harbor6::key::longName) +
-               " archives do, but its header is damaged or says that it continues another archive";
-    return "not an archive of a known format";
+std::string why_unrecognised(const Registry& formats, file_input& storage) {
+    const auto reason = formats.why_unrecognised(storage);
+    const bool is_pipe = storage.size() == ~std::uint64_t{0};
+    return is_pipe && reason == Registry::unknown_format
+               ? reason + " (archives inside other data are found in files only)"
+               : reason;
 }
 
 /// Builds the tree of the archive's items. Returns why that is impossible, empty if it was possible; the
@@ -44,24 +37,33 @@ std::string build_tree(const harbor6::Archive& archive, file_input& storage) {
 
 } // namespace
 
-bool extract_archive(command_context& context, const std::string& path, harbor6::Folder& target,
+AcquiredPtr<harbor6::Archive> acquire_archive(command_context& context, harbor6::File& file) {
+    auto& classifier = context.formats.classifier;
+    AcquiredPtr<harbor6::Archive> archive(classifier.acquireStreamArchive(file));
+    if (!archive)
+        archive = classifier.acquireContinuedArchive(file);
+    if (archive) {
+        archive->options = context.client.archiveOptions();
+        archive->scratch = context.scratch;
+        archive->volumes = &context.volumes;
+    }
+    return archive;
+}
+
+bool extract_archive(command_context& context, const archive_source& source, harbor6::Folder& target,
                      traversal how) {
     auto& log = context.log;
-    auto& classifier = context.formats.classifier;
     AcquiredPtr<SourceFile> file;
     std::string failure;
     bool in_data = false; ///< the failure is in a file's data
     try {
-        auto source = path == "-" ? open_standard_input() : open_input(path);
-        file = new SourceFile(context.plain_format, nio::leaf(path, '/'),
-                              std::make_unique<file_input>(std::move(source), "the archive"));
-        const AcquiredPtr<harbor6::Archive> archive(classifier.acquireStreamArchive(*file));
+        file = new SourceFile(context.plain_format, nio::leaf(source.path, '/'), source.open(&log.meter));
+        log.meter.begin(source.name(), file->storage().size());
+        const auto archive = acquire_archive(context, *file);
         if (!archive) {
-            log.archive_error(why_unrecognised(classifier, file->storage()));
+            log.archive_error(why_unrecognised(context.formats, file->storage()));
             return false;
         }
-        archive->options = Client::archiveOptions();
-        archive->scratch = context.scratch;
         archive->open(harbor6::Archive::mode_read);
         const bool by_item = how == traversal::item_by_item;
         const auto obstacle = by_item ? build_tree(*archive, file->storage()) : std::string();

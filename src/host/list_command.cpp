@@ -1,133 +1,197 @@
 #include "harbor6/groundwork/text.h"
+#include "harbor6/groundwork/time.h"
+#include "harbor6/model/file.h"
 #include "host/commands.h"
+#include "host/json_line.h"
+#include "host/listing_tree.h"
 
-#include <nlohmann/json.hpp>
+#include <algorithm>
+#include <array>
+#include <utility>
 
 namespace host {
 
 namespace {
 
-/// A column between size and path, for an attribute of the archive's items.
-struct column {
+namespace key = harbor6::key;
+
+struct attribute {
     const char* key;
-    const char* name; ///< in JSON, where a file without a value has no such member
-    std::size_t width;
+    bool io::win32::attributes::*flag;
+    char letter;
 };
 
-constexpr column columns[] = {
-    {harbor6::key::modTime, "modified", 19},
-};
+constexpr std::array<attribute, 5> attributes = {
+    {{key::readOnly, &io::win32::attributes::read_only, 'r'},
+     {key::hidden, &io::win32::attributes::hidden, 'h'},
+     {key::system, &io::win32::attributes::system, 's'},
+     {key::archive, &io::win32::attributes::archive, 'a'},
+     {key::executable, &io::win32::attributes::executable, 'x'}}};
 
-/// As "2004-02-29 13:37:42", with `separator` between date and time.
-std::string written(const fs::time& time, char separator) {
-    const auto two = [](std::uint32_t value) { return un::write(value, 10, 2); };
-    return un::write(time.year, 10, 4) + '-' + two(time.month) + '-' + two(time.day) + separator +
-           two(time.hour) + ':' + two(time.minute) + ':' + two(time.second);
+constexpr std::size_t size_width = 10; ///< of the largest file that a cabinet can hold, in bytes
+constexpr std::size_t time_width = 19;
+constexpr std::size_t method_width = 7;
+
+/// As "2004-02-29 13:37:42", with `separator` between date and time; empty if the file has no time.
+std::string time_of(const harbor6::File& file, char separator) {
+    any::time stored;
+    if (!file.getTime(key::modTime, stored))
+        return {};
+    const fs::time time(stored);
+    std::string text = un::write(time.year, 10, 4);
+    const auto add = [&](char before, std::uint32_t value) {
+        text += before;
+        text += static_cast<char>('0' + value / 10 % 10);
+        text += static_cast<char>('0' + value % 10);
+    };
+    add('-', time.month);
+    add('-', time.day);
+    add(separator, time.hour);
+    add(':', time.minute);
+    add(':', time.second);
+    return text;
 }
 
-struct to_text {
-    std::string operator()(bool value) const { return value ? "yes" : "no"; }
-    std::string operator()(std::int64_t value) const { return std::to_string(value); }
-    std::string operator()(const std::string& value) const { return nio::printable(value); }
-    std::string operator()(const fs::time& value) const { return written(value, ' '); }
-};
-
-struct to_json {
-    nlohmann::ordered_json operator()(const fs::time& value) const { return written(value, 'T'); }
-    template<class T>
-    nlohmann::ordered_json operator()(const T& value) const {
-        return value;
-    }
-};
-
-std::string padding(const std::string& text, std::size_t width) {
-    return std::string(text.size() < width ? width - text.size() : 0, ' ');
+std::uint64_t size_of(const harbor6::File& file) {
+    return static_cast<std::uint64_t>(file.integer(key::uncompressedSize));
 }
 
-void print(console& out, const tally_entry& entry) {
-    const auto size = un::write(entry.size, 10, 1);
-    auto line = padding(size, 12) + size + "  ";
-    for (const auto& column : columns) {
-        const auto value = entry.attributes.find(column.key);
-        const auto text =
-            value == entry.attributes.end() ? std::string() : std::visit(to_text(), value->second);
-        line += text + padding(text, column.width) + "  ";
-    }
-    out.print(line + nio::printable(entry.path) + '\n');
+io::win32::attributes flags_of(const harbor6::File& file) {
+    io::win32::attributes flags;
+    if (!file.getStructure(key::win32Attributes, flags))
+        for (const auto& each : attributes)
+            flags.*each.flag = file.boolean(each.key);
+    return flags;
 }
 
-nlohmann::ordered_json as_json(const tally_entry& entry) {
-    nlohmann::ordered_json object = {{"path", entry.path}, {"size", entry.size}};
-    for (const auto& column : columns)
-        if (const auto value = entry.attributes.find(column.key); value != entry.attributes.end())
-            object[column.name] = std::visit(to_json(), value->second);
-    return object;
+std::string right(const std::string& text, std::size_t width) {
+    return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
 }
 
-/// Writes the listing of several archives as one JSON array, entry by entry.
-class json_listing {
+std::string left(const std::string& text, std::size_t width) {
+    return text + std::string(text.size() < width ? width - text.size() : 0, ' ');
+}
+
+/// Prints the files of one archive as a table, line by line.
+class table {
 public:
-    explicit json_listing(console& output) : out(output) {}
+    table(report& reports, const options& wanted) : log(reports), chosen(wanted) {}
 
-    void begin(const std::string& archive) {
-        out.print(archives++ == 0 ? "[" : ",");
-        out.print("\n  {\n    \"archive\": " + dumped(archive, {}) + ",\n    \"files\": [");
-        files = 0;
+    void add(const harbor6::File& file, std::uint64_t size, const std::string& name) {
+        begin();
+        std::string line =
+            right(written(size), size_width) + "  " + left(time_of(file, ' '), time_width) + "  ";
+        const auto flags = flags_of(file);
+        for (const auto& each : attributes)
+            line += flags.*each.flag ? each.letter : '-';
+        line += "  ";
+        if (chosen.long_format)
+            line += left(file.string(key::compMethod), method_width) + "  " +
+                    right(std::to_string(file.integer(key::folderIndex)), 6) + "  " +
+                    right(std::to_string(file.integer(key::folderOffset)), size_width) + "  ";
+        log.out.print(line);
+        log.out.print(name);
+        log.out.print("\n");
     }
-    void add(const tally_entry& entry) {
-        const std::string indent = "\n      ";
-        out.print((files++ == 0 ? "" : ",") + indent + dumped(as_json(entry), indent));
+    void end(const report::totals& sums) {
+        if (chosen.quiet || (sums.files == 0 && !log.is_sound()))
+            return;
+        begin();
+        log.out.print(right(written(sums.bytes), size_width) + "  " + counted(sums.files, "file") + '\n');
     }
-    /// `complete` tells whether the archive had no error.
-    void end(bool complete) {
-        out.print(files == 0 ? "]" : "\n    ]");
-        out.print(std::string(",\n    \"complete\": ") + (complete ? "true" : "false") + "\n  }");
-    }
-    void finish() { out.print("\n]\n"); }
 
 private:
-    /// With `indent` in place of each line break.
-    static std::string dumped(const nlohmann::ordered_json& value, const std::string& indent) {
-        const auto text = value.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
-        std::string result;
-        for (const char c : text)
-            c == '\n' ? result += indent : result += c;
-        return result;
+    void begin() {
+        if (std::exchange(begun, true) || chosen.quiet)
+            return;
+        const auto head = right("Size", size_width) + "  " + left("Modified", time_width) + "  Attr   " +
+                          (chosen.long_format ? "Method   Folder      Offset  " : "") + "Name";
+        log.out.print(bold(head, log.form.color_output) + '\n');
+    }
+    std::string written(std::uint64_t size) const {
+        return chosen.human_sizes ? human_size(size) : std::to_string(size);
     }
 
-    console& out;
-    std::size_t archives = 0;
-    std::size_t files = 0; ///< of the current archive
+    report& log;
+    const options& chosen;
+    bool begun = false;
 };
+
+void print_json(report& log, const harbor6::File& file, std::uint64_t size, const std::string& path,
+                const std::string& stored) {
+    json_line line("file");
+    line.add("archive", log.archive_name()).add("path", path).add("size", size);
+    if (stored != path)
+        line.add("stored", stored);
+    if (const auto time = time_of(file, 'T'); !time.empty())
+        line.add("modified", time);
+    std::vector<std::string> flags;
+    const auto set = flags_of(file);
+    for (const auto& each : attributes)
+        if (set.*each.flag)
+            flags.emplace_back(each.key);
+    line.add("attributes", flags);
+    if (file.hasString(key::compMethod))
+        line.add("method", file.string(key::compMethod))
+            .add("folder", static_cast<std::uint64_t>(file.integer(key::folderIndex)))
+            .add("offset", static_cast<std::uint64_t>(file.integer(key::folderOffset)));
+    log.out.print(line.text());
+}
+
+void list_one(command_context& context, const archive_source& archive, bool with_title) {
+    const auto& chosen = context.chosen;
+    auto& log = context.log;
+    if (with_title)
+        log.out.print(nio::printable(archive.name()) + ":\n");
+    std::optional<table> lines;
+    if (!chosen.json && !chosen.tree)
+        lines.emplace(log, chosen);
+    listing_tree tree;
+    report::totals sums;
+    auto& client = context.client;
+    client.announce = [&](const harbor6::File& file, harbor6::Folder&, const std::string& path) {
+        const auto size = size_of(file);
+        ++sums.files;
+        sums.bytes += size;
+        if (!chosen.check)
+            log.count(size);
+        std::string stored;
+        if (!file.getString(key::pathName, stored))
+            stored = path;
+        if (chosen.json)
+            return print_json(log, file, size, path, stored);
+        // The user sees what the archive says, as well as what becomes of it.
+        const auto name = nio::printable(stored) + (stored == path ? "" : " -> " + nio::printable(path));
+        if (lines)
+            lines->add(file, size, name);
+        else
+            tree.add(path, stored == path ? std::string() : "stored as " + nio::printable(stored));
+    };
+    client.head_only = !chosen.check;
+    tally counts{context.plain_format, log};
+    tally_archive(context, archive, counts);
+    if (chosen.tree && (sums.files > 0 || log.is_sound()))
+        tree.print(log.out, nio::printable(archive.name()));
+    if (lines)
+        lines->end(sums);
+}
 
 } // namespace
 
 void list(command_context& context) {
     const auto& chosen = context.chosen;
-    auto& out = context.log.out;
-    json_listing json(out);
-    for (const auto& archive : chosen.archives) {
-        context.log.begin_archive(archive);
-        if (chosen.json)
-            json.begin(archive);
-        else if (chosen.archives.size() > 1)
-            out.print(nio::printable(archive) + ":\n");
-        tally counts{context.plain_format, context.log};
-        for (const auto& column : columns)
-            counts.keys.emplace_back(column.key);
-        counts.counted = [&](const tally_entry& entry) {
-            if (chosen.json)
-                json.add(entry);
-            else
-                print(out, entry);
-        };
-        tally_archive(context, archive, counts);
-        const bool sound = context.log.end_archive();
-        if (chosen.json)
-            json.end(sound);
-    }
-    if (chosen.json)
-        json.finish();
+    bool first = true;
+    work_on_archives(context, [&](const archive_source& archive) {
+        const bool plain = !chosen.json && !chosen.quiet;
+        if (plain && !first)
+            context.log.out.print("\n");
+        first = false;
+        const bool several = chosen.archives.size() > 1 || archive.is_one_of_several;
+        list_one(context, archive, plain && several && !chosen.tree);
+    });
+    if (chosen.bare && context.log.status() == exit_status::ok && !chosen.quiet)
+        context.log.out.print("\nTo write these files to disk: harbor expand " +
+                              nio::printable(chosen.archives.front()) + '\n');
 }
 
 } // namespace host

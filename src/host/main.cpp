@@ -1,6 +1,7 @@
 #include "host/command_line.h"
 #include "host/commands.h"
 #include "host/memory_reserve.h"
+#include "host/platform/process.h"
 
 #include <new>
 
@@ -15,7 +16,12 @@ host::exit_status run_program(int count, char** arguments) {
 } // namespace
 
 int main(int count, char** arguments) {
+    host::keep_time_zone();
     const host::memory_reserve reserve;
+    if (!reserve.is_filled()) {
+        host::print_out_of_memory();
+        return static_cast<int>(host::exit_status::failed);
+    }
     try {
         return static_cast<int>(run_program(count, arguments));
     } catch (const std::bad_alloc&) {

@@ -32,6 +32,10 @@ memory_reserve::~memory_reserve() {
     std::free(reserve.exchange(nullptr));
 }
 
+bool memory_reserve::is_filled() const noexcept {
+    return reserve != nullptr;
+}
+
 void memory_reserve::refill() noexcept {
     if (!reserve)
         reserve = std::malloc(reserve_size);

@@ -12,6 +12,10 @@ public:
     memory_reserve& operator=(const memory_reserve&) = delete;
     ~memory_reserve();
 
+    /// Whether the memory is there. A process without it should end at once: where even this little is
+    /// missing no exception can be raised.
+    bool is_filled() const noexcept;
+
     /// Keeps the memory back again, if it was released and is available.
     static void refill() noexcept;
 };

@@ -1,11 +1,12 @@
 #include "host/placement.h"
 
 #include "harbor6/groundwork/text.h"
+#include "harbor6/hosts/source_file.h"
+#include "harbor6/hosts/target.h"
 #include "harbor6/model/archive.h"
 #include "harbor6/model/single_fork_file.h"
-#include "host/disk/source_file.h"
-#include "host/disk/target.h"
-#include "host/platform/directory_tree.h"
+#include "harbor6/posix/directory_tree.h"
+#include "host/extraction.h"
 
 #include <filesystem>
 
@@ -95,20 +96,19 @@ private:
 
 /// The item at the top of the archive if there is one alone, as far as the archive can be read. Reads up to
 /// the data of the first file.
-std::optional<top_item> only_item_in(command_context& context, const std::string& archive) {
+std::optional<top_item> only_item_in(command_context& context, const archive_source& archive) {
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(archive, ignored))
+    if (!std::filesystem::is_regular_file(archive.path, ignored))
         return std::nullopt; // what is read from a pipe is gone
     archive_head head{context.plain_format, {}};
     try {
         const AcquiredPtr<SourceFile> file(
-            new SourceFile(context.plain_format, nio::leaf(archive, '/'),
-                           std::make_unique<file_input>(open_input(archive), "the archive")));
-        const AcquiredPtr<harbor6::Archive> found(context.formats.classifier.acquireStreamArchive(*file));
+            new SourceFile(context.plain_format, nio::leaf(archive.path, '/'), archive.open()));
+        const auto found = acquire_archive(context, *file);
         if (!found)
             return std::nullopt;
+        found->options.records_only = true;
         const AcquiredPtr<HeadFolder> top(new HeadFolder(head, true));
-        found->options = Client::archiveOptions();
         found->open(harbor6::Archive::mode_read);
         context.client.accepts_all = true;
         found->addContentTo(*top, nullptr);
@@ -121,35 +121,40 @@ std::optional<top_item> only_item_in(command_context& context, const std::string
     return head.only;
 }
 
-/// The name of the folder for an archive's content: the archive's own without its suffix.
-std::string folder_name_for(const std::string& archive) {
-    const auto name = nio::leaf(archive, '/');
+} // namespace
+
+std::string own_folder(const archive_source& archive) {
+    const auto name = nio::leaf(archive.name(), '/');
     const auto suffix = name.rfind('.');
+    if (archive.is_one_of_several)
+        return name;
     return suffix == name.npos || suffix == 0 ? name + ".contents" : name.substr(0, suffix);
 }
 
-} // namespace
-
-std::optional<placement> place(command_context& context, const std::string& archive) {
+std::optional<placement> place(command_context& context, const archive_source& archive) {
     const auto& chosen = context.chosen;
+    const auto own = own_folder(archive);
+    if (chosen.archives.size() > 1 || archive.is_one_of_several)
+        return placement{.folder = chosen.target.empty() ? own : join_path(chosen.target, own)};
     if (!chosen.target.empty())
         return placement{.folder = chosen.target, .follows_links = true};
     directory_tree current(".", true);
     // Which of the files are wanted, and what an archive in the archive contains, isn't known yet.
-    const auto only = chosen.patterns.empty() ? only_item_in(context, archive) : std::nullopt;
-    const auto own_folder = folder_name_for(archive);
+    const auto only = context.client.wanted.everything() ? only_item_in(context, archive) : std::nullopt;
     if (!only || !name_fault(only->name).empty() || (chosen.nested && !only->is_folder)) {
         // A file of that name may be the only item of this archive as it was earlier.
-        const bool taken = current.look_up({}, own_folder) == entry_kind::file;
-        return placement{.folder = taken ? own_folder + ".contents" : own_folder};
+        const bool taken = current.look_up({}, own) == entry_kind::file;
+        return placement{.folder = taken ? own + ".contents" : own};
     }
-    if (only->is_folder && only->name == own_folder)
+    if (only->is_folder && only->name == own)
         return placement{.folder = ".", .follows_links = true};
     switch (current.look_up({}, only->name)) {
     case entry_kind::none:
         return placement{.folder = ".", .follows_links = true, .may_replace = false};
     case entry_kind::file:
-        if (chosen.policy == clash_policy::keep) {
+        if (chosen.policy == clash_policy::rename && !only->is_folder)
+            return placement{.folder = ".", .follows_links = true};
+        if (chosen.policy == clash_policy::never) {
             context.log.skipped(only->name, "kept");
             return std::nullopt;
         }

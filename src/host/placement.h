@@ -15,8 +15,11 @@ struct placement {
     bool may_replace = true; ///< as the user asked; false: nothing is replaced, whatever the user asked
 };
 
-/// Decides where the archive in the file `archive` goes, by the command line and by the head of the archive.
+/// The name of the folder for the content of an archive: the archive's own without its suffix.
+std::string own_folder(const archive_source& archive);
+
+/// Decides where the archive goes, by the command line and by the head of the archive.
 /// Writes nothing. Empty if it goes nowhere, which is reported.
-std::optional<placement> place(command_context& context, const std::string& archive);
+std::optional<placement> place(command_context& context, const archive_source& archive);
 
 } // namespace host

@@ -1,9 +1,12 @@
 #pragma once
 
-#include "host/disk/journal.h"
+#include "harbor6/groundwork/text.h"
+#include "harbor6/hosts/journal.h"
 #include "host/platform/console.h"
+#include "host/progress.h"
 
 #include <exception>
+#include <utility>
 #include <vector>
 
 namespace host {
@@ -15,22 +18,40 @@ enum class exit_status {
     usage = 2   ///< the command line is invalid, and nothing was done
 };
 
-/// The text of a failure, printable.
-std::string failure_text(const std::exception_ptr& failure);
+using nio::failure_text;
+
+/// "1 file", "2 files".
+std::string counted(std::uint64_t number, const std::string& noun);
+/// "12 B", "3.4 MB": at most four characters and a unit, in powers of 1000.
+std::string human_size(std::uint64_t bytes);
+
+/// `text` in bold letters of a color if `colored`.
+std::string red(const std::string& text, bool colored);
+std::string green(const std::string& text, bool colored);
+std::string bold(const std::string& text, bool colored);
 
 /// What the program says about its work, archive by archive. Errors go to the standard error, one line each,
-/// "harbor: ARCHIVE: TEXT". Incomplete and missing files are reported by end_archive(), after the error that
-/// ended the archive. The operations of the journal raise nothing where memory runs out: that is reported
-/// instead, and counts as an error. One thread.
+/// "harbor: ARCHIVE: TEXT", or with `json` as objects to the standard output. Incomplete and missing files
+/// are reported by end_archive(), after the error that ended the archive. The operations of the journal raise
+/// nothing where memory runs out: that is reported instead, and counts as an error. One thread.
 class report : public journal {
 public:
-    /// With `verbose` each file that is done or skipped is named on `output`.
-    report(console& output, bool name_each_file) : out(output), verbose(name_each_file) {}
+    struct style {
+        bool quiet = false;   ///< errors only
+        bool verbose = false; ///< each file that is done or skipped is named
+        bool json = false;
+        bool progress = false; ///< how far the work is, on the terminal
+        bool color_output = false;
+        bool color_errors = false;
+        bool file_objects = false; ///< with `json`: each file that is done is an object
+    };
+
+    report(console& output, style chosen) : out(output), form(chosen), meter(chosen.progress) {}
 
     /// Begins an archive, under the name that the user gave it.
     void begin_archive(const std::string& name);
     /// An error of the archive as a whole; `text` must be printable.
-    void archive_error(const std::string& text);
+    void archive_error(const std::string& text) { print_error({}, text); }
     /// Reports that `failure`, which must be printable, ended the data of the archive's files: under the path
     /// of the file at hand, if that is known.
     void data_error(const std::string& failure);
@@ -40,27 +61,48 @@ public:
     bool end_archive();
     /// An error outside any archive; `text` must be printable.
     void error(const std::string& text);
+    /// Counts an error that another process has reported.
+    void note_failure() { failed = true; }
     /// `failed` after any error.
     exit_status status() const { return failed ? exit_status::failed : exit_status::ok; }
 
+    void begun(const std::string& path) override { meter.at_file(path); }
     void done(const std::string& path, std::uint64_t size) override;
     void refused(const std::string& path, const std::string& reason) override;
     void unfinished(const std::string& path, std::uint64_t size, const std::string& reason) override;
     void missing(const std::string& path) override;
     void moved(const std::string& from, const std::string& to) override;
-    /// A file that is left out by the user's choice, which is no error.
-    void skipped(const std::string& path, const std::string& reason);
+    /// A file of `size` bytes would be written; `remark` is printable, and may be empty.
+    void planned(const std::string& path, std::uint64_t size, const std::string& remark);
+    /// A new file is not called `from`, as a file of that name exists.
+    void renamed(const std::string& from, const std::string& to);
+    void skipped(const std::string& path, const std::string& reason) override;
+
+    /// What was done in the archive.
+    struct totals {
+        std::uint64_t files = 0;
+        std::uint64_t bytes = 0;
+        std::uint64_t skipped = 0;
+    };
+    const totals& archive_totals() const { return sums; }
+    /// Counts a file that done() is not told of.
+    void count(std::uint64_t size);
+    /// The archive's name as the user gave it.
+    const std::string& archive_name() const { return archive; }
 
     console& out;
+    const style form;
+    progress meter; ///< shows how far the archive at hand is
 
 private:
     template<class Line>
     void guarded(Line line);
+    void print_error(const std::string& path, const std::string& text);
 
-    const bool verbose;
-    std::string archive; ///< printable
-    std::vector<std::string> afterwards;
-    std::string at_hand;      ///< printable path of the last file that ended early
+    std::string archive;
+    totals sums;
+    std::vector<std::pair<std::string, std::string>> afterwards; ///< paths and what is wrong with them
+    std::string at_hand;                                         ///< path of the last file that ended early
     unsigned ended_early = 0; ///< number of such files, those with a reason of their own left out
     bool sound = true;
     bool failed = false;

@@ -85,7 +85,7 @@ std::pair<std::string, std::string> make(const cabinet& source) {
 } // namespace
 
 std::string bytes_of(const file_record& file) {
-    return number(file.size, 4) + number(file.folder_offset, 4) + number(file.folder_index, 2) +
+    return number(file.size, 4) + number(file.folder_offset.value_or(0), 4) + number(file.folder_index, 2) +
            number(file.date, 2) + number(file.time, 2) + number(file.attributes, 2) + file.name +
            std::string(file.terminated ? 1 : 0, '\0');
 }
@@ -110,6 +110,16 @@ cabinet& cabinet::file(const std::string& name, std::string_view content) {
                      .folder_offset = static_cast<std::uint32_t>(into.content.size()),
                      .folder_index = static_cast<std::uint16_t>(folders.size() - 1)});
     into.content += content;
+    return *this;
+}
+
+cabinet& cabinet::file(const file_record& record) {
+    std::uint32_t behind = 0;
+    for (const auto& each : files)
+        if (each.folder_index == record.folder_index)
+            behind = each.folder_offset.value_or(0) + each.size;
+    files.push_back(record);
+    files.back().folder_offset = record.folder_offset.value_or(behind);
     return *this;
 }
 

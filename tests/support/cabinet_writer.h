@@ -78,7 +78,7 @@ struct folder_record {
 struct file_record {
     std::string name{};
     std::uint32_t size = 0;
-    std::uint32_t folder_offset = 0;
+    std::optional<std::uint32_t> folder_offset{}; ///< empty: behind the records added before it to the folder
     std::uint16_t folder_index = 0;
     std::uint16_t date = 0x305D; ///< 29 February 2004
     std::uint16_t time = 0x6CB5; ///< 13:37:42
@@ -98,7 +98,7 @@ struct cabinet {
     /// Adds `content` to the last folder, and the file record for it.
     cabinet& file(const std::string& name, std::string_view content);
     /// Adds the record without content.
-    cabinet& file(const file_record& record) { return files.push_back(record), *this; }
+    cabinet& file(const file_record& record);
     /// Adds a block to the last folder.
     cabinet& block(const block_record& record) { return last_folder().blocks.push_back(record), *this; }
 

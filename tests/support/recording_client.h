@@ -3,6 +3,7 @@
 #include "harbor6/model/archive.h"
 #include "harbor6/model/folder.h"
 #include "harbor6/shell/client_interface.h"
+#include "support/refusal.h"
 
 #include <functional>
 #include <map>
@@ -59,7 +60,16 @@ struct recording_client : harbor6::ClientInterface {
     void itemFailed(std::uint32_t code, const harbor6::Item& source, harbor6::Item& /*target*/) override {
         note("itemFailed " + std::to_string(code) + " ", source);
     }
+    void promotionFailed(harbor6::Folder& folder, const std::exception_ptr& /*failure*/) override {
+        note("promotionFailed ", folder);
+    }
 
+    bool sourceArchiveDamaged(harbor6::Archive& /*archive*/, const std::exception_ptr& failure) override {
+        log += "damaged: " + refusal_of([&] { std::rethrow_exception(failure); }) + "\n";
+        return goes_on;
+    }
+
+    bool goes_on = false;                                     ///< where an archive is damaged
     std::set<std::string> declined;                           ///< texts of questions to answer with no
     std::set<std::string> expanded;                           ///< names of files to expand as archives
     std::map<std::string, std::function<void(question&)>> on; ///< called before the answer, by text

@@ -53,8 +53,17 @@ void history_window::flush() {
 void history_window::copy(std::uint32_t distance, std::uint32_t length) {
     if (distance > write_position)
         throw basic::algorithm_exception("deflate distance too far back");
-    for (const unsigned char* from = next() - distance; length > 0; --length)
-        put(*from++);
+    unsigned char* const to = next();
+    if (distance == 1)
+        std::memset(to, to[-1], length);
+    else
+        // The pattern of `distance` bytes is doubled until it is long enough.
+        for (std::uint32_t done = 0, most = distance; done < length; most = done + distance) {
+            const auto count = std::min(most, length - done);
+            std::memcpy(to + done, to - distance, count);
+            done += count;
+        }
+    grow(length);
 }
 
 } // namespace deflate

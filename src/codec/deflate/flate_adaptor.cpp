@@ -4,7 +4,7 @@ namespace deflate {
 
 namespace {
 
-/// More than an MSZIP block, so that the worker never waits for the reader.
+/// More than an MSZIP block, so that a worker never waits for the reader.
 constexpr unsigned pipe_size = 65536;
 
 } // namespace

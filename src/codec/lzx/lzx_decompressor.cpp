@@ -32,6 +32,9 @@ constexpr std::uint32_t mirrored_bytes = longest_match;
 /// The window's bytes behind its end: the mirror and one word that nothing uses.
 constexpr std::uint32_t overhang = mirrored_bytes + 4;
 
+/// After so many frames translation ends, by the published rules.
+constexpr std::uint32_t translated_frames = 32768;
+
 /// Beside the window a decoder uses at most 200 KiB: at the usual frame size the objects, one compressed
 /// frame and one to translate.
 constexpr std::size_t usual_frame = 32768;
@@ -59,10 +62,28 @@ std::int64_t decompressor::process_block(stream::input& input, stream::output& o
                                          std::uint64_t compressed_size, std::uint64_t uncompressed_size) {
     const auto want = static_cast<std::uint32_t>(uncompressed_size);
     load_frame(input, static_cast<std::uint32_t>(compressed_size));
+    const auto used = window_used;
+    window_used = window_size; // wherever it fails
     if (want > window_size - window_position || !decode_frame(want))
         return -1;
+    window_used = std::max(used, window_position == 0 && want > 0 ? window_size : window_position);
     finish_frame(output, want);
     return want;
+}
+
+void decompressor::restart() {
+    std::memset(window.get(), 0, window_used);
+    std::memset(window.get() + window_size, 0, overhang + fast_loop::window_padding);
+    R0 = R1 = R2 = 1;
+    std::ranges::fill(main_lengths, std::uint8_t{0});
+    std::ranges::fill(length_lengths, std::uint8_t{0});
+    needs_translation_header = true;
+    input_overrun = pad_byte_read = tables_ready = fast_ready = false;
+    window_position = window_used = frames = 0;
+    translation_size = instruction_position = 0;
+    block_size = block_type = 0;
+    block_remaining = 0;
+    decoder_state = at_header;
 }
 
 void decompressor::load_frame(stream::input& input, std::uint32_t size) {
@@ -94,15 +115,18 @@ bool decompressor::decode_frame(std::uint32_t want) {
         if (block_remaining == 0)
             decoder_state = at_header;
     }
+    if (published_rules && decoder_state == at_header && block_type == raw_block && block_size % 2 != 0)
+        pad_byte_read = pad_byte_read || input_limit - input_position > look_ahead;
     return true;
 }
 
 void decompressor::finish_frame(stream::output& output, std::uint32_t produced) {
     const std::uint32_t end = window_position == 0 ? window_size : window_position;
     const std::uint8_t* frame = window.get() + end - produced;
-    if (translation_size != 0) {
+    if (translation_size != 0 && !(published_rules && ++frames > translated_frames)) {
         output_buffer.assign(frame, frame + produced);
-        translate_calls(output_buffer.data(), produced, translation_size, instruction_position);
+        translate_calls(output_buffer.data(), produced, translation_size, instruction_position,
+                        published_rules);
         frame = output_buffer.data();
     }
     output.write(reinterpret_cast<const char*>(frame), produced);
@@ -118,8 +142,9 @@ bool decompressor::start_block() {
         }
     }
     if (block_type == raw_block) {
-        if (block_size % 2 != 0 && input_position < input_limit)
+        if (block_size % 2 != 0 && input_position < input_limit && !pad_byte_read)
             ++input_position;
+        pad_byte_read = false;
         start_bits();
     }
     block_type = read_checked(3);

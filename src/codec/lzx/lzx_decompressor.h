@@ -13,8 +13,8 @@ class fast_loop;
 
 /// Expands the LZX frames of one cabinet folder, in order: the window, the repeated offsets, the code
 /// lengths, the current block and the translation of CALL operands continue from frame to frame. One object
-/// serves one folder, on one thread, and must not be used again after a frame has failed. It owns its
-/// buffers: the window and up to 200 KiB beside it.
+/// serves one folder at a time, on one thread, and must not be used after a frame has failed or raised until
+/// restart(). It owns its buffers: the window and up to 200 KiB beside it.
 ///
 /// There are two decoding loops. The exact loop defines the result for every input, good or bad. The fast
 /// loop (class fast_loop) decodes the middle of a frame and stops in the state that the exact loop would have
@@ -36,6 +36,15 @@ public:
     std::int64_t process_block(stream::input& input, stream::output& output, std::uint64_t compressed_size,
                                std::uint64_t uncompressed_size);
 
+    /// Makes the object as after construction, for another folder. Of the window only what was written is
+    /// cleared, so that a small folder costs little.
+    void restart();
+    std::uint32_t size_of_window() const { return window_size; }
+
+    /// Decodes as the published format has it where that differs: an operand of minus its position is
+    /// translated, translation ends after 32768 frames, and the pad byte of an odd raw block that ends with
+    /// its frame may be in that frame. To be called before the first frame.
+    void use_published_rules() { published_rules = true; }
     /// Turns the fast loop off, for tests and fuzzing; the results are the same.
     void use_exact_loop_only() { exact_only = true; }
 
@@ -107,6 +116,7 @@ private:
     bool needs_translation_header = true;
     bool input_overrun = false; ///< a header or length list ran past the frame, which therefore fails
     std::uint32_t window_position = 0;
+    std::uint32_t window_used = 0;      ///< bytes from its start that may not be zeros
     std::uint32_t translation_size = 0; ///< 0: no translation
     std::uint32_t instruction_position = 0;
     std::uint32_t block_size = 0;
@@ -116,6 +126,9 @@ private:
 
     bool tables_ready = false; ///< main_table and length_table are those of the current block
     bool exact_only = false;
+    bool published_rules = false;
+    bool pad_byte_read = false;      ///< of the raw block that has ended
+    std::uint32_t frames = 0;        ///< counted up to the last that is translated, by the published rules
     bool fast_ready = false;         ///< the fast loop's tables are those of the current block
     std::unique_ptr<fast_loop> fast; ///< created when first used
 };

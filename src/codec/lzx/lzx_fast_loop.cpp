@@ -1,5 +1,7 @@
 #include "codec/lzx/lzx_fast_loop.h"
 
+#include "harbor6/groundwork/endian.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -68,12 +70,14 @@ void repeat_pattern(std::uint8_t* to, std::uint32_t distance, std::uint32_t leng
             copy_8(to + i, from + i);
         return;
     }
-    std::uint8_t pattern[8];
-    for (std::uint32_t i = 0; i < 8; ++i)
-        pattern[i] = from[i % distance];
-    const std::uint32_t advance = 8 - 8 % distance;
+    static constexpr std::uint8_t advances[8] = {0, 8, 8, 6, 8, 5, 6, 7}; ///< multiples of the distance
+    std::uint64_t pattern = endian::load_le64(from) << (64 - 8 * distance) >> (64 - 8 * distance);
+    for (std::uint32_t bits = 8 * distance; bits < 64; bits *= 2)
+        pattern |= pattern << bits;
+    const std::uint64_t in_memory = endian::load_le64(&pattern); // the pattern itself on most machines
+    const std::uint32_t advance = advances[distance];
     for (std::uint32_t i = 0; i < length; i += advance)
-        copy_8(to + i, pattern);
+        std::memcpy(to + i, &in_memory, sizeof in_memory);
 }
 
 } // namespace

@@ -83,13 +83,16 @@ std::size_t list_calls(const std::uint8_t* section, std::size_t left, std::uint1
 } // namespace
 
 void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t translation_size,
-                     std::uint32_t& instruction_position) {
+                     std::uint32_t& instruction_position, bool published_rules) {
+    const std::uint32_t border = published_rules ? 1 : 0;
     const std::uint32_t first = instruction_position;
     instruction_position = first + static_cast<std::uint32_t>(length);
     if (length <= tail)
         return;
 
     const std::size_t stop = length - tail;
+    // The operand of a call behind `last` reaches into the tail.
+    const std::size_t last = published_rules ? stop - std::min(stop, operand_size) : stop;
     std::uint8_t saved[tail];
     std::memcpy(saved, frame + stop, tail);
     std::memset(frame + stop, call, tail);
@@ -102,14 +105,14 @@ void translate_calls(std::uint8_t* frame, std::size_t length, std::uint32_t tran
         const std::uint32_t position = first + static_cast<std::uint32_t>(at);
         if (at < operand_end)
             return true;
-        if (at >= stop || position >= end)
+        if (at >= last || position >= end)
             return false;
         operand_end = at + 1 + operand_size;
         std::uint8_t* operand = frame + at + 1;
         const std::uint32_t value = endian::load_le32(operand);
-        const std::uint32_t change = value < translation_size ? 0u - position
-                                     : 0u - value < position  ? translation_size
-                                                              : 0u;
+        const std::uint32_t change = value < translation_size         ? 0u - position
+                                     : 0u - value < position + border ? translation_size
+                                                                      : 0u;
         store(operand, value + change);
         return true;
     };

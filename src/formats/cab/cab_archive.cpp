@@ -1,15 +1,29 @@
 #include "formats/cab/cab_archive.h"
 
+#include "formats/cab/cab_blocks.h"
 #include "formats/cab/cab_item_reader.h"
-#include "formats/cab/cab_items.h"
-#include "harbor6/groundwork/text.h"
-#include "harbor6/model/container.h"
-#include "harbor6/shell/client_interface.h"
-#include "harbor6/shell/harbor_shell.h"
+#include "formats/cab/cab_published_scan.h"
+
+#include <iterator>
 
 namespace harbor6::cab {
 
-using pattern::AcquiredPtr;
+namespace {
+
+/// The blocks of a cabinet folder as long as one of its files needs them; without `output` all blocks.
+class needed_blocks : public ::format::cab::sequential_blocks {
+public:
+    needed_blocks(stream::input& source, const ::format::cab::folder_header& folder,
+                  const block_output* output)
+        : sequential_blocks(source, folder), files(output) {}
+
+    bool next() override { return (!files || files->wantsMore()) && sequential_blocks::next(); }
+
+private:
+    const block_output* files;
+};
+
+} // namespace
 
 Archive::Archive(const harbor6::Format& format, Item& storing_item, unsigned mode)
     : SuperArchive(format, storing_item, mode) {}
@@ -22,15 +36,17 @@ Archive::~Archive() {
 }
 
 void Archive::addContentTo(Folder& target, ContainerAdaptor* adaptor) const {
+    auto& self = const_cast<Archive&>(*this);
+    if (options.published_rules) {
+        PublishedScan(self, target, adaptor).run();
+        return;
+    }
     const auto storage = storageInput(0);
-    content_scan(const_cast<Archive&>(*this), *storage, target, adaptor).run();
+    content_scan(self, *storage, target, adaptor).run();
 }
 
 content_scan::content_scan(Archive& scanned, stream::input& bytes, Folder& into, ContainerAdaptor* list)
-    : archive(scanned), input(bytes), adaptor(list),
-      target_folders(scanned, into, list,
-                     [&scanned](const std::string& name) { return new FolderItem(&scanned, name); }),
-      texts{scanned.options.longest_path, scanned.options.published_rules} {}
+    : archive(scanned), input(bytes), targets(scanned, into, list), texts{scanned.options.longest_path} {}
 
 void content_scan::run() {
     header.texts = texts;
@@ -61,27 +77,29 @@ bool content_scan::addFile() {
     record->read(input, true);
     if (record->folder_index >= cabinet_folders.size())
         throw format::exception("invalid folder_index in file_header", "harbor6::cab::Archive::addContentTo");
-    AcquiredPtr<Folder> parent;
-    const auto stem = record->name_shortened ? std::string() : nio::stem(record->name, '/');
-    if (!target_folders.walk(stem, parent))
+    pattern::AcquiredPtr<File> file;
+    if (!targets.find(record, cabinet_folders[record->folder_index].header->compression, file))
         return false;
-    const AcquiredPtr<FileItem> item(new FileItem(&archive, record));
-    AcquiredPtr<File> file;
-    bool expand = false;
-    if (parent && archive.shell().client().sourceFile(*item, *parent, &expand, nullptr)) {
-        file = parent->acquireNewFileLike(*item, false);
-        if (adaptor && file && stem.empty())
-            adaptor->containerAdd(*file);
-    }
     cabinet_folders[record->folder_index].output->entries.push_back({record->size, std::move(file)});
     return true;
 }
 
 void content_scan::expandFolders() {
-    for (auto& entry : cabinet_folders) {
-        entry.output->start();
-        ::format::cab::item_reader(entry.header.get()).process(input, *entry.output);
-        entry.output->endStream();
+    const bool selective = archive.options.wanted_only;
+    auto end = cabinet_folders.end();
+    while (selective && end != cabinet_folders.begin() && !std::prev(end)->output->wantsMore())
+        --end;
+    ::format::cab::item_reader reader;
+    for (auto entry = cabinet_folders.begin(); entry != end; ++entry) {
+        needed_blocks blocks(input, *entry->header, selective ? entry->output.get() : nullptr);
+        if (!selective || entry->output->wantsMore()) {
+            entry->output->start();
+            reader.folder = entry->header.get();
+            reader.expand(blocks, *entry->output);
+            entry->output->endStream();
+        }
+        if (selective && std::next(entry) != end)
+            blocks.skipRest();
     }
 }
 

@@ -7,7 +7,16 @@
 #include "harbor6/model/file.h"
 #include "harbor6/stream/array_input.h"
 
+#include <algorithm>
+
 namespace format::cab {
+
+namespace {
+
+/// The header's fields of fixed size, and the sizes of reserve areas.
+constexpr unsigned tested_size = 40;
+
+} // namespace
 
 classifier::classifier(std::uint32_t id) : format::classifier(record.number, id) {}
 
@@ -20,9 +29,84 @@ unsigned classifier::matches_at(unsigned offset) const {
 }
 
 bool classifier::confirm_at(unsigned offset) {
-    stream::array_input input(sample, offset);
+    // Without the names, on which the answer doesn't depend and which may be as long as the sample.
+    const auto end = std::min<std::uint64_t>(sample.length(), std::uint64_t{offset} + tested_size);
+    stream::array_input input({sample.begin(), static_cast<unsigned>(end)}, offset);
     header.read(input, false);
     return header.is_valid() && !header.has_previous;
+}
+
+bool classifier::continues_at(unsigned offset) {
+    stream::array_input input(sample, offset);
+    header.read(input, false);
+    return header.is_valid() && header.has_previous;
+}
+
+std::string_view classifier::leading_bytes() const {
+    return signature;
+}
+
+namespace {
+
+/// Records of each kind that tell a cabinet from a signature in other data.
+constexpr std::uint32_t records_to_test = 4;
+constexpr std::uint64_t longest_name = 256;
+constexpr std::uint64_t header_size = 36;
+
+bool is_sound(const archive_header& header) {
+    return header.version == supported_version && header.folder_count != 0 && header.file_count != 0 &&
+           header.files_offset >= header_size && header.files_offset < header.cabinet_size;
+}
+
+bool is_sound(const folder_header& folder, const archive_header& header) {
+    const unsigned method = folder.compression & compression::method_mask;
+    const unsigned window = folder.compression >> compression::window_shift & compression::window_mask;
+    return method <= compression::lzx && folder.data_offset <= header.cabinet_size &&
+           (method != compression::lzx ||
+            (window >= compression::smallest_window && window <= compression::largest_window));
+}
+
+bool is_sound(const file_header& file, const archive_header& header) {
+    return !file.name.empty() && !file.name_shortened &&
+           (file.folder_index < header.folder_count || file.folder_index >= continued::from_previous);
+}
+
+} // namespace
+
+std::uint64_t classifier::measure(stream::input& archive) {
+    const text_rules texts{longest_name, true, true};
+    archive_header head;
+    head.texts = texts;
+    try {
+        head.read(archive, false);
+    } catch (const format::exception&) {
+        return 0;
+    }
+    if (!is_sound(head) || archive.tell() > head.cabinet_size)
+        return 0;
+    try {
+        for (std::uint32_t i = 0; i < std::min(head.folder_count, records_to_test); ++i) {
+            folder_header folder;
+            folder.reserve = head.reserve.present ? &head.reserve.value : nullptr;
+            folder.read(archive, false);
+            if (!is_sound(folder, head))
+                return 0;
+        }
+        if (!archive.seek(head.files_offset))
+            return head.cabinet_size;
+        for (std::uint32_t i = 0; i < std::min(head.file_count, records_to_test); ++i) {
+            file_header file;
+            file.texts = texts;
+            file.read(archive, false);
+            if (!is_sound(file, head))
+                return 0;
+        }
+    } catch (const format::exception&) {
+        return 0;
+    } catch (const stream::exception&) {
+        // The input ends here; what it holds is sound.
+    }
+    return head.cabinet_size;
 }
 
 } // namespace format::cab

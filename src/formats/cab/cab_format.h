@@ -36,6 +36,12 @@ public:
     /// expansion refuses it with a message. A sample that ends inside the fixed header raises
     /// stream::exception.
     bool confirm_at(unsigned offset) override;
+    /// The same for a cabinet that does.
+    bool continues_at(unsigned offset) override;
+    std::string_view leading_bytes() const override;
+    /// The size that the header states. 0 unless the version is known, and sizes, offsets and the first
+    /// records agree with each other; what the input doesn't hold counts as sound.
+    std::uint64_t measure(stream::input& archive) override;
 
 private:
     archive_header header;

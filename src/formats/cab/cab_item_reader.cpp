@@ -2,11 +2,13 @@
 
 #include "codec/deflate/flate_adaptor.h"
 #include "codec/lzx/lzx_decompressor.h"
+#include "formats/cab/cab_blocks.h"
 #include "formats/cab/cab_constants.h"
-#include "formats/cab/cab_records.h"
 #include "harbor6/groundwork/exception.h"
 #include "harbor6/stream/input.h"
 #include "harbor6/stream/output.h"
+
+#include <optional>
 
 namespace format {
 
@@ -31,17 +33,20 @@ item_reader::item_reader(const folder_header* expanded) : folder(expanded) {}
 item_reader::~item_reader() = default;
 
 std::uint64_t item_reader::process(stream::input& input, stream::output& output) {
-    data_header block;
-    block.reserve = folder->reserve;
+    sequential_blocks blocks(input, *folder);
+    return expand(blocks, output);
+}
+
+std::uint64_t item_reader::expand(block_source& blocks, stream::output& output) {
     switch (folder->compression & compression::method_mask) {
     case compression::stored:
-        return copy_stored(input, output, block);
+        return copy_stored(blocks, output);
     case compression::deflate:
-        return expand_deflate(input, output, block);
+        return expand_deflate(blocks, output);
     case compression::quantum:
         refuse("quantum compression method not supported");
     case compression::lzx:
-        return expand_lzx(input, output, block);
+        return expand_lzx(blocks, output);
     case compression::invalid:
         refuse("invalid compression method");
     default:
@@ -49,57 +54,78 @@ std::uint64_t item_reader::process(stream::input& input, stream::output& output)
     }
 }
 
-std::uint64_t item_reader::copy_stored(stream::input& input, stream::output& output, data_header& block) {
-    if (folder->block_count == 0)
-        return 0;
-    stream::copier copier(copy_buffer);
-    std::uint64_t total = 0;
-    for (std::uint32_t i = 0; i < folder->block_count; ++i) {
+std::uint64_t item_reader::copy_stored(block_source& blocks, stream::output& output) {
+    const auto next = [&] {
         try {
-            block.read(input, true);
+            return blocks.next();
         } catch (const stream::cut_short&) {
             // No decoder needs the rest of the block, so the bytes that were read are worth keeping.
-            output.write(block.payload.get(), block.received_size());
+            const auto bytes = blocks.received();
+            output.write(bytes.data(), static_cast<unsigned>(bytes.size()));
             throw;
         }
-        total += copier.process(input, output, block.compressed_size);
-    }
-    return total;
-}
-
-std::uint64_t item_reader::expand_deflate(stream::input& input, stream::output& output, data_header& block) {
-    if (folder->block_count == 0)
-        return 0;
-    algorithm::flate_adaptor::decompressor decoder(input, deflate_extent, true);
+    };
+    std::optional<stream::copier> copier;
     std::uint64_t total = 0;
-    for (std::uint32_t i = 0; i < folder->block_count; ++i) {
-        block.read(input, true);
-        const int first = input.read();
-        const int second = input.read();
-        if (first != deflate_mark_1 || second != deflate_mark_2)
-            refuse("invalid deflate block artifact");
-        decoder.start();
-        const auto produced = decoder.copy_to(output);
-        decoder.finish(); // raises the decoder's failure, of which a wrong size is only the consequence
-        if (produced != block.uncompressed_size)
-            refuse("Deflate decompression output size mismatch");
-        total += produced;
+    while (next()) {
+        if (!copier)
+            copier.emplace(copy_buffer);
+        total += copier->process(blocks.payload(), output, blocks.block.compressed_size);
     }
     return total;
 }
 
-std::uint64_t item_reader::expand_lzx(stream::input& input, stream::output& output, data_header& block) {
+std::uint64_t item_reader::expand_deflate(block_source& blocks, stream::output& output) {
+    auto& input = blocks.payload();
+    std::optional<algorithm::flate_adaptor::decompressor> decoder;
+    std::uint64_t total = 0;
+    try {
+        while (blocks.next()) {
+            if (!decoder)
+                decoder.emplace(input, deflate_extent, true);
+            const int first = input.read();
+            const int second = input.read();
+            if (first != deflate_mark_1 || second != deflate_mark_2)
+                refuse("invalid deflate block artifact");
+            decoder->start();
+            const auto produced = decoder->copy_to(output);
+            decoder->finish(); // raises the decoder's failure, of which a wrong size is only the consequence
+            if (produced != blocks.block.uncompressed_size)
+                refuse("Deflate decompression output size mismatch");
+            total += produced;
+        }
+    } catch (const fs::Exception&) {
+        throw; // the target's
+    } catch (const qpthr::QpException&) {
+        // The decoder reads ahead and seeks back. If that is impossible, what follows was read from a wrong
+        // place.
+        if (total > 0 && !input.seek(input.tell()))
+            throw stream::exception("the archive's stream can't seek back, as MSZIP needs",
+                                    "format::cab::item_reader");
+        throw;
+    }
+    return total;
+}
+
+std::uint64_t item_reader::expand_lzx(block_source& blocks, stream::output& output) {
     const unsigned bits = folder->compression >> compression::window_shift & compression::window_mask;
     if (bits < compression::smallest_window || bits > compression::largest_window)
         refuse("invalid LZX compression memory ");
-    if (folder->block_count == 0)
-        return 0; // without a window: a small cabinet may have many empty folders
-    algorithm::lzx::decompressor decoder(std::uint32_t{1} << bits);
+    const auto& block = blocks.block;
+    const auto window = std::uint32_t{1} << bits;
     std::uint64_t total = 0;
-    for (std::uint32_t i = 0; i < folder->block_count; ++i) {
-        block.read(input, true);
+    // Without a window before the first block: a small cabinet may have many empty folders.
+    for (bool first = true; blocks.next(); first = false) {
+        if (first && lzx && lzx->size_of_window() == window) {
+            lzx->restart();
+        } else if (first) {
+            lzx.reset(); // its window first
+            lzx = std::make_unique<algorithm::lzx::decompressor>(window);
+        }
+        if (published_rules)
+            lzx->use_published_rules();
         const auto produced =
-            decoder.process_block(input, output, block.compressed_size, block.uncompressed_size);
+            lzx->process_block(blocks.payload(), output, block.compressed_size, block.uncompressed_size);
         if (produced < 0 || static_cast<std::uint64_t>(produced) != block.uncompressed_size)
             refuse("LZX decompression output size mismatch");
         total += static_cast<std::uint64_t>(produced);

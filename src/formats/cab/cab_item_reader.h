@@ -2,6 +2,12 @@
 
 #include "harbor6/stream/transform.h"
 
+#include <memory>
+
+namespace algorithm::lzx {
+class decompressor;
+}
+
 namespace format {
 
 /// Base of the classes that expand one item of an archive.
@@ -14,12 +20,12 @@ public:
 
 namespace format::cab {
 
-class data_header;
+class block_source;
 class folder_header;
 
-/// Expands one cabinet folder into one stream of bytes; files are cut from that stream elsewhere. Decoders
-/// live for one call of process(), so history continues through all blocks of a folder and is empty at the
-/// start of the next. It owns neither the record nor the streams.
+/// Expands one cabinet folder into one stream of bytes; files are cut from that stream elsewhere. History
+/// continues through all blocks of a folder and is empty at the start of the next; one reader for the folders
+/// of a cabinet spares the making of decoders. It owns neither the record nor the streams.
 class item_reader : public format::item_reader {
 public:
     /// `expanded` must outlive the reader and be set before process().
@@ -38,12 +44,20 @@ public:
     /// checksum that the end of the input cut short.
     std::uint64_t process(stream::input& input, stream::output& output) override;
 
+    /// The same for the blocks that `blocks` gives.
+    std::uint64_t expand(block_source& blocks, stream::output& output);
+
     const folder_header* folder; ///< the folder to expand
+    /// LZX data are decoded as algorithm::lzx::decompressor::use_published_rules says.
+    /// Never cleared once it was set.
+    bool published_rules = false;
 
 private:
-    std::uint64_t copy_stored(stream::input& input, stream::output& output, data_header& block);
-    std::uint64_t expand_deflate(stream::input& input, stream::output& output, data_header& block);
-    std::uint64_t expand_lzx(stream::input& input, stream::output& output, data_header& block);
+    std::uint64_t copy_stored(block_source& blocks, stream::output& output);
+    std::uint64_t expand_deflate(block_source& blocks, stream::output& output);
+    std::uint64_t expand_lzx(block_source& blocks, stream::output& output);
+
+    std::unique_ptr<algorithm::lzx::decompressor> lzx; ///< of the last LZX folder
 };
 
 } // namespace format::cab

@@ -1,6 +1,7 @@
 #include "formats/cab/cab_items.h"
 
 #include "formats/cab/cab_archive.h"
+#include "formats/cab/cab_constants.h"
 #include "harbor6/groundwork/text.h"
 
 namespace harbor6::cab {
@@ -29,10 +30,28 @@ const dos_flag* flag_of(std::uint16_t id) {
     return nullptr;
 }
 
+/// "compMethod" of the files of a cabinet folder.
+std::string method_name(std::uint16_t word) {
+    namespace compression = ::format::cab::compression;
+    switch (word & compression::method_mask) {
+    case compression::stored:
+        return "stored";
+    case compression::deflate:
+        return "MSZIP";
+    case compression::quantum:
+        return "Quantum";
+    case compression::lzx:
+        return "LZX:" + un::write(word >> compression::window_shift & compression::window_mask, 10, 1);
+    default:
+        return "unknown";
+    }
+}
+
 } // namespace
 
-FileItem::FileItem(cab::Archive* archive, std::shared_ptr<const ::format::cab::file_header> read)
-    : record(std::move(read)), owner(archive) {}
+FileItem::FileItem(cab::Archive* archive, std::shared_ptr<const ::format::cab::file_header> read,
+                   std::uint16_t method)
+    : record(std::move(read)), owner(archive), compression(method) {}
 
 FileItem::~FileItem() = default;
 
@@ -52,15 +71,44 @@ bool FileItem::getBoolean(const std::string& key, bool& value) const {
     return true;
 }
 
+bool FileItem::hasString(const std::string& key) const {
+    const auto id = idFromName(key);
+    return id == key_id::pathName || id == key_id::compMethod || NamedItem::hasString(key);
+}
+
+bool FileItem::getString(const std::string& key, std::string& value) const {
+    switch (idFromName(key)) {
+    case key_id::pathName:
+        value = record->name;
+        return true;
+    case key_id::compMethod:
+        value = method_name(compression);
+        return true;
+    default:
+        return NamedItem::getString(key, value);
+    }
+}
+
 bool FileItem::hasInteger(const std::string& key) const {
-    return idFromName(key) == key_id::uncompressedSize || Item::hasInteger(key);
+    const auto id = idFromName(key);
+    return id == key_id::uncompressedSize || id == key_id::folderIndex || id == key_id::folderOffset ||
+           Item::hasInteger(key);
 }
 
 bool FileItem::getInteger(const std::string& key, std::int64_t& value) const {
-    if (idFromName(key) != key_id::uncompressedSize)
+    switch (idFromName(key)) {
+    case key_id::uncompressedSize:
+        value = static_cast<std::int64_t>(record->size);
+        return true;
+    case key_id::folderIndex:
+        value = record->folder_index;
+        return true;
+    case key_id::folderOffset:
+        value = static_cast<std::int64_t>(record->folder_offset);
+        return true;
+    default:
         return Item::getInteger(key, value);
-    value = static_cast<std::int64_t>(record->size);
-    return true;
+    }
 }
 
 bool FileItem::hasStructure(const std::string& key) const {
@@ -83,6 +131,10 @@ void FileItem::populateIndex() const {
     keys[key::modTime] = key_id::modTime;
     keys[key::uncompressedSize] = key_id::uncompressedSize;
     keys[key::win32Attributes] = key_id::win32Attributes;
+    keys[key::pathName] = key_id::pathName;
+    keys[key::compMethod] = key_id::compMethod;
+    keys[key::folderIndex] = key_id::folderIndex;
+    keys[key::folderOffset] = key_id::folderOffset;
     for (const auto& flag : dos_flags)
         keys[flag.key] = flag.id;
 }

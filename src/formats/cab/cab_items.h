@@ -14,18 +14,24 @@ class Archive;
 
 /// A file record of a cabinet, by which the client learns of the file and from which the target's file gets
 /// its name and modification time. With the archive's option `item_details` it also has "uncompressedSize",
-/// the DOS flags as "readOnly", "hidden", "system", "archive" and "executable", and all of them as the
-/// structure io::win32::attributes "win32Attributes". Nothing can be set. Its fork has no data: the cabinet's
+/// the DOS flags as "readOnly", "hidden", "system", "archive" and "executable", all of them as the structure
+/// io::win32::attributes "win32Attributes", the whole stored path as "pathName", the cabinet folder's method
+/// as "compMethod" ("stored", "MSZIP", "LZX:21"), its number as "folderIndex", and the file's place in it as
+/// "folderOffset". Nothing can be set. Its fork has no data: the cabinet's
 /// bytes reach the target through the block output. Its archive, which it doesn't count, must outlive it.
 class FileItem : public ArchiveItem, public SingleForkFile, public NamedItem<FileItem> {
 public:
-    FileItem(cab::Archive* archive, std::shared_ptr<const ::format::cab::file_header> record);
+    /// `compression` is that of the cabinet folder that holds the file.
+    FileItem(cab::Archive* archive, std::shared_ptr<const ::format::cab::file_header> record,
+             std::uint16_t compression = 0);
     ~FileItem() override;
 
     harbor6::Archive* owningArchive() const override;
     bool modifiable(const std::string& /*key*/) override { return false; }
     bool hasBoolean(const std::string& key) const override;
     bool getBoolean(const std::string& key, bool& value) const override;
+    bool hasString(const std::string& key) const override;
+    bool getString(const std::string& key, std::string& value) const override;
     bool hasInteger(const std::string& key) const override;
     bool getInteger(const std::string& key, std::int64_t& value) const override;
     bool hasStructure(const std::string& key) const override;
@@ -42,6 +48,7 @@ protected:
 private:
     std::shared_ptr<const ::format::cab::file_header> record;
     cab::Archive* owner;
+    std::uint16_t compression;
 };
 
 /// A component of a path in a cabinet, by which the client learns of the folder. It has a name, and nothing

@@ -2,6 +2,8 @@
 
 #include "formats/cab/cab_checksum.h"
 #include "formats/cab/cab_constants.h"
+#include "formats/cab/cab_published_rules.h"
+#include "harbor6/groundwork/endian.h"
 #include "harbor6/groundwork/exception.h"
 #include "harbor6/groundwork/text.h"
 #include "harbor6/stream/endian_input.h"
@@ -30,6 +32,8 @@ bool read_text(stream::input& input, const text_rules& rules, std::string& text)
     for (; byte > 0; byte = input.read())
         if (length++ < rules.longest)
             text.push_back(static_cast<char>(byte));
+        else if (rules.must_fit)
+            throw format::exception("text too long", "format::cab");
     if (byte < 0 && rules.must_end)
         throw stream::cut_short(input.tell(), "format::cab");
     return length <= rules.longest;
@@ -203,12 +207,50 @@ std::uint32_t data_header::read(stream::input& input, bool verify) {
     return static_cast<std::uint32_t>(input.tell() - input.mark);
 }
 
+bool data_header::read_published(stream::input& input) {
+    char head[published::largest_block_head];
+    const auto fill = [&input](char* bytes, unsigned length) {
+        const auto got = input.read(bytes, length);
+        if (got < length)
+            throw stream::cut_short(input.tell(), "format::cab::data_header");
+    };
+    received = 0;
+    const auto fields = static_cast<unsigned>(word_size + (reserve ? reserve->data_size : 0));
+    fill(head, word_size + fields);
+    stored_checksum = endian::load_le32(head);
+    compressed_size = endian::load_le16(head + word_size);
+    uncompressed_size = endian::load_le16(head + word_size + 2);
+    make_room();
+    const auto length = static_cast<unsigned>(compressed_size);
+    received = input.read(payload.get(), length);
+    if (received < length)
+        throw stream::cut_short(input.tell(), "format::cab::data_header");
+    if (stored_checksum == 0)
+        return true;
+    computed_checksum = published::checksum_of({payload.get(), length}, {head + word_size, fields});
+    return is_valid();
+}
+
+void data_header::skip(stream::input& input) {
+    stream::little_endian_input fields(input);
+    stored_checksum = fields.read32();
+    compressed_size = fields.read16();
+    uncompressed_size = fields.read16();
+    const auto length = compressed_size + (reserve ? reserve->data_size : 0);
+    if (fields.skip(length) < length)
+        throw stream::cut_short(input.tell(), "format::cab::data_header");
+}
+
+void data_header::make_room() {
+    if (payload && capacity >= compressed_size)
+        return;
+    payload = std::make_unique_for_overwrite<char[]>(compressed_size);
+    capacity = compressed_size;
+}
+
 /// Reads the whole words of the payload through the checksum.
 void data_header::read_words(stream::input& counted, unsigned length) {
-    if (!payload || capacity < compressed_size) {
-        payload = std::make_unique_for_overwrite<char[]>(compressed_size);
-        capacity = compressed_size;
-    }
+    make_room();
     received = counted.read(payload.get(), length);
     std::fill(payload.get() + received, payload.get() + length, '\0');
 }

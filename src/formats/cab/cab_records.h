@@ -35,6 +35,7 @@ struct text_rules {
     /// Whether a text that the end of the stream cuts raises stream::cut_short. Otherwise it is what was
     /// read.
     bool must_end = false;
+    bool must_fit = false; ///< whether a longer text raises format::exception, and isn't read further
 };
 
 /// The sizes of the reserve areas, which cabinet writers use as they like and readers skip.
@@ -144,6 +145,12 @@ public:
     /// payload that the end of the stream cuts short is padded with zeros, which only a checksum detects
     /// here; a host's stream may refuse the push-back then with stream::cut_short.
     std::uint32_t read(stream::input& input, bool verify) override;
+    /// Reads the block by the published rules: the payload is consumed and stays in `payload`, and
+    /// `computed_checksum` is published::checksum_of. A block that the end of the stream cuts raises
+    /// stream::cut_short. Returns whether the checksum is right or absent.
+    bool read_published(stream::input& input);
+    /// Passes over the whole block, payload included, without testing it. Only the sizes are set.
+    void skip(stream::input& input);
 
     std::uint64_t compressed_size = 0;   ///< bytes of payload
     std::uint64_t uncompressed_size = 0; ///< bytes that it expands to
@@ -157,6 +164,7 @@ public:
     unsigned received_size() const { return received; }
 
 private:
+    void make_room();
     void read_words(stream::input& counted, unsigned length);
     void read_tail(stream::input& input, unsigned length);
 

@@ -32,18 +32,29 @@ thread::~thread() {
     release();
 }
 
-void thread::start(basic::runnable* work) {
+void thread::prepare(basic::runnable* work) {
     if (handle != nullptr)
         throw basic::exception("the thread is already running");
     runnable = work;
     if (!reserve)
         reserve.reset(new (std::nothrow) bad_alloc(out_of_memory));
+}
+
+void thread::start(basic::runnable* work) {
+    prepare(work);
     if (reserve)
         handle = platform::start_worker(enter, this);
     if (handle == nullptr)
         throw basic::exception("cannot create a thread");
     if (priority != 0 && !platform::set_worker_priority(*handle, priority))
         throw basic::exception("cannot set thread priority");
+}
+
+void thread::run_here(basic::runnable* work) {
+    prepare(work);
+    if (!reserve)
+        throw bad_alloc(out_of_memory);
+    enter(this);
 }
 
 void thread::join() {

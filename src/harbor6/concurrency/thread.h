@@ -43,6 +43,10 @@ public:
     /// has not been released, "cannot create a thread", or "cannot set thread priority"; in the last case the
     /// run has begun and must be joined.
     void start(basic::runnable* work);
+    /// Runs `work` on the calling thread before it returns, and keeps what it throws, for raise(). It takes
+    /// the place of start() and join() where the caller has nothing to do meanwhile. Raises "the thread is
+    /// already running" as start() does, and basic::bad_alloc.
+    void run_here(basic::runnable* work);
     /// Waits until the run has ended, however long it takes; returns at once if there is none. What the run
     /// wrote is then visible. Raises "cannot join a thread".
     void join();
@@ -57,6 +61,7 @@ public:
     std::int32_t priority = 0;
 
 private:
+    void prepare(basic::runnable* work);
     static void enter(void* self) noexcept;
     void keep(const cloneable_exception& failure) noexcept;
     void keep_unknown() noexcept;

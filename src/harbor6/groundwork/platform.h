@@ -134,6 +134,10 @@ private:
 
 /// The path of the program file of this process. Raises un::exception if the platform doesn't tell.
 HARBOR6_API std::string executable_path();
+/// The path of the file of this library. Empty if the platform doesn't tell.
+std::string library_path();
+/// The environment variable `name`. Empty if it isn't set, or if the process has more rights than its user.
+HARBOR6_API std::string trusted_environment(const char* name);
 
 /// An 8-bit or multi-byte encoding that the platform knows by name. Several threads may use one at once.
 class code_page {

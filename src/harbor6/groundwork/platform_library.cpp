@@ -1,6 +1,7 @@
 #include "harbor6/groundwork/exception.h"
 #include "harbor6/groundwork/platform.h"
 
+#include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
 #include <utility>
@@ -61,6 +62,21 @@ std::string executable_path() {
     if (failure)
         throw un::exception(failure.message(), "platform::executable_path");
     return path.string();
+}
+
+std::string library_path() {
+    static const char anchor = 0;
+    Dl_info self = {};
+    std::error_code failure;
+    if (dladdr(&anchor, &self) == 0 || self.dli_fname == nullptr)
+        return {};
+    const auto path = std::filesystem::canonical(self.dli_fname, failure);
+    return failure ? std::string() : path.string();
+}
+
+std::string trusted_environment(const char* name) {
+    const char* const value = secure_getenv(name);
+    return value ? value : "";
 }
 
 } // namespace platform

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 
 namespace nio {
 
@@ -81,6 +82,12 @@ constexpr bool is_unsafe(char32_t point) {
            point == 0x200F || (point >= 0x2028 && point <= 0x202E) || (point >= 0x2066 && point <= 0x2069);
 }
 
+/// Most text: it is the same in every encoding that is tried here, and in all widths of characters.
+template<class Text>
+bool is_ascii(const Text& text) {
+    return std::all_of(text.begin(), text.end(), [](auto unit) { return unit >= 0 && unit < 0x80; });
+}
+
 } // namespace
 
 std::string stem(std::string_view path, char separator) {
@@ -96,6 +103,8 @@ std::string leaf(std::string_view path, char separator) {
 std::wstring decode(std::string_view text, int /*encoding*/) {
     if (const auto page = chosen_page())
         return page->decode(text);
+    if (is_ascii(text))
+        return {text.begin(), text.end()};
     std::wstring wide;
     wide.reserve(text.size());
     auto rest = text;
@@ -114,6 +123,11 @@ std::wstring decode(std::string_view text, int /*encoding*/) {
 std::string to_utf8(std::wstring_view wide) {
     std::string text;
     text.reserve(wide.size());
+    if (is_ascii(wide)) {
+        for (const wchar_t unit : wide)
+            text += static_cast<char>(unit);
+        return text;
+    }
     for (const wchar_t unit : wide)
         append_utf8(text, static_cast<char32_t>(unit));
     return text;
@@ -124,7 +138,10 @@ void set_code_page(const std::string& name) {
 }
 
 std::string printable(std::string_view utf8) {
-    std::string text;
+    const auto is_plain = [](char c) { return c >= 0x20 && c < 0x7F; };
+    const auto plain = std::find_if_not(utf8.begin(), utf8.end(), is_plain) - utf8.begin();
+    std::string text(utf8.substr(0, static_cast<std::size_t>(plain)));
+    utf8.remove_prefix(text.size());
     while (!utf8.empty()) {
         char32_t point;
         if (!take_utf8(utf8, point)) {
@@ -137,6 +154,21 @@ std::string printable(std::string_view utf8) {
         }
     }
     return text;
+}
+
+std::string failure_text(const std::exception_ptr& failure) {
+    std::string text;
+    try {
+        std::rethrow_exception(failure);
+    } catch (const basic::bad_alloc&) {
+        text = "out of memory";
+    } catch (const std::bad_alloc&) {
+        text = "out of memory";
+    } catch (const std::exception& known) {
+        text = known.what();
+    } catch (...) {
+    }
+    return text.empty() ? "unknown failure" : printable(text);
 }
 
 } // namespace nio

@@ -7,6 +7,7 @@
 #include "harbor6/groundwork/export.h"
 
 #include <cstdint>
+#include <exception>
 #include <string>
 #include <string_view>
 
@@ -31,6 +32,9 @@ HARBOR6_API void set_code_page(const std::string& name);
 /// `utf8` made safe for a terminal: control characters (C0, DEL, C1), bidirectional overrides, line and
 /// paragraph separators and bytes that are no UTF-8 become \xHH or \u{H}; a backslash stays as it is.
 HARBOR6_API std::string printable(std::string_view utf8);
+
+/// The text of a failure, printable and never empty.
+HARBOR6_API std::string failure_text(const std::exception_ptr& failure);
 
 } // namespace nio
 

@@ -4,6 +4,7 @@
 #include "harbor6/model/file.h"
 #include "harbor6/model/format.h"
 #include "harbor6/model/scratch_space.h"
+#include "harbor6/model/volume_source.h"
 #include "harbor6/shell/fork.h"
 
 #include <algorithm>
@@ -26,6 +27,8 @@ Fork* mainForkOf(Item& storing) {
 }
 
 } // namespace
+
+VolumeSource::~VolumeSource() = default;
 
 Archive::ModeError::ModeError(const std::string& message) : un::exception(message, "harbor6::Archive") {}
 

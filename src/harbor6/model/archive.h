@@ -9,6 +9,7 @@ namespace harbor6 {
 class ArchiveWalk;
 class EntryFolder;
 class ScratchSpace;
+class VolumeSource;
 
 /// An archive, which is a folder too. It is made on the item that stores it, to which it holds a reference;
 /// its format must outlive it. Used by one thread at a time.
@@ -121,10 +122,22 @@ public:
     /// What a host asks for beyond a plain expansion. The host sets it before it opens the archive; the
     /// defaults give a plain expansion.
     struct Options {
-        /// A name that the end of the stream cuts is a failure, as the published format has it.
+        /// The archive is read as the published format has it where a plain expansion does otherwise, which
+        /// opens archives that it can't; see docs/accepted.md. What is damaged is told to the client by
+        /// sourceArchiveDamaged, and the pass goes on with the rest if the client says so. `volumes` is used.
         bool published_rules = false;
+        /// With `published_rules`: data whose checksum is wrong is expanded all the same. Each file with such
+        /// data is told to the client by itemFailed.
+        bool ignore_checksums = false;
+        /// With `published_rules`: the client is asked about all files, and no data is read. No file that the
+        /// pass makes in its target is opened or committed.
+        bool records_only = false;
         /// Items answer every attribute that their records hold, not only name and time.
         bool item_details = false;
+        /// Only what the wanted files need is read: those for which the client returned true and the target
+        /// made a file. The pass ends when the last of them is complete, and where a format can tell, data
+        /// without a wanted file is passed over undecoded. Damage in what is not read goes unnoticed.
+        bool wanted_only = false;
         /// Bytes of a stored path that are kept; the rest of a longer one is read and dropped. No folders are
         /// made for such a path: the client is asked about the file in the target itself, under what was kept
         /// of the path as its name.
@@ -134,6 +147,11 @@ public:
     /// Where the item tree keeps the bytes of its entries; not owned. Null means the space of the
     /// archive around this one, or ScratchSpace::standard().
     ScratchSpace* scratch = nullptr;
+    /// Where the other volumes of an archive of several files come from; not owned. Null means that there are
+    /// none, and such an archive is refused.
+    VolumeSource* volumes = nullptr;
+    /// The space that is used, and must outlive the archive's operations.
+    ScratchSpace& scratchSpace() const;
 
 protected:
     void populateIndex() const override;
@@ -143,7 +161,6 @@ protected:
 private:
     /// The root of the item tree; null while the archive is closed or the tree is being built.
     EntryFolder* walkRoot() const;
-    ScratchSpace& scratchSpace() const;
 
     const Format& described;
     pattern::AcquiredPtr<Archive> outer; // outlives `storing`, which may be its entry

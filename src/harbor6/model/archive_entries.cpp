@@ -13,34 +13,33 @@ namespace harbor6 {
 
 namespace {
 
-/// Reads a range of a walk's bytes.
+/// Reads an entry's bytes.
 class EntryInput : public stream::random::input {
 public:
-    EntryInput(std::shared_ptr<const WalkState> shared, std::uint64_t offset, std::uint64_t count)
-        : state(std::move(shared)), start(offset), length(count) {}
+    EntryInput(std::shared_ptr<const WalkState> shared, EntryBytes bytes)
+        : state(std::move(shared)), stored(std::move(bytes)) {}
 
     using stream::random::input::read;
 
     bool seek(std::uint64_t value) override {
-        if (value > length)
+        if (value > size())
             return false;
         next = value;
         came_short = false;
         return true;
     }
-    std::uint64_t size() const override { return length; }
+    std::uint64_t size() const override { return stored.length(); }
     /// Pushing back after a read that returned too few bytes means that a record is incomplete: an
     /// archive in this entry is cut short.
     void unread(const char* bytes, unsigned count) override {
         if (came_short)
-            throw stream::cut_short(length, "harbor6::EntryInput");
+            throw stream::cut_short(size(), "harbor6::EntryInput");
         stream::random::input::unread(bytes, count);
     }
 
 protected:
     unsigned _read(char* buffer, unsigned wanted) override {
-        const auto available = static_cast<unsigned>(std::min<std::uint64_t>(wanted, length - next));
-        const auto count = state->bytes.read(start + next, buffer, available);
+        const auto count = stored.read(state->bytes, next, buffer, wanted);
         next += count;
         came_short = count < wanted;
         return count;
@@ -53,31 +52,30 @@ protected:
 
 private:
     std::shared_ptr<const WalkState> state;
-    std::uint64_t start;
-    std::uint64_t length;
+    EntryBytes stored;
     std::uint64_t next = 0;
     bool came_short = false; ///< the last read wanted more than there was
 };
 
-/// Appends an entry's bytes to those of the walk. One is open at a time.
+/// Appends an entry's bytes to those of the walk.
 class EntryOutput : public stream::output, public stream::segment_listener {
 public:
-    EntryOutput(std::shared_ptr<WalkState> shared, std::uint64_t& growing, std::uint64_t& stated)
-        : state(std::move(shared)), length(growing), expected(stated) {}
+    EntryOutput(std::shared_ptr<WalkState> shared, EntryBytes& growing, std::uint64_t& stated)
+        : state(std::move(shared)), stored(growing), expected(stated) {}
 
     using stream::output::write;
 
     void write(const char* buffer, unsigned count) override {
+        stored.append(state->bytes.size(), count);
         state->bytes.append(buffer, count);
-        length += count;
     }
     void write(char byte) override { write(&byte, 1); }
-    std::uint64_t tell() const override { return length; }
+    std::uint64_t tell() const override { return stored.length(); }
     void segment_begins(std::uint64_t size) override { expected = size; }
 
 private:
     std::shared_ptr<WalkState> state;
-    std::uint64_t& length;
+    EntryBytes& stored;
     std::uint64_t& expected;
 };
 
@@ -241,26 +239,54 @@ Attributes::Index* WalkEntry::newIndex() const {
     return asFolder() ? &state->folder_keys : &state->file_keys;
 }
 
+void EntryBytes::append(std::uint64_t place, unsigned count) {
+    if (total == 0) {
+        first_place = place;
+    } else {
+        const auto last = later.empty() ? run{0, first_place} : later.back();
+        if (last.place + (total - last.offset) != place)
+            later.push_back({total, place});
+    }
+    total += count;
+}
+
+unsigned EntryBytes::read(const ScratchLog& log, std::uint64_t offset, char* buffer, unsigned count) const {
+    unsigned done = 0;
+    while (done < count && offset + done < total) {
+        const auto at = offset + done;
+        const auto behind =
+            std::upper_bound(later.begin(), later.end(), at,
+                             [](std::uint64_t value, const run& each) { return value < each.offset; });
+        const auto here = behind == later.begin() ? run{0, first_place} : *std::prev(behind);
+        const auto end = behind == later.end() ? total : behind->offset;
+        const auto wanted = static_cast<unsigned>(std::min<std::uint64_t>(count - done, end - at));
+        const auto came = log.read(here.place + (at - here.offset), buffer + done, wanted);
+        done += came;
+        if (came < wanted)
+            break;
+    }
+    return done;
+}
+
 EntryFork::EntryFork(const EntryFile& owning) : SimpleFork(nullptr), entry(owning) {}
 
 EntryFork::~EntryFork() = default;
 
 data::CountedInput EntryFork::input(bool /*expanding*/) const {
-    return complete ? data::CountedInput(new EntryInput(entry.state, offset, length)) : data::CountedInput();
+    return complete ? data::CountedInput(new EntryInput(entry.state, bytes)) : data::CountedInput();
 }
 
 data::random::CountedInput EntryFork::randomInput(bool /*expanding*/, bool /*shared*/) const {
-    return complete ? data::random::CountedInput(new EntryInput(entry.state, offset, length))
+    return complete ? data::random::CountedInput(new EntryInput(entry.state, bytes))
                     : data::random::CountedInput();
 }
 
 data::CountedOutput EntryFork::output(bool /*expanding*/) {
     if (!entry.state->building)
         return {};
-    offset = entry.state->bytes.size();
-    length = 0;
+    bytes = {};
     expected = unknown;
-    return data::CountedOutput(new EntryOutput(entry.state, length, expected));
+    return data::CountedOutput(new EntryOutput(entry.state, bytes, expected));
 }
 
 EntryFile::EntryFile(std::shared_ptr<WalkState> shared) : WalkEntry(std::move(shared)), OneForkFile(*this) {
@@ -270,7 +296,7 @@ EntryFile::EntryFile(std::shared_ptr<WalkState> shared) : WalkEntry(std::move(sh
 EntryFile::~EntryFile() = default;
 
 void EntryFile::itemCommitted() {
-    fork.complete = fork.expected == EntryFork::unknown || fork.length == fork.expected;
+    fork.complete = fork.expected == EntryFork::unknown || fork.bytes.length() == fork.expected;
 }
 
 bool EntryFile::hasInteger(const std::string& key) const {
@@ -280,7 +306,7 @@ bool EntryFile::hasInteger(const std::string& key) const {
 bool EntryFile::getInteger(const std::string& key, std::int64_t& value) const {
     if (idFromName(key) != key_id::uncompressedSize)
         return WalkEntry::getInteger(key, value);
-    value = static_cast<std::int64_t>(fork.length);
+    value = static_cast<std::int64_t>(fork.bytes.length());
     return true;
 }
 

@@ -85,9 +85,30 @@ private:
     std::unique_ptr<std::vector<std::pair<std::uint16_t, Value>>> others; ///< by id
 };
 
+/// Where an entry's bytes are among those of the walk: in one run, or in several if entries were written in
+/// turns.
+class EntryBytes {
+public:
+    /// Adds `count` bytes, which begin at `place` of the log.
+    void append(std::uint64_t place, unsigned count);
+    /// Reads up to `count` bytes from `offset` of the entry on, fewer only at its end.
+    unsigned read(const ScratchLog& log, std::uint64_t offset, char* buffer, unsigned count) const;
+    std::uint64_t length() const { return total; }
+
+private:
+    struct run {
+        std::uint64_t offset; ///< in the entry
+        std::uint64_t place;  ///< in the log
+    };
+
+    std::uint64_t total = 0;
+    std::uint64_t first_place = 0;
+    std::vector<run> later; ///< the runs behind the first one, which has the offset 0
+};
+
 class EntryFile;
 
-/// The fork of an entry: a range of the walk's bytes. It has an input once the file was committed with all
+/// The fork of an entry: a part of the walk's bytes. It has an input once the file was committed with all
 /// its bytes, and an output only while the walk is built.
 class EntryFork : public SimpleFork {
 public:
@@ -102,13 +123,12 @@ public:
     void setOwner(File& file) { owner = &file; }
 
     bool complete = false; ///< the file was committed with all its bytes
-    std::uint64_t length = 0;
+    EntryBytes bytes;
     static constexpr std::uint64_t unknown = ~std::uint64_t{0};
     std::uint64_t expected = unknown; ///< the length that the archive states
 
 private:
     const EntryFile& entry;
-    std::uint64_t offset = 0; ///< of the first byte in the walk's bytes
 };
 
 /// A file of an archive. If the pass didn't commit it, it has no input.

@@ -50,6 +50,25 @@ Archive* Classifier::acquireStreamArchive(File& file) {
     return format ? format->_newArchiveAtItem(&file, 0) : nullptr;
 }
 
+Archive* Classifier::acquireContinuedArchive(File& file) {
+    const Fork* const fork = file.getMainFork();
+    const auto bytes = fork ? fork->input(true) : data::CountedInput();
+    if (!bytes)
+        return nullptr;
+    const auto sample = std::make_unique_for_overwrite<char[]>(sample_size);
+    const un::array<char> head(sample.get(), bytes->read(sample.get(), sample_size));
+    for (const auto& format : registered) {
+        const Recognition test(*format, head);
+        try {
+            if (test.matches() && test.recogniser->continues_at(0))
+                return format->_newArchiveAtItem(&file, 0);
+        } catch (const stream::exception&) {
+            // The sample ends inside the supposed header.
+        }
+    }
+    return nullptr;
+}
+
 Archive* Classifier::acquireFileArchive(File& file, std::uint32_t /*a*/, std::uint32_t /*b*/,
                                         std::uint32_t /*c*/) {
     return acquireStreamArchive(file);

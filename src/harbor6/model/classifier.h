@@ -29,7 +29,10 @@ public:
     /// An unopened archive on `file`, counted for the caller; null if no format recognises it or its main
     /// fork can't be read. The first format to recognise it is used. What reading raises passes through.
     virtual Archive* acquireStreamArchive(File& file);
-    /// Here the same; a host's class may use the other arguments.
+    /// The same for a file that is a volume of an archive and continues it from another file. It is expanded
+    /// by hosts alone that set Archive::volumes and the option `published_rules`.
+    Archive* acquireContinuedArchive(File& file);
+    /// As acquireStreamArchive; a host's class may use the other arguments.
     virtual Archive* acquireFileArchive(File& file, std::uint32_t a, std::uint32_t b, std::uint32_t c);
 
     /// The format of the archive that starts at the first byte of `sample`; null if none recognises it.

@@ -13,6 +13,7 @@ FileSplitter::~FileSplitter() {
 
 void FileSplitter::start() {
     current = 0;
+    wanted_end = findWantedEnd();
     openCurrent();
 }
 
@@ -32,6 +33,17 @@ void FileSplitter::endStream() {
         next();
     }
     closeCurrent();
+}
+
+bool FileSplitter::wantsMore() const {
+    return current == none ? findWantedEnd() > 0 : current < wanted_end;
+}
+
+std::size_t FileSplitter::findWantedEnd() const {
+    auto end = entries.size();
+    while (end > 0 && !entries[end - 1].target)
+        --end;
+    return end;
 }
 
 void FileSplitter::next() {

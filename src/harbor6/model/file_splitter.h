@@ -42,6 +42,8 @@ public:
     /// file that is complete and the empty files after it, except the last of them; then closes the stream of
     /// the file that is current, which finish() commits. Bytes written later are discarded.
     void endStream();
+    /// Whether a target still waits for bytes or for its commit. Before start() any target does.
+    bool wantsMore() const;
 
     std::vector<entry> entries; ///< in the order of the stream; not to be changed after start()
 
@@ -51,8 +53,10 @@ private:
     void openCurrent();
     void closeCurrent();
     entry* currentEntry();
+    std::size_t findWantedEnd() const;
 
     std::size_t current = none;
+    std::size_t wanted_end = 0; ///< index behind the last entry that had a target at start()
     data::CountedOutput current_output;
     stream::infinite_output sink;
 };

@@ -224,6 +224,7 @@ void Folder::promoteOnlyItem(AcquiredPtr<Item>& result) {
     if (!folder || !folder->hasBoolean(key::pluralContent) || folder->boolean(key::pluralContent))
         return;
     const auto name = folder->string(key::name);
+    std::exception_ptr failure;
     try {
         if (!AcquiredPtr<const Item>(folder->acquireFirstItem()))
             return;
@@ -238,11 +239,21 @@ void Folder::promoteOnlyItem(AcquiredPtr<Item>& result) {
         }
     } catch (...) {
         // The wrapper stays, under its old name.
+        failure = std::current_exception();
     }
     try {
         folder->setString(key::name, name);
         folder->commitItem();
     } catch (...) {
+        if (!failure)
+            failure = std::current_exception();
+    }
+    if (!failure)
+        return;
+    try {
+        shell().client().promotionFailed(*folder, failure);
+    } catch (...) {
+        // The archive is expanded all the same.
     }
 }
 

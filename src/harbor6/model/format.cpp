@@ -16,6 +16,18 @@ unsigned classifier::default_result() {
     return 0;
 }
 
+std::string_view classifier::leading_bytes() const {
+    return {};
+}
+
+std::uint64_t classifier::measure(stream::input& /*archive*/) {
+    return ~std::uint64_t{0};
+}
+
+bool classifier::continues_at(unsigned /*offset*/) {
+    return false;
+}
+
 } // namespace format
 
 namespace harbor6 {

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace format {
@@ -27,6 +28,18 @@ public:
     /// The full test: whether an archive of the format begins at `offset`. Raises stream::exception if the
     /// sample ends inside the header.
     virtual bool confirm_at(unsigned offset) = 0;
+    /// What every archive of the format begins with, so that a search inside other files can pass over all
+    /// else quickly; valid as long as the classifier. Empty by default: each offset is tested.
+    virtual std::string_view leading_bytes() const;
+    /// The size in bytes of the archive at whose first byte `archive` stands and which confirm_at accepts: 0
+    /// if its head makes no sense, so that it is no archive; all ones if it doesn't tell, as by default.
+    /// Reads a few records at most. Positions of `archive` count from that byte, and it seeks where its
+    /// source can. What reading raises passes through.
+    virtual std::uint64_t measure(stream::input& archive);
+    /// Whether what begins at `offset` is a volume that continues an archive from another file, which
+    /// confirm_at doesn't accept. An archive made on it can be expanded by a host that has the others. False
+    /// by default; failures as of confirm_at.
+    virtual bool continues_at(unsigned offset);
 
     std::uint32_t format_number;
     void* owner = nullptr; ///< for the host's use

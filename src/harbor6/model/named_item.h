@@ -39,8 +39,9 @@ public:
 protected:
     void populateIndex() const override {
         static bool filled = false;
-        if (!std::exchange(filled, true))
+        if (!filled)
             NameAndTime::populateIndex();
+        filled = true;
     }
     Index* newIndex() const override {
         static Index keys;

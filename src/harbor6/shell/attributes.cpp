@@ -149,7 +149,15 @@ Attributes::Index* Attributes::newIndex() const {
 Attributes::Index& Attributes::index() const {
     if (!index_map) {
         index_map = newIndex();
-        populateIndex();
+        try {
+            populateIndex();
+        } catch (...) { // all keys or none: the next use fills it again
+            index_map->clear();
+            if (owns_index)
+                delete index_map;
+            index_map = nullptr;
+            throw;
+        }
     }
     return *index_map;
 }

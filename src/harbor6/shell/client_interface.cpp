@@ -39,4 +39,10 @@ void ClientInterface::itemFailed(std::uint32_t /*code*/, const Item& /*source*/,
 
 void ClientInterface::sourceArchiveFailed(Archive& /*archive*/, const std::exception_ptr& /*failure*/) {}
 
+void ClientInterface::promotionFailed(Folder& /*folder*/, const std::exception_ptr& /*failure*/) {}
+
+bool ClientInterface::sourceArchiveDamaged(Archive& /*archive*/, const std::exception_ptr& /*failure*/) {
+    return false;
+}
+
 } // namespace harbor6

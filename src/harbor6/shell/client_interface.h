@@ -55,6 +55,13 @@ public:
     virtual void itemFailed(std::uint32_t code, const Item& source, Item& target);
     /// The expansion of `archive` failed with `failure`; sourceArchiveDone follows.
     virtual void sourceArchiveFailed(Archive& archive, const std::exception_ptr& failure);
+    /// A part of `archive` is damaged or missing, as `failure` says, and the files that need it were ended
+    /// before this call. Whether to go on with the rest; by default `failure` ends the pass.
+    virtual bool sourceArchiveDamaged(Archive& archive, const std::exception_ptr& failure);
+    /// The only item of an expanded archive could not replace `folder`, which was made for its content:
+    /// `failure` says why. The content is complete, and `folder` has its own name again, if that was
+    /// possible.
+    virtual void promotionFailed(Folder& folder, const std::exception_ptr& failure);
 };
 
 } // namespace harbor6

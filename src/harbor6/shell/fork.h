@@ -41,7 +41,9 @@ public:
     /// Reserved; never called.
     virtual void forkHook(std::uint32_t x);
     /// The fork's bytes from the first one on; empty if the fork can't be read. `expanding` asks for the
-    /// contents rather than for a packed form in which they are stored.
+    /// contents rather than for a packed form in which they are stored. For the file of an archive the stream
+    /// must take back what it delivered last (unread) and seek back into it, by 256 KiB at least: MSZIP
+    /// cabinets need that. stream::memory_input and host::file_input do.
     virtual data::CountedInput input(bool expanding) const;
     /// The same with random access; with `shared` the stream may be one that others use too.
     virtual data::random::CountedInput randomInput(bool expanding, bool shared) const;

@@ -129,6 +129,11 @@ inline constexpr char hidden[] = "hidden";
 inline constexpr char system[] = "system";
 inline constexpr char directory[] = "directory";
 
+// Of items with details (Archive::Options::item_details): which of the archive's streams holds the file's
+// data, counted from 0, and where in it they begin.
+inline constexpr char folderIndex[] = "folderIndex";
+inline constexpr char folderOffset[] = "folderOffset";
+
 // No keys: reserved texts.
 inline constexpr char File[] = "File";
 inline constexpr char unknown[] = "unknown";
@@ -155,6 +160,10 @@ inline constexpr std::uint16_t readOnly = 0x1011;
 inline constexpr std::uint16_t hidden = 0x1012;
 inline constexpr std::uint16_t system = 0x1013;
 inline constexpr std::uint16_t archive = 0x1014;
+inline constexpr std::uint16_t pathName = 0x1020;
+inline constexpr std::uint16_t compMethod = 0x1021;
+inline constexpr std::uint16_t folderIndex = 0x1022;
+inline constexpr std::uint16_t folderOffset = 0x1023;
 inline constexpr std::uint16_t numItems = 0x3001;
 inline constexpr std::uint16_t pluralContent = 0x3002;
 inline constexpr std::uint16_t containsLocked = 0x3003;

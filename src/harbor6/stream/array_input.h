@@ -30,8 +30,8 @@ private:
 namespace stream {
 
 /// Reads memory in place. It copies nothing: the bytes must outlive the stream and stay unchanged. tell()
-/// counts from the start of the array. Can't seek. Never fails: at the end reads return fewer bytes. One
-/// thread at a time.
+/// counts from the start of the array. Can't seek: memory_input can, which archives need. Never fails: at the
+/// end reads return fewer bytes. One thread at a time.
 class HARBOR6_API array_input : public virtual input {
 public:
     /// Starts at `offset`, or at the end of the array if that is smaller.

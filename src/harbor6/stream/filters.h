@@ -76,6 +76,13 @@ protected:
     unsigned _read(char* buffer, unsigned length) override { return adapted->read(buffer, length); }
     int _read() override { return adapted->get(); }
     std::uint64_t _skip(std::uint64_t count) override { return nio::skip(*adapted, count, 65536); }
+    /// The copy_to() of the adapted object, if it has one.
+    std::uint64_t _copy_to(output& target) override {
+        if constexpr (requires { adapted->copy_to(target); })
+            return adapted->copy_to(target);
+        else
+            return filter_input::_copy_to(target);
+    }
     std::uint64_t _tell() const override { return adapted->tell(); }
 
 private:

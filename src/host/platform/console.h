@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,5 +28,24 @@ private:
 
 /// Writes one line to the standard error, in one piece.
 void print_error_line(std::string line);
+
+/// Shows `line` on the terminal behind the standard error until something else is printed or another status
+/// is shown; an empty one removes it. Any thread may call it.
+void show_status(const std::string& line);
+
+// A process that works for another one prints through it, in pieces.
+
+struct printed_piece {
+    enum kind_of_piece : char { output = 'o', error = 'e', message = 'm' };
+    kind_of_piece kind;
+    std::string_view text;
+};
+
+/// From now on this process prints pieces to `descriptor`.
+void print_to(int descriptor);
+/// Prints a piece, or what another process has printed.
+void print_piece(const printed_piece& piece);
+/// Takes the first piece of what a process has printed; empty if it isn't complete.
+std::optional<printed_piece> take_printed_piece(std::string_view& printed);
 
 } // namespace host

@@ -82,21 +82,47 @@ TEST(FlateAdaptor, WindsUpWhateverItsStateIs) {
     failed.start();
 }
 
-TEST(FlateAdaptor, AFailedWriteWindsTheWorkerUpAndIsTheOneTold) {
-    // The second worker has a failure of its own by the time it is joined.
+TEST(FlateAdaptor, CopiesAWholeRunOrItsRest) {
+    for (const unsigned read_before : {0u, 1u, 70'000u}) {
+        SCOPED_TRACE(read_before);
+        support::seekable_input in(compress(big, 6) + compress("next", 6));
+        support::memory_output out;
+        decompressor decoder(in, 15, true);
+        EXPECT_EQ(decoder.copy_to(out), 0u) << "not started";
+        decoder.start();
+        std::string begin(read_before, '\0');
+        EXPECT_EQ(decoder.read(begin.data(), read_before), read_before);
+        EXPECT_EQ(decoder.copy_to(out), big.size() - read_before);
+        EXPECT_EQ(decoder.copy_to(out), 0u);
+        EXPECT_EQ(decoder.tell(), big.size());
+        decoder.finish();
+        EXPECT_EQ(begin + out.bytes, big);
+        decoder.start();
+        decoder.finish(); // a run without a reader
+        EXPECT_EQ(in.tell(), in.size());
+    }
+}
+
+TEST(FlateAdaptor, AFailedWriteEndsTheRunAndIsTheOneTold) {
+    // The second run has a failure of its own.
     bit_writer fails_too = bit_writer().field(1, 1).field(1, 2).fixed('z');
     for (unsigned i = 0; i < 2000; ++i)
         fails_too.fixed(285).fixed_distance(0);
     fails_too.fixed(286);
     for (const std::string& source : {compress(big, 6), fails_too.bytes}) {
-        support::seekable_input in(source);
-        full_output out;
-        EXPECT_EQ(refusal_of([&] {
-                      decompressor decoder(in, 15, true);
-                      decoder.start();
-                      decoder.copy_to(out);
-                      decoder.finish();
-                  }),
-                  "disk full");
+        for (const bool whole : {true, false}) {
+            support::seekable_input in(source);
+            full_output out;
+            EXPECT_EQ(refusal_of([&] {
+                          decompressor decoder(in, 15, true);
+                          decoder.start();
+                          if (!whole)
+                              decoder.read();
+                          decoder.copy_to(out);
+                          decoder.finish();
+                      }),
+                      "disk full");
+            EXPECT_EQ(in.tell(), in.size());
+        }
     }
 }

@@ -8,6 +8,7 @@
 #include <array>
 #include <functional>
 #include <gtest/gtest.h>
+#include <map>
 
 namespace {
 
@@ -20,15 +21,18 @@ struct outcome {
     std::string bytes;
 };
 
+/// The exact loop in a new decoder, both loops in one that has decoded what came before, sound or not.
 outcome decode(const frames& coded, unsigned window_bits, bool exact_only) {
     std::string all;
     for (const auto& frame : coded)
         all += frame.bytes;
     support::memory_input input(all);
     outcome got;
-    algorithm::lzx::decompressor decoder(1u << window_bits);
-    if (exact_only)
-        decoder.use_exact_loop_only();
+    algorithm::lzx::decompressor fresh(1u << window_bits);
+    fresh.use_exact_loop_only();
+    static std::map<unsigned, algorithm::lzx::decompressor> used;
+    auto& decoder = exact_only ? fresh : used.try_emplace(window_bits, 1u << window_bits).first->second;
+    decoder.restart();
     for (const auto& frame : coded) {
         support::memory_output output;
         got.results.push_back(decoder.process_block(input, output, frame.bytes.size(), frame.size));
@@ -260,6 +264,24 @@ TEST(LzxDecompressor, PadsOddRawBlocksAndPassesEmptyOnesAndEmptyFrames) {
         auto coded = writer.finish();
         coded.at(0) = {coded.at(0).bytes.substr(0, 4) + std::string(left, 1), 1};
         EXPECT_EQ(decoded(coded, 15).results.back(), left == 8 ? -1 : 1) << left;
+    }
+}
+
+TEST(LzxDecompressor, ByThePublishedRulesTranslationEndsAfter32768Frames) {
+    const std::string offsets("\1\0\0\0\1\0\0\0\1\0\0\0", 12), call = "\xE8" + std::string(15, '\0');
+    for (const bool published : {false, true}) {
+        algorithm::lzx::decompressor decoder(1u << 15);
+        if (published)
+            decoder.use_published_rules();
+        for (unsigned frame = 0; frame <= 32768; ++frame) {
+            // A raw block of 16 bytes; in the first frame behind a translation size of 2^20.
+            const auto header = frame == 0 ? std::string("\x08\x80\x00\x00\x00\x30\x00\x01", 8)
+                                           : std::string("\x00\x60\x00\x02", 4);
+            support::memory_input input(header + offsets + call);
+            support::memory_output output;
+            ASSERT_EQ(decoder.process_block(input, output, header.size() + 28, 16), 16) << frame;
+            ASSERT_EQ(output.bytes == call, frame == 0 || (published && frame == 32768)) << frame;
+        }
     }
 }
 

@@ -10,7 +10,8 @@
 namespace {
 
 /// The translation as it is defined, byte by byte.
-void translate_plainly(std::string& frame, std::uint32_t translation_size, std::uint32_t& position) {
+void translate_plainly(std::string& frame, std::uint32_t translation_size, std::uint32_t& position,
+                       bool published) {
     const std::size_t stop = frame.size() - std::min<std::size_t>(frame.size(), 6);
     const std::uint32_t first = std::exchange(position, position + static_cast<std::uint32_t>(frame.size()));
     const std::string last = frame.substr(stop);
@@ -19,11 +20,11 @@ void translate_plainly(std::string& frame, std::uint32_t translation_size, std::
         const auto at = first + static_cast<std::uint32_t>(i);
         if (frame[i] != '\xE8')
             continue;
-        if (at >= first + static_cast<std::uint32_t>(stop))
+        if (at >= first + static_cast<std::uint32_t>(stop) || (published && i + 10 >= frame.size()))
             break;
         std::uint32_t value;
         std::memcpy(&value, frame.data() + i + 1, 4);
-        value += value < translation_size ? 0 - at : 0 - value < at ? translation_size : 0;
+        value += value < translation_size ? 0 - at : 0 - value < at + published ? translation_size : 0;
         std::memcpy(frame.data() + i + 1, &value, 4);
         i += 4;
     }
@@ -31,13 +32,15 @@ void translate_plainly(std::string& frame, std::uint32_t translation_size, std::
 }
 
 void expect_as_defined(const std::string& frame, std::uint32_t translation_size, std::uint32_t position) {
-    std::string expected = frame, translated = frame;
-    std::uint32_t expected_position = position, translated_position = position;
-    translate_plainly(expected, translation_size, expected_position);
-    algorithm::lzx::translate_calls(reinterpret_cast<std::uint8_t*>(translated.data()), translated.size(),
-                                    translation_size, translated_position);
-    ASSERT_TRUE(translated == expected) << "size " << translation_size << ", position " << position;
-    ASSERT_EQ(translated_position, expected_position);
+    for (const bool published : {false, true}) {
+        std::string expected = frame, translated = frame;
+        std::uint32_t expected_position = position, translated_position = position;
+        translate_plainly(expected, translation_size, expected_position, published);
+        algorithm::lzx::translate_calls(reinterpret_cast<std::uint8_t*>(translated.data()), translated.size(),
+                                        translation_size, translated_position, published);
+        ASSERT_TRUE(translated == expected) << "size " << translation_size << ", position " << position;
+        ASSERT_EQ(translated_position, expected_position);
+    }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "formats/cab/cab_item_reader.h"
 #include "formats/cab/cab_records.h"
+#include "harbor6/stream/memory_input.h"
 #include "support/cabinet_writer.h"
 #include "support/memory_streams.h"
 #include "support/refusal.h"
@@ -103,7 +104,7 @@ TEST(ItemReader, RunsDecodersBlockByBlockAndRefusesWhatDoesntFit) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        support::seekable_input input(c.data);
+        stream::memory_input input(c.data);
         memory_output output;
         folder_header folder;
         folder.compression = c.compression;
@@ -114,4 +115,11 @@ TEST(ItemReader, RunsDecodersBlockByBlockAndRefusesWhatDoesntFit) {
         EXPECT_EQ(output.bytes, c.expanded);
         EXPECT_EQ(input.tell(), c.data.size() - c.unread);
     }
+    folder_header folder;
+    folder.compression = support::mszip;
+    folder.block_count = 2;
+    memory_input fixed(cases[0].data);
+    memory_output output;
+    EXPECT_EQ(support::refusal_of([&] { item_reader(&folder).process(fixed, output); }),
+              reporter + "the archive's stream can't seek back, as MSZIP needs");
 }

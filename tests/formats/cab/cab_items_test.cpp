@@ -24,12 +24,14 @@ TEST(CabItems, HaveTheirRecordsNameTimeAndDetails) {
 
     archive->options.item_details = true;
     record->size = 0xFFFFFFFF;
+    record->folder_offset = 77;
+    record->folder_index = 7;
     const std::pair<const char*, std::uint16_t> flags[] = {
         {"readOnly", 1}, {"hidden", 2}, {"system", 4}, {"archive", 0x20}, {"executable", 0x40}};
     for (const auto& [key, bit] : flags) {
         SCOPED_TRACE(key);
         record->attributes.from_dos_flags(bit);
-        const pattern::AcquiredPtr detailed(new harbor6::cab::FileItem(archive, record));
+        const pattern::AcquiredPtr detailed(new harbor6::cab::FileItem(archive, record, 0x1503));
         EXPECT_TRUE(!file->has(key) && detailed->hasBoolean(key) && !detailed->modifiable(key));
         for (const auto& [other, ignored] : flags)
             EXPECT_EQ(detailed->boolean(other), std::string_view(other) == key);
@@ -38,6 +40,8 @@ TEST(CabItems, HaveTheirRecordsNameTimeAndDetails) {
         EXPECT_TRUE(detailed->getStructure("win32Attributes", all) && all.system == (bit == 4));
         EXPECT_TRUE(!file->has("uncompressedSize") && detailed->hasInteger("uncompressedSize"));
         EXPECT_EQ(detailed->integer("uncompressedSize"), 0xFFFFFFFF);
+        EXPECT_EQ(detailed->integer("folderOffset") - detailed->integer("folderIndex"), 70);
+        EXPECT_EQ(detailed->string("pathName") + detailed->string("compMethod"), "a/b/c.txtLZX:21");
         EXPECT_TRUE(detailed->string("name") == "c.txt" && fs::time(detailed->time("modTime")).month == 2);
     }
 }

@@ -9,6 +9,7 @@
 #include <random>
 
 using pattern::AcquiredPtr;
+using support::block_record;
 using support::cabinet;
 using support::cabinet_host;
 using support::mszip;
@@ -119,6 +120,7 @@ TEST(ContentScan, CutsTheFolderRightWhateverIsWanted) {
         }
         for (unsigned round = 0; round < 12; ++round) {
             cabinet_host host(made.bytes());
+            host.archive->options.wanted_only = round % 2;
             std::multiset<std::string> tree{"d/\n"};
             for (unsigned i = 0; i < 12; ++i) {
                 if (round == 0 || random() % 2)
@@ -210,6 +212,40 @@ TEST(ContentScan, FollowsTheArchivesOptions) {
     for (const auto& c : cases) {
         cabinet_host host(c.bytes);
         host.archive->options = c.options;
+        EXPECT_EQ(host.expand(), c.refusal);
+        EXPECT_EQ(host.tree(), c.tree);
+    }
+}
+
+TEST(ContentScan, ReadsNoFurtherThanTheWantedFilesNeed) {
+    const block_record damaged{.payload = "xyz", .checksum = 1};
+    cabinet made;
+    made.file("a", "12345").file("b", "").block(damaged);        // wanted
+    made.folder(support::quantum).block(damaged).block(damaged); // no file of it is
+    made.file({.name = "c", .size = 6, .folder_index = 1});
+    made.folder(support::stored).file("d", "678").file("e", "90"); // the first file is wanted
+    made.folders.back().block_size = 3;
+    made.block(damaged).folder(mszip).block(damaged);
+    const auto bytes = made.bytes();
+    const struct {
+        std::set<std::string> declined;
+        const char *refusal, *tree;
+        std::size_t missing = 0; ///< bytes at the end of the cabinet
+    } cases[] = {
+        {{"c", "e"}, "", "a=12345\nb=\nd=678\n", 32},
+        {{"a", "b", "c"}, "", "d=678\ne=90\n", 22},
+        {{"c", "d", "e"}, "", "a=12345\nb=\n", 76},
+        {{"a", "b", "c", "d", "e"}, "", "", 89},
+        {{"d", "e"},
+         "format::cab::item_reader: quantum compression method not supported",
+         "a=12345\nb=\nc=\n"},
+        {{"c", "e"}, "format::cab::data_header: cut short: the input ends at byte 203", "a=12345\nb=\n", 44},
+    };
+    for (const auto& c : cases) {
+        cabinet_host host(support::cut(bytes, bytes.size() - c.missing));
+        host.archive->options.wanted_only = true;
+        for (const auto& name : c.declined)
+            host.client.declined.insert("sourceFile " + name);
         EXPECT_EQ(host.expand(), c.refusal);
         EXPECT_EQ(host.tree(), c.tree);
     }

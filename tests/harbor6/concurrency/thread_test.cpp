@@ -75,6 +75,9 @@ TEST(Thread, RaisesInTheJoinerWhatTheRunThrew) {
         thread.start(&work);
         thread.join();
         EXPECT_EQ(thrown_by([&] { thread.raise(); }), thrown_by(expected));
+        thread.release();
+        thread.run_here(&work);
+        EXPECT_EQ(thrown_by([&] { thread.raise(); }), thrown_by(expected));
     }
 }
 

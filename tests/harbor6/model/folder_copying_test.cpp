@@ -330,6 +330,8 @@ TEST(FolderCopying, ASingleItemTakesThePlaceOfItsWrapper) {
             EXPECT_EQ(host.tree(), c.tree);
             EXPECT_EQ(name_of(*result), c.result);
             EXPECT_TRUE(result->expanded);
+            const auto told = host.client.log.find("promotionFailed a\n") != std::string::npos;
+            EXPECT_EQ(told, !c.fails.empty() && !c.fails.starts_with("sourceFile"));
         }
     }
 }

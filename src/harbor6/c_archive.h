@@ -1,0 +1,56 @@
+#pragma once
+
+#include "harbor6/c.h"
+#include "harbor6/hosts/archive_reader.h"
+
+#include <map>
+#include <memory>
+#include <new>
+#include <string>
+
+// What the sources of the C interface share.
+
+struct harbor6_formats {
+    harbor6::ClientInterface unused; ///< the formats here are only shared, each archive has its own client
+    host::Registry registry{unused};
+    std::string error;
+};
+
+struct harbor6_archive {
+    std::unique_ptr<host::ArchiveReader> reader;
+    std::string format;
+    std::map<std::string, std::size_t> by_path; ///< made by the first lookup
+    harbor6_status code = HARBOR6_OK;
+    std::string error;
+};
+
+namespace c_interface {
+
+/// A callback returned nonzero.
+class aborted : public qpthr::Cloneable<aborted, un::exception> {
+public:
+    aborted() : Cloneable("ended by the caller", "harbor6/c.h") {}
+};
+
+/// The status for the exception in flight.
+harbor6_status status_in_flight();
+harbor6_status keep(harbor6_archive& archive, harbor6_status code, std::string text) noexcept;
+harbor6_status keep_in_flight(harbor6_archive& archive) noexcept;
+
+/// Runs `act`, and keeps how it ended.
+template<class Act>
+harbor6_status guarded(harbor6_archive* archive, Act act) noexcept {
+    if (!archive)
+        return HARBOR6_NO_MEMORY;
+    try {
+        if (!archive->reader)
+            return archive->code;
+        keep(*archive, HARBOR6_OK, {});
+        act();
+        return archive->code;
+    } catch (...) {
+        return keep_in_flight(*archive);
+    }
+}
+
+} // namespace c_interface

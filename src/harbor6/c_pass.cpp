@@ -1,0 +1,215 @@
+#include "harbor6/c_archive.h"
+#include "harbor6/concurrency/thread.h"
+#include "harbor6/groundwork/text.h"
+#include "harbor6/model/archive_finder.h"
+#include "harbor6/posix/file_input.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <cstring>
+#include <deque>
+#include <mutex>
+#include <set>
+
+namespace {
+
+using c_interface::aborted;
+
+constexpr std::size_t longest_piece = 256 * 1024;
+constexpr std::size_t most_pieces = 4096;
+constexpr std::size_t most_bytes = 1024 * 1024;
+
+/// Bytes of one entry, in their order.
+struct piece {
+    std::size_t entry = 0;
+    std::string bytes;
+    bool last = false;     ///< of its entry
+    bool complete = false; ///< the last one: no bytes of the entry are missing
+};
+
+} // namespace
+
+/// The worker reads the archive and adds pieces at the end of the queue; the caller takes them from its
+/// start.
+struct harbor6_pass : host::entry_receiver, basic::runnable {
+    harbor6_pass(harbor6_archive* source, std::size_t first_entry) : archive(source), first(first_entry) {}
+
+    void run() override {
+        c_interface::guarded(archive, [&] { archive->reader->read(*this); });
+        const std::lock_guard lock(mutex);
+        finished = true;
+        changed.notify_all();
+    }
+
+    bool wants(std::size_t entry) override { return entry >= first; }
+
+    void bytes(std::size_t entry, std::string_view more) override {
+        if (!follows(entry))
+            return;
+        std::unique_lock lock(mutex);
+        await_room(lock);
+        if (begins_piece(entry) || queue.back().bytes.size() + more.size() > longest_piece) {
+            queue.push_back({entry, {}, false, false});
+            changed.notify_all(); // the piece in front of it is full
+        }
+        queue.back().bytes += more;
+        queued += more.size();
+    }
+
+    void ended(std::size_t entry, bool complete) override {
+        const std::lock_guard lock(mutex);
+        try {
+            if (!follows(entry))
+                return;
+            if (begins_piece(entry))
+                queue.push_back({entry, {}, false, false});
+            queue.back().last = true;
+            queue.back().complete = complete;
+            delivering = false;
+        } catch (...) {
+            closing = true; // it is told from destructors too, so nothing is raised before the next bytes
+        }
+        changed.notify_all();
+    }
+
+    /// Whether to deliver the entry of which something came. Entries may share bytes, and then come together:
+    /// those that begin while another is delivered are left out, as are those before the first.
+    bool follows(std::size_t entry) {
+        if (delivering)
+            return entry == present || (left_out.insert(entry), false);
+        reached = reached || entry == first;
+        if (!reached)
+            left_out.insert(entry);
+        delivering = left_out.count(entry) == 0;
+        present = entry;
+        return delivering;
+    }
+
+    bool begins_piece(std::size_t entry) const {
+        return queue.empty() || queue.back().last || queue.back().entry != entry;
+    }
+
+    void await_room(std::unique_lock<std::mutex>& lock) {
+        changed.wait(lock, [&] { return closing || (queued < most_bytes && queue.size() < most_pieces); });
+        if (closing)
+            throw aborted();
+    }
+
+    /// Makes the next piece `current`; false if there is none. The worker may still add to the last one, so
+    /// that is taken only once it is full or last.
+    bool take(std::unique_lock<std::mutex>& lock) {
+        changed.wait(lock, [&] { return finished || queue.size() > 1 || (!queue.empty() && queue[0].last); });
+        if (queue.empty())
+            return false;
+        current = std::move(queue.front());
+        queue.pop_front();
+        place = 0;
+        queued -= current.bytes.size();
+        changed.notify_all();
+        return true;
+    }
+
+    harbor6_archive* const archive;
+    const std::size_t first;
+    bool reached = false;    ///< the first entry began; the worker's alone, like the next three
+    bool delivering = false; ///< `present` has begun and not ended
+    std::size_t present = 0;
+    std::set<std::size_t> left_out;
+    std::mutex mutex; ///< for the members up to `closing`
+    std::condition_variable changed;
+    std::deque<piece> queue;
+    std::size_t queued = 0;            ///< bytes in the queue
+    bool finished = false;             ///< the worker adds no more
+    bool closing = false;              ///< the caller wants no more
+    piece current{0, {}, true, false}; ///< the caller's alone, like `place`
+    std::size_t place = 0;             ///< in the bytes of `current`
+    basic::thread worker;
+};
+
+harbor6_status harbor6_pass_open(harbor6_archive* archive, size_t first, harbor6_pass** pass) {
+    *pass = nullptr;
+    std::unique_ptr<harbor6_pass> made;
+    const auto code =
+        c_interface::guarded(archive, [&] { made = std::make_unique<harbor6_pass>(archive, first); });
+    if (!made)
+        return code;
+    try {
+        made->worker.start(made.get());
+    } catch (...) {
+        return c_interface::keep_in_flight(*archive);
+    }
+    *pass = made.release(); // from here on the archive's status is the worker's
+    return HARBOR6_OK;
+}
+
+int harbor6_pass_next(harbor6_pass* pass, size_t* entry) {
+    std::unique_lock lock(pass->mutex);
+    do {
+        const bool between = pass->current.last;
+        if (!pass->take(lock)) {
+            pass->current = {0, {}, true, false};
+            pass->place = 0;
+            return 0;
+        }
+        if (between)
+            break;
+    } while (true);
+    *entry = pass->current.entry;
+    return 1;
+}
+
+int64_t harbor6_pass_read(harbor6_pass* pass, void* buffer, size_t length) {
+    auto* to = static_cast<char*>(buffer);
+    std::size_t done = 0;
+    while (done < length) {
+        auto& from = pass->current;
+        if (pass->place == from.bytes.size()) {
+            if (from.last)
+                return done > 0 || from.complete ? static_cast<int64_t>(done) : -1;
+            std::unique_lock lock(pass->mutex);
+            if (!pass->take(lock)) {
+                from = {0, {}, true, false};
+                pass->place = 0;
+            }
+            continue;
+        }
+        const auto count = std::min(length - done, from.bytes.size() - pass->place);
+        std::memcpy(to + done, from.bytes.data() + pass->place, count);
+        pass->place += count;
+        done += count;
+    }
+    return static_cast<int64_t>(done);
+}
+
+harbor6_status harbor6_pass_close(harbor6_pass* pass) {
+    if (!pass)
+        return HARBOR6_OK;
+    {
+        const std::lock_guard lock(pass->mutex);
+        pass->closing = true;
+        pass->changed.notify_all();
+    }
+    pass->worker.join();
+    auto* const archive = pass->archive;
+    delete pass;
+    return harbor6_error_code(archive);
+}
+
+harbor6_status harbor6_find(const harbor6_formats* formats, int descriptor, void* context,
+                            int (*report)(void* context, const harbor6_found* found)) {
+    try {
+        harbor6::ClientInterface unused;
+        const host::Registry own(unused, formats->registry);
+        host::file_input bytes(host::duplicate_descriptor(descriptor), "the file");
+        harbor6::ArchiveFinder finder(own.classifier, bytes);
+        for (harbor6::FoundArchive found; finder.next(found);) {
+            const auto name = found.format->string(harbor6::key::formatName);
+            const harbor6_found told = {name.c_str(), found.offset, found.size, found.cut ? 1 : 0};
+            if (report(context, &told) != 0)
+                throw aborted();
+        }
+        return HARBOR6_OK;
+    } catch (...) {
+        return c_interface::status_in_flight();
+    }
+}
