@@ -4,8 +4,8 @@
 //
 // "alone" and "shared": the decoder from memory to memory, on blocks of 32 KiB without history (libdeflate
 // takes none) and with that of the blocks before, as a cabinet has them. "folder": the latter through data
-// record, checksum, adaptor, worker, pipe and block output into a sink, against a plain loop of inflate
-// calls; cabinets named here or in HARBOR_BENCH_CABINETS, separated by ':', join in with their first folder.
+// record, checksum, adaptor and block output into a sink, against a plain loop of inflate calls; cabinets
+// named here or in HARBOR_BENCH_CABINETS, separated by ':', join in with their first folder.
 // "best" is the time to compare; run with --benchmark_repetitions=7
 // --benchmark_enable_random_interleaving=true.
 
