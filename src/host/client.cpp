@@ -78,7 +78,7 @@ void take_items(const harbor6::Container& content, nesting_budget& budget) {
 harbor6::Archive::Options Client::archiveOptions() const {
     harbor6::Archive::Options options;
     options.published_rules = true;
-    options.item_details = true;
+    options.item_details = depth > 0 ? harbor6::Archive::Details::attributes : harbor6::Archive::Details::all;
     options.wanted_only = !wanted.everything();
     options.records_only = head_only;
     options.ignore_checksums = ignore_checksums;

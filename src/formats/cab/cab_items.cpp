@@ -121,7 +121,8 @@ bool FileItem::getStructure(const std::string& key, un::structure& value) const 
 }
 
 void FileItem::populateIndex() const {
-    if (!owner->options.item_details)
+    const auto details = owner->options.item_details;
+    if (details == Archive::Details::none)
         return NamedItem::populateIndex();
     auto& keys = index();
     if (!keys.empty())
@@ -131,17 +132,28 @@ void FileItem::populateIndex() const {
     keys[key::modTime] = key_id::modTime;
     keys[key::uncompressedSize] = key_id::uncompressedSize;
     keys[key::win32Attributes] = key_id::win32Attributes;
+    for (const auto& flag : dos_flags)
+        keys[flag.key] = flag.id;
+    if (details == Archive::Details::attributes)
+        return;
     keys[key::pathName] = key_id::pathName;
     keys[key::compMethod] = key_id::compMethod;
     keys[key::folderIndex] = key_id::folderIndex;
     keys[key::folderOffset] = key_id::folderOffset;
-    for (const auto& flag : dos_flags)
-        keys[flag.key] = flag.id;
 }
 
 Attributes::Index* FileItem::newIndex() const {
-    static Index detailed;
-    return owner->options.item_details ? &detailed : NamedItem::newIndex();
+    static Index with_attributes;
+    static Index with_all;
+    switch (owner->options.item_details) {
+    case Archive::Details::none:
+        return NamedItem::newIndex();
+    case Archive::Details::attributes:
+        return &with_attributes;
+    case Archive::Details::all:
+        break;
+    }
+    return &with_all;
 }
 
 std::string FileItem::itemName() const {

@@ -13,12 +13,12 @@ namespace harbor6::cab {
 class Archive;
 
 /// A file record of a cabinet, by which the client learns of the file and from which the target's file gets
-/// its name and modification time. With the archive's option `item_details` it also has "uncompressedSize",
-/// the DOS flags as "readOnly", "hidden", "system", "archive" and "executable", all of them as the structure
-/// io::win32::attributes "win32Attributes", the whole stored path as "pathName", the cabinet folder's method
-/// as "compMethod" ("stored", "MSZIP", "LZX:21"), its number as "folderIndex", and the file's place in it as
-/// "folderOffset". Nothing can be set. Its fork has no data: the cabinet's
-/// bytes reach the target through the block output. Its archive, which it doesn't count, must outlive it.
+/// its name and modification time. With Archive::Details::attributes it also has "uncompressedSize", the DOS
+/// flags as "readOnly", "hidden", "system", "archive" and "executable", and all of them as the structure
+/// io::win32::attributes "win32Attributes"; with Details::all the whole stored path as "pathName", the
+/// cabinet folder's method as "compMethod" ("stored", "MSZIP", "LZX:21"), its number as "folderIndex", and
+/// the file's place in it as "folderOffset". Nothing can be set. Its fork has no data: the cabinet's bytes
+/// reach the target through the block output. Its archive, which it doesn't count, must outlive it.
 class FileItem : public ArchiveItem, public SingleForkFile, public NamedItem<FileItem> {
 public:
     /// `compression` is that of the cabinet folder that holds the file.
@@ -42,7 +42,7 @@ protected:
     std::string itemName() const override;
     std::optional<any::time> itemTime() const override;
     void populateIndex() const override;
-    /// One for all items with details, another for all without.
+    /// One for all items with the same details.
     Index* newIndex() const override;
 
 private:

@@ -147,19 +147,20 @@ void PublishedScan::startVolume(Files carried) {
         folders.push_back(newFiles());
     std::vector<RangeSplitter::range> of_folder_0; // until it is known whether it is the carried one
     for (std::uint32_t i = 0; i < here->header.file_count && !ended; ++i)
-        addFile(known, of_folder_0);
+        addFile(known, carried ? &of_folder_0 : nullptr);
     here->endRecords();
     if (!here->continues_in && !here->continues_out)
         spanning = std::move(known);
-    if (here->continues_in && carried)
-        folders.front() = std::move(carried);
-    else if (here->continues_in)
-        return; // the beginning of folder 0 is missing, and so its files can't be expanded
+    // Without `carried` the beginning of such a folder is missing, and so its files can't be expanded.
+    if (here->continues_in)
+        folders.front() = carried ? std::move(carried) : newFiles();
     for (auto& file : of_folder_0)
         folders.front()->add(std::move(file));
 }
 
-void PublishedScan::addFile(const std::set<Identity>& known, std::vector<RangeSplitter::range>& of_folder_0) {
+/// Reads the next record, and makes its target. A file of folder 0 goes into `of_folder_0` if that isn't
+/// null.
+void PublishedScan::addFile(const std::set<Identity>& known, std::vector<RangeSplitter::range>* of_folder_0) {
     const auto record = std::make_shared<::format::cab::file_header>();
     record->texts = texts;
     record->read(*here->input, true);
@@ -187,8 +188,8 @@ void PublishedScan::addFile(const std::set<Identity>& known, std::vector<RangeSp
         ended = true;
     } else if (target) {
         RangeSplitter::range file{record->folder_offset, record->size, std::move(target)};
-        if (*folder == 0)
-            of_folder_0.push_back(std::move(file));
+        if (*folder == 0 && of_folder_0)
+            of_folder_0->push_back(std::move(file));
         else
             folders[*folder]->add(std::move(file));
     }

@@ -35,7 +35,7 @@ private:
     std::unique_ptr<Volume> open(const std::string& name, const std::string& disk, std::uint32_t index,
                                  const char* relation);
     void startVolume(Files carried);
-    void addFile(const std::set<Identity>& known, std::vector<RangeSplitter::range>& of_folder_0);
+    void addFile(const std::set<Identity>& known, std::vector<RangeSplitter::range>* of_folder_0);
     Files newFiles() const;
     void expandVolume();
     void expandFolder(std::size_t index);

@@ -212,7 +212,7 @@ ArchiveReader::ArchiveReader(const Registry& loaded, std::unique_ptr<stream::inp
         throw format::exception(formats.why_unrecognised(*file->getMainFork()->input(true)),
                                 "host::ArchiveReader");
     body->archive->options = TargetClient::archiveOptions();
-    body->archive->options.item_details = true;
+    body->archive->options.item_details = harbor6::Archive::Details::all;
     body->archive->options.wanted_only = true;
     body->archive->open(harbor6::Archive::mode_read);
     try {

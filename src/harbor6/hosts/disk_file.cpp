@@ -27,6 +27,19 @@ std::optional<std::time_t> local_moment(const fs::time& time) {
 
 } // namespace
 
+/// The data of a file that is being written, and its writer.
+class DiskFile::Arrival : public arrival {
+public:
+    Arrival(directory_tree& target, const std::string& folder, const std::string& name, bool replacing)
+        : writer(target, folder, name, replacing) {}
+
+    file_writer writer;
+};
+
+std::shared_ptr<file_writer> DiskFile::writer() const {
+    return {data, &static_cast<Arrival&>(*data).writer};
+}
+
 harbor6::data::CountedInput DiskFork::input(bool /*expanding*/) const {
     return owner->onDisk() ? harbor6::data::CountedInput(new file_input(owner->open(), owner->path()))
                            : harbor6::data::CountedInput();
@@ -43,7 +56,7 @@ harbor6::data::CountedOutput DiskFork::output(bool /*expanding*/) {
         return harbor6::data::CountedOutput(new stream::infinite_output);
     try {
         return harbor6::data::CountedOutput(
-            new file_output(owner->writer, owner->data, owner->expansion.behind.get()));
+            new file_output(owner->writer(), owner->data, owner->expansion.behind.get()));
     } catch (...) { // no stream will say that bytes are missing
         owner->data->fail({});
         throw;
@@ -51,7 +64,7 @@ harbor6::data::CountedOutput DiskFork::output(bool /*expanding*/) {
 }
 
 harbor6::data::random::CountedOutput DiskFork::randomOutput(bool /*expanding*/) {
-    return owner->begin() ? harbor6::data::random::CountedOutput(new random_file_output(owner->writer))
+    return owner->begin() ? harbor6::data::random::CountedOutput(new random_file_output(owner->writer()))
                           : harbor6::data::random::CountedOutput();
 }
 
@@ -70,8 +83,8 @@ DiskFile::~DiskFile() {
     if (state == wanted)
         expansion.log.missing(path());
     if (state == writing) {
-        data->fail(writer->failure());
-        data->set_received(writer->size());
+        data->fail(writer()->failure());
+        data->set_received(writer()->size());
         data->report(expansion.log, path());
     }
 }
@@ -106,8 +119,8 @@ void DiskFile::erase() {
     if (state == writing) {
         if (expansion.behind)
             expansion.behind->settle();
-        writer->discard();
-        writer.reset();
+        writer()->discard();
+        data.reset();
         state = settled;
     } else if (state == existing || state == existing_other || made) {
         expansion.target.remove_file(folder(), name());
@@ -120,12 +133,12 @@ bool DiskFile::begin() {
     if (state != wanted)
         return false;
     try {
-        data = std::make_shared<arrival>();
-        writer = std::make_shared<file_writer>(expansion.target, folder(), name(),
-                                               replacing || expansion.replaces_all);
-        if (modified)
-            writer->set_time(*modified);
-        writer->set_permissions(permissions);
+        const auto begun = std::make_shared<Arrival>(expansion.target, folder(), name(),
+                                                     replacing || expansion.replaces_all);
+        if (modified != no_time)
+            begun->writer.set_time(modified);
+        begun->writer.set_permissions(permissions);
+        data = begun;
         state = writing;
         expansion.log.begun(path());
     } catch (const fs::Exception& failure) {
@@ -140,23 +153,24 @@ void DiskFile::commitItem() {
     if (state != writing)
         return;
     state = settled;
-    if (!writer->failure().empty())
-        data->fail(writer->failure());
-    data->set_received(writer->size());
+    const auto ended = writer();
+    if (!ended->failure().empty())
+        data->fail(ended->failure());
+    data->set_received(ended->size());
     if (data->complete()) {
         try {
-            writer->finish();
+            ended->finish();
             made = true;
         } catch (const path_error& failure) {
             expansion.log.refused(path(), failure.message());
-            writer.reset();
+            data.reset();
             return;
         } catch (const un::exception& failure) {
             data->fail(failure.message());
         }
     }
     data->report(expansion.log, path());
-    writer.reset();
+    data.reset();
 }
 
 std::string DiskFile::itemName() const {
@@ -187,8 +201,8 @@ bool DiskFile::setItemName(const std::string& value) {
 bool DiskFile::setItemTime(const any::time& time) {
     if (!expansion.keeps_times)
         return true;
-    modified = local_moment(fs::time(time));
-    return !writer || !modified || writer->set_time(*modified);
+    modified = local_moment(fs::time(time)).value_or(no_time);
+    return state != writing || modified == no_time || writer()->set_time(modified);
 }
 
 bool DiskFile::isOfThisExpansion() const {

@@ -6,6 +6,8 @@
 #include "harbor6/model/single_fork_file.h"
 #include "harbor6/posix/file_writer.h"
 
+#include <limits>
+
 namespace host {
 
 class DiskFile;
@@ -72,6 +74,9 @@ private:
     friend class DiskFork;
     file_descriptor open() const;
     bool begin();
+    class Arrival;
+    /// While the state is `writing`; it shares `data`.
+    std::shared_ptr<file_writer> writer() const;
     bool onDisk() const { return state == existing || (state == settled && made); }
 
     enum : std::uint8_t {
@@ -89,8 +94,8 @@ private:
     expansion_state& expansion;
     std::shared_ptr<const std::string> folder_path;
     std::string file_name;
-    std::optional<std::time_t> modified;
-    std::shared_ptr<file_writer> writer;
+    static constexpr auto no_time = std::numeric_limits<std::time_t>::min();
+    std::time_t modified = no_time;
 };
 
 } // namespace host

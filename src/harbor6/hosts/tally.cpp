@@ -11,16 +11,24 @@ namespace host {
 
 namespace {
 
+/// The data of a file whose bytes go into a sink.
+class counted_arrival : public arrival {
+public:
+    explicit counted_arrival(std::shared_ptr<tally_sink> taking) : sink(std::move(taking)) {}
+
+    std::shared_ptr<tally_sink> sink; ///< may be null
+};
+
 class tally_output : public stream::output, public stream::segment_listener {
 public:
-    tally_output(tally& counts, std::shared_ptr<arrival> counted, std::shared_ptr<tally_sink> taking)
-        : shared(counts), data(std::move(counted)), sink(std::move(taking)) {}
+    tally_output(tally& counts, std::shared_ptr<counted_arrival> counted)
+        : shared(counts), data(std::move(counted)) {}
 
     using stream::output::write;
 
     void write(const char* buffer, unsigned length) override {
-        if (sink)
-            sink->write({buffer, length});
+        if (data->sink)
+            data->sink->write({buffer, length});
         data->set_received(data->received() + length);
         if (shared.arriving)
             shared.arriving(0, length);
@@ -31,8 +39,7 @@ public:
 
 private:
     tally& shared;
-    std::shared_ptr<arrival> data;
-    std::shared_ptr<tally_sink> sink;
+    std::shared_ptr<counted_arrival> data;
 };
 
 std::string unusable_folder(const std::string& path, const std::string& reason) {
@@ -59,12 +66,11 @@ std::optional<attribute_value> value_of(const harbor6::Attributes& item, const s
 
 harbor6::data::CountedOutput TallyFork::output(bool /*expanding*/) {
     auto& shared = owner->shared;
-    owner->data = std::make_shared<arrival>();
-    const auto path = join_path(*owner->folder_path, owner->name);
+    const auto path = owner->path();
     shared.log.begun(path);
-    if (shared.sink_for)
-        owner->sink = shared.sink_for(path);
-    return harbor6::data::CountedOutput(new tally_output(shared, owner->data, owner->sink));
+    auto data = std::make_shared<counted_arrival>(shared.sink_for ? shared.sink_for(path) : nullptr);
+    owner->data = data;
+    return harbor6::data::CountedOutput(new tally_output(shared, std::move(data)));
 }
 
 TallyFile::TallyFile(tally& counts, std::shared_ptr<const std::string> folder)
@@ -88,20 +94,25 @@ void TallyFile::commitItem() {
     if (committed || !data)
         return;
     committed = true;
-    auto path = join_path(*folder_path, name);
-    data->report(shared.log, path);
-    if (data->complete() && sink)
-        sink->complete();
-    sink.reset();
-    if (data->complete() && shared.counted)
-        shared.counted({std::move(path), data->received(), std::move(attributes)});
+    const auto ended = std::static_pointer_cast<counted_arrival>(std::move(data));
+    auto own_path = path();
+    ended->report(shared.log, own_path);
+    if (!ended->complete())
+        return;
+    if (ended->sink)
+        ended->sink->complete();
+    if (shared.counted)
+        shared.counted({std::move(own_path), ended->received(),
+                        attributes ? std::move(*attributes) : std::map<std::string, attribute_value>()});
 }
 
 void TallyFile::cloneAttributes(const harbor6::Attributes& source, bool withName) {
     File::cloneAttributes(source, withName);
+    if (!attributes && !shared.keys.empty())
+        attributes = std::make_unique<std::map<std::string, attribute_value>>();
     for (const auto& key : shared.keys)
         if (auto value = value_of(source, key))
-            attributes.insert_or_assign(key, std::move(*value));
+            attributes->insert_or_assign(key, std::move(*value));
 }
 
 std::string TallyFile::itemName() const {
@@ -125,10 +136,10 @@ std::string TallyFolder::prepareFor(const std::string& name) {
         return fault;
     if (!obstacle.empty())
         return obstacle;
-    const auto [entry, is_new] = shared.names.try_emplace({number, name}, 0);
+    const auto [entry, is_new] = shared.names.insert({name, number, 0});
     if (is_new)
         return {};
-    return entry->second == 0 ? "another file of the archive has that name" : "a folder of that name exists";
+    return entry->folder == 0 ? "another file of the archive has that name" : "a folder of that name exists";
 }
 
 bool TallyFolder::isCreated() {
@@ -168,10 +179,10 @@ bool TallyFolder::setItemName(const std::string& name) {
         obstacle = unusable_folder(name, fault);
         return true;
     }
-    const auto [entry, is_new] = shared.names.try_emplace({number, name}, shared.folders + 1);
+    const auto [entry, is_new] = shared.names.insert({name, number, shared.folders + 1});
     if (is_new)
         ++shared.folders;
-    number = entry->second;
+    number = entry->folder;
     if (number == 0)
         obstacle = unusable_folder(path(), "it is not a folder");
     return true;

@@ -9,9 +9,10 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <tuple>
 #include <variant>
 #include <vector>
 
@@ -56,10 +57,18 @@ struct tally {
     /// others.
     bool check_names = false;
 
-    /// The names in use with `check_names`, each with the number of its parent (0 is the top): the number of
-    /// the folder, or 0 for a file.
-    std::map<std::pair<std::size_t, std::string>, std::size_t> names{};
-    std::size_t folders = 0; ///< how many of them are folders
+    /// A name in use. Folders are numbered from 1 on; 0 is the top as a parent, and a file as an item.
+    struct used_name {
+        std::string name;
+        std::uint32_t parent = 0;
+        std::uint32_t folder = 0;
+
+        bool operator<(const used_name& other) const {
+            return std::tie(parent, name) < std::tie(other.parent, other.name);
+        }
+    };
+    std::set<used_name> names{}; ///< with `check_names`; ordered, as archives choose the names
+    std::uint32_t folders = 0;   ///< how many of them are folders
 };
 
 class TallyFile;
@@ -96,9 +105,8 @@ private:
     friend class TallyFork;
     tally& shared;
     std::shared_ptr<const std::string> folder_path;
-    std::shared_ptr<tally_sink> sink; ///< null until the data begins
     std::string name;
-    std::map<std::string, attribute_value> attributes;
+    std::unique_ptr<std::map<std::string, attribute_value>> attributes; ///< null if there are none
     bool committed = false;
 };
 
@@ -126,9 +134,9 @@ protected:
 private:
     tally& shared;
     std::shared_ptr<const std::string> folder_path;
-    std::size_t number = 0; ///< in tally::names
-    std::string obstacle;   ///< why nothing can be stored in it; empty if something can
-    bool too_deep = false;  ///< the path is longer than longest_path, and no longer extended
+    std::uint32_t number = 0; ///< in tally::names
+    std::string obstacle;     ///< why nothing can be stored in it; empty if something can
+    bool too_deep = false;    ///< the path is longer than longest_path, and no longer extended
 };
 
 } // namespace host

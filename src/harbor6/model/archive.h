@@ -119,6 +119,11 @@ public:
 
     bool keepFailedTargets = false; ///< a file copied from here stays if the copy fails
 
+    /// The attributes of an item: name and time alone, with those that a file system has too (readOnly,
+    /// hidden,
+    /// ...), or all that its record holds.
+    enum class Details : std::uint8_t { none, attributes, all };
+
     /// What a host asks for beyond a plain expansion. The host sets it before it opens the archive; the
     /// defaults give a plain expansion.
     struct Options {
@@ -132,8 +137,8 @@ public:
         /// With `published_rules`: the client is asked about all files, and no data is read. No file that the
         /// pass makes in its target is opened or committed.
         bool records_only = false;
-        /// Items answer every attribute that their records hold, not only name and time.
-        bool item_details = false;
+        /// What items answer of their records.
+        Details item_details = Details::none;
         /// Only what the wanted files need is read: those for which the client returned true and the target
         /// made a file. The pass ends when the last of them is complete, and where a format can tell, data
         /// without a wanted file is passed over undecoded. Damage in what is not read goes unnoticed.

@@ -108,10 +108,10 @@ const T* WalkEntry::find(const std::string& key) const {
             return &name;
     if constexpr (std::is_same_v<T, any::time>)
         if (id == key_id::modTime)
-            return modified ? &*modified : nullptr;
+            return (known & time_known) != 0 ? &modified : nullptr;
     if (others)
-        for (const auto& [known, value] : *others)
-            if (const auto* const held = known == id ? std::get_if<T>(&value) : nullptr)
+        for (const auto& [each, value] : *others)
+            if (const auto* const held = each == id ? std::get_if<T>(&value) : nullptr)
                 return held;
     return nullptr;
 }
@@ -124,6 +124,15 @@ bool WalkEntry::get(const std::string& key, T& value) const {
     return held != nullptr;
 }
 
+/// The id of `key`, a new one if the index doesn't contain it; key_id::unknown if no more can be added.
+std::uint16_t WalkEntry::idToKeep(const std::string& key) {
+    const auto id = idFromName(key);
+    const auto free = first_free_id + index().size();
+    if (id != key_id::unknown || free > last_free_id)
+        return id;
+    return index()[key] = static_cast<std::uint16_t>(free);
+}
+
 template<class T>
 bool WalkEntry::keep(const std::string& key, const T& value) {
     if (!modifiable(key))
@@ -132,18 +141,15 @@ bool WalkEntry::keep(const std::string& key, const T& value) {
         *held = value;
         return true;
     }
-    auto id = idFromName(key);
+    const auto id = idToKeep(key);
     if constexpr (std::is_same_v<T, any::time>)
         if (id == key_id::modTime) {
             modified = value;
+            known |= time_known;
             return true;
         }
-    if (id == key_id::unknown) {
-        const auto free = first_free_id + index().size();
-        if (free > last_free_id)
-            return false;
-        id = index()[key] = static_cast<std::uint16_t>(free);
-    }
+    if (id == key_id::unknown)
+        return false;
     if (!others)
         others = std::make_unique<decltype(others)::element_type>();
     others->emplace_back(id, value);
@@ -151,19 +157,43 @@ bool WalkEntry::keep(const std::string& key, const T& value) {
 }
 
 bool WalkEntry::modifiable(const std::string& key) {
-    return state->building && (idFromName(key) == key_id::unknown || ArchiveItem::modifiable(key));
+    const auto id = idFromName(key);
+    return state->building &&
+           (id == key_id::unknown || (id != key_id::uncompressedSize && ArchiveItem::modifiable(key)));
+}
+
+/// The bit of WalkEntry::flags for the boolean value `id`, 0 if there is none.
+std::uint32_t WalkState::bitOf(std::uint16_t id) const {
+    const auto found = std::find(flags.begin(), flags.end(), id);
+    return found == flags.end() ? 0 : 1U << (found - flags.begin());
 }
 
 bool WalkEntry::hasBoolean(const std::string& key) const {
-    return find<bool>(key) || ArchiveItem::hasBoolean(key);
+    return (known & state->bitOf(idFromName(key))) != 0 || ArchiveItem::hasBoolean(key);
 }
 
 bool WalkEntry::getBoolean(const std::string& key, bool& value) const {
-    return get(key, value) || ArchiveItem::getBoolean(key, value);
+    const auto bit = state->bitOf(idFromName(key));
+    if ((known & bit) == 0)
+        return ArchiveItem::getBoolean(key, value);
+    value = (flags & bit) != 0;
+    return true;
 }
 
 bool WalkEntry::setBoolean(const std::string& key, bool value) {
-    return keep(key, value);
+    if (!modifiable(key))
+        return false;
+    const auto id = idToKeep(key);
+    if (id == key_id::unknown)
+        return false;
+    auto bit = state->bitOf(id);
+    if (bit == 0 && state->flags.size() < WalkState::most_flags) {
+        state->flags.push_back(id);
+        bit = state->bitOf(id);
+    }
+    known |= bit;
+    flags = value ? flags | bit : flags & ~bit;
+    return bit != 0;
 }
 
 bool WalkEntry::hasString(const std::string& key) const {
@@ -268,30 +298,32 @@ unsigned EntryBytes::read(const ScratchLog& log, std::uint64_t offset, char* buf
     return done;
 }
 
-EntryFork::EntryFork(const EntryFile& owning) : SimpleFork(nullptr), entry(owning) {}
+EntryFork::EntryFork(File* file) : SimpleFork(file) {}
 
 EntryFork::~EntryFork() = default;
 
+const std::shared_ptr<WalkState>& EntryFork::state() const {
+    return dynamic_cast<const EntryFile&>(*owner).state;
+}
+
 data::CountedInput EntryFork::input(bool /*expanding*/) const {
-    return complete ? data::CountedInput(new EntryInput(entry.state, bytes)) : data::CountedInput();
+    return complete ? data::CountedInput(new EntryInput(state(), bytes)) : data::CountedInput();
 }
 
 data::random::CountedInput EntryFork::randomInput(bool /*expanding*/, bool /*shared*/) const {
-    return complete ? data::random::CountedInput(new EntryInput(entry.state, bytes))
+    return complete ? data::random::CountedInput(new EntryInput(state(), bytes))
                     : data::random::CountedInput();
 }
 
 data::CountedOutput EntryFork::output(bool /*expanding*/) {
-    if (!entry.state->building)
+    if (!state()->building)
         return {};
     bytes = {};
     expected = unknown;
-    return data::CountedOutput(new EntryOutput(entry.state, bytes, expected));
+    return data::CountedOutput(new EntryOutput(state(), bytes, expected));
 }
 
-EntryFile::EntryFile(std::shared_ptr<WalkState> shared) : WalkEntry(std::move(shared)), OneForkFile(*this) {
-    fork.setOwner(*this);
-}
+EntryFile::EntryFile(std::shared_ptr<WalkState> shared) : WalkEntry(std::move(shared)) {}
 
 EntryFile::~EntryFile() = default;
 

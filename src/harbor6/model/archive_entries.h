@@ -24,8 +24,12 @@ struct WalkState {
     bool building = true; ///< the pass is running: entries can be made and changed
     std::uint64_t entries = 0;
     ScratchLog bytes;
-    Attributes::Index file_keys = {};   ///< of all files of the walk
-    Attributes::Index folder_keys = {}; ///< of all folders
+    static constexpr std::size_t most_flags = 31;
+    std::vector<std::uint16_t> flags = {}; ///< ids of the boolean values that entries have, by their bits
+    Attributes::Index file_keys = {};      ///< of all files of the walk
+    Attributes::Index folder_keys = {};    ///< of all folders
+
+    std::uint32_t bitOf(std::uint16_t id) const;
 };
 
 /// An item of the walk. While the walk is built it takes every attribute value that the format's item has,
@@ -68,8 +72,8 @@ protected:
 
 private:
     using Value =
-        std::variant<bool, std::string, any::time, std::int64_t, io::mac::file_info,
-                     io::mac::extended_file_info, io::mac::folder_info, io::mac::extended_folder_info>;
+        std::variant<std::string, any::time, std::int64_t, io::mac::file_info, io::mac::extended_file_info,
+                     io::mac::folder_info, io::mac::extended_folder_info>;
 
     template<class T>
     const T* find(const std::string& key) const;
@@ -77,12 +81,16 @@ private:
     bool get(const std::string& key, T& value) const;
     template<class T>
     bool keep(const std::string& key, const T& value);
+    std::uint16_t idToKeep(const std::string& key);
 
+    // Many thousands of entries have these and no other value, and should be small.
     const std::uint64_t number; ///< in the walk
-    // Most entries have these two and no other value.
     std::string name;
-    std::optional<any::time> modified;
+    any::time modified;
     std::unique_ptr<std::vector<std::pair<std::uint16_t, Value>>> others; ///< by id
+    static constexpr std::uint32_t time_known = 1U << WalkState::most_flags;
+    std::uint32_t known = 0; ///< time_known, and the bits of WalkState::flags that have a value
+    std::uint32_t flags = 0; ///< those values
 };
 
 /// Where an entry's bytes are among those of the walk: in one run, or in several if entries were written in
@@ -112,15 +120,12 @@ class EntryFile;
 /// its bytes, and an output only while the walk is built.
 class EntryFork : public SimpleFork {
 public:
-    explicit EntryFork(const EntryFile& entry);
+    explicit EntryFork(File* owner);
     ~EntryFork() override;
 
     data::CountedInput input(bool expanding) const override;
     data::random::CountedInput randomInput(bool expanding, bool shared) const override;
     data::CountedOutput output(bool expanding) override;
-
-    /// To be called once the file that contains the fork is constructed.
-    void setOwner(File& file) { owner = &file; }
 
     bool complete = false; ///< the file was committed with all its bytes
     EntryBytes bytes;
@@ -128,7 +133,7 @@ public:
     std::uint64_t expected = unknown; ///< the length that the archive states
 
 private:
-    const EntryFile& entry;
+    const std::shared_ptr<WalkState>& state() const;
 };
 
 /// A file of an archive. If the pass didn't commit it, it has no input.

@@ -373,16 +373,16 @@ void directory_tree::note_made(const std::string& folder, const std::string& nam
                                const file_descriptor& file) {
     struct stat status = {};
     if (file && fstat(file.get(), &status) == 0)
-        made.insert_or_assign(object(status.st_dev, status.st_ino), name);
+        made.insert(object(status.st_dev, status.st_ino), name);
     else if (const auto found = object_at(folder, name))
-        made.insert_or_assign(*found, name);
+        made.insert(*found, name);
 }
 
 bool directory_tree::was_made(const std::string& folder, const std::string& name) {
     const auto file = made.empty() ? std::nullopt : object_at(folder, name);
-    const auto found = file ? made.find(*file) : made.end();
+    const auto made_as = file ? made.name_of(*file) : std::nullopt;
     // The number of a file that another process replaced may be in use again, for any file.
-    return found != made.end() && (found->second == name || object_at(folder, found->second) == file);
+    return made_as && (*made_as == name || object_at(folder, *made_as) == file);
 }
 
 void directory_tree::sync_folders() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "harbor6/posix/file_descriptor.h"
+#include "harbor6/posix/made_files.h"
 #include "harbor6/shell/structures.h"
 
 #include <ctime>
@@ -91,7 +92,7 @@ public:
 
 private:
     using handle = std::shared_ptr<const file_descriptor>;
-    using object = std::pair<std::uint64_t, std::uint64_t>; ///< device and number of a file or folder
+    using object = made_files::object; // or of a folder
     struct open_folder {
         std::shared_ptr<const std::string> path;
         handle descriptor;
@@ -126,7 +127,7 @@ private:
     std::string above_root;  ///< the first folder above the top that existed before; for syncs
     recent_folders recent;   ///< most recently used first
     std::map<std::string_view, recent_folders::iterator> open_folders; ///< the same by path
-    std::map<object, std::string> made;                                ///< the names of the files
+    made_files made;
     std::set<object> written;           ///< folders, so that each is prepared once
     std::set<std::string> to_be_synced; ///< the same by their paths, with `syncs`
 };

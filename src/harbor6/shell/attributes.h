@@ -86,8 +86,9 @@ protected:
     Index& index() const;
 
 private:
-    mutable bool owns_index = false; ///< index_map is deleted with the object
+    // In this order a derived class can use the padding behind.
     mutable Index* index_map = nullptr;
+    mutable bool owns_index = false; ///< index_map is deleted with the object
 };
 
 /// The attributes of a file that is to be made: "name", "fInfo" and "fXInfo". They are read by key, and

@@ -58,8 +58,8 @@ public:
     /// through one.
     virtual Transform* acquireCompressionTransform();
 
-    std::uint32_t id = 0;           ///< number of the fork in its file
     mutable bool committed = false; ///< has been copied to another file
+    std::uint32_t id = 0;           ///< number of the fork in its file
 };
 
 } // namespace harbor6

@@ -129,7 +129,7 @@ inline constexpr char hidden[] = "hidden";
 inline constexpr char system[] = "system";
 inline constexpr char directory[] = "directory";
 
-// Of items with details (Archive::Options::item_details): which of the archive's streams holds the file's
+// Of items with details (Archive::Details::all): which of the archive's streams holds the file's
 // data, counted from 0, and where in it they begin.
 inline constexpr char folderIndex[] = "folderIndex";
 inline constexpr char folderOffset[] = "folderOffset";

@@ -22,7 +22,7 @@ TEST(CabItems, HaveTheirRecordsNameTimeAndDetails) {
     EXPECT_TRUE(!file->hasTime("createTime") && !file->exists() && !file->getMainFork()->input(true));
     EXPECT_TRUE(folder->hasInteger("numItems") && !file->hasInteger("numItems"));
 
-    archive->options.item_details = true;
+    archive->options.item_details = harbor6::Archive::Details::all;
     record->size = 0xFFFFFFFF;
     record->folder_offset = 77;
     record->folder_index = 7;
