@@ -14,7 +14,7 @@ namespace format::cfb {
 namespace {
 
 constexpr std::uint64_t most_entries = 1u << 18; ///< that are read
-constexpr unsigned greatest_depth = 64;          ///< of storages in one another
+constexpr unsigned greatest_depth = 512;         ///< of storages in one another
 constexpr std::uint64_t piece_size = 64 * 1024;  ///< of a stream that is copied at once
 
 constexpr char incomplete_table[] = "the table of sectors of the compound document is incomplete";
@@ -45,18 +45,43 @@ std::uint64_t divided(std::uint64_t size, std::uint64_t by) {
 
 } // namespace
 
+std::uint32_t document::sector_space::behind(std::uint32_t sector) const {
+    return sector < next.size() ? next[sector] : free_sector;
+}
+
+template<class Visit>
+const char* document::sector_space::take(std::uint32_t first, std::uint64_t most, std::uint64_t& count,
+                                         Visit visit) {
+    for (auto sector = first; count < most && sector != end_of_chain; sector = behind(sector), ++count) {
+        if (sector >= taken.size())
+            return "a chain of sectors leads beyond the end of the file";
+        if (taken[sector])
+            return "a sector belongs to two chains";
+        taken[sector] = true;
+        visit(sector);
+    }
+    return nullptr;
+}
+
 template<class Visit>
 std::uint64_t document::sector_space::follow(std::uint32_t first, std::uint64_t most, Visit visit) {
     std::uint64_t count = 0;
-    for (auto sector = first; count < most && sector != end_of_chain; ++count) {
-        if (sector >= taken.size())
-            fail("a chain of sectors leads beyond the end of the file");
-        if (taken[sector])
-            fail("a sector belongs to two chains");
-        taken[sector] = true;
-        visit(sector);
-        sector = sector < next.size() ? next[sector] : free_sector;
+    if (const auto* const damage = take(first, most, count, visit))
+        fail(damage);
+    return count;
+}
+
+std::uint64_t document::sector_space::length(std::uint32_t first, numbers& known) const {
+    known.resize(taken.size());
+    numbers chain;
+    auto sector = first;
+    for (; sector < known.size() && known[sector] == 0; sector = behind(sector)) {
+        known[sector] = endless; // unless an end is found; it is if the chain comes here again
+        chain.push_back(sector);
     }
+    auto count = sector == end_of_chain ? 0 : sector < known.size() ? known[sector] : endless;
+    for (; count != endless && !chain.empty(); chain.pop_back())
+        known[chain.back()] = ++count;
     return count;
 }
 
@@ -82,6 +107,8 @@ document::document(stream::input& storage)
         attempt([&] { load_mini_stream(entries.front()); });
         list_items(entries);
     });
+    share_out_sectors(false);
+    share_out_sectors(true);
 }
 
 /// Raises format::exception if not all of it is there.
@@ -101,11 +128,16 @@ void document::append_numbers(std::uint32_t sector, numbers& to, std::uint64_t m
 /// The FAT has a number for each sector of the file, not more whatever the header states.
 void document::load_fat() {
     const auto total = sectors.taken.size();
+    // What can't be read of the table is left out; the rest of it keeps its place.
     const auto load = [&](std::uint32_t sector) {
-        if (sectors.follow(sector, 1, [&](std::uint32_t own) {
-                append_numbers(own, sectors.next, total - sectors.next.size());
-            }) == 0)
-            fail(incomplete_table);
+        const auto end = std::min<std::uint64_t>(total, sectors.next.size() + header.numbers_per_sector());
+        attempt([&] {
+            if (sectors.follow(sector, 1, [&](std::uint32_t own) {
+                    append_numbers(own, sectors.next, total - sectors.next.size());
+                }) == 0)
+                fail(incomplete_table);
+        });
+        sectors.next.resize(end, free_sector);
     };
     auto left = std::min<std::uint64_t>(header.fat_sectors, divided(total, header.numbers_per_sector()));
     for (std::size_t i = 0; i < header_fat_numbers && left > 0; ++i, --left)
@@ -163,6 +195,7 @@ void document::list_items(const std::vector<directory_entry>& entries) {
     std::vector<place> places(entries.size());
     std::vector<std::pair<std::uint32_t, place>> waiting;
     bool damaged = false;
+    bool too_deep = false;
     const auto add = [&](std::uint32_t entry, const place& at) {
         if (entry != no_entry)
             waiting.emplace_back(entry, at);
@@ -172,8 +205,12 @@ void document::list_items(const std::vector<directory_entry>& entries) {
     while (!waiting.empty()) {
         const auto [number, at] = waiting.back();
         waiting.pop_back();
-        if (number >= entries.size() || places[number].depth != 0 || at.depth > greatest_depth) {
+        if (number >= entries.size() || places[number].depth != 0) {
             damaged = true;
+            continue;
+        }
+        if (at.depth > greatest_depth) {
+            too_deep = true;
             continue;
         }
         const auto& entry = entries[number];
@@ -202,6 +239,33 @@ void document::list_items(const std::vector<directory_entry>& entries) {
                               index[places[i].parent], entries[i].first_sector, entries[i].size});
     if (damaged)
         fail(damaged_directory);
+    if (too_deep)
+        fail("storages of the compound document lie too deep in one another");
+}
+
+/// Finds the sectors of each stream of the one kind. A chain that ends where the size has it end comes first:
+/// the one that runs into it is the damaged one.
+void document::share_out_sectors(bool short_streams) {
+    auto& space = short_streams ? mini_sectors : sectors;
+    const auto unit = short_streams ? mini_size : header.sector_size();
+    numbers lengths;
+    std::vector<item*> later;
+    const auto take = [&](item& stream) {
+        const auto needed = divided(stream.size, unit);
+        stream.damage = space.take(stream.first_sector, needed, stream.sectors, [](std::uint32_t) {});
+        if (!stream.damage && stream.sectors < needed)
+            stream.damage = "a chain of sectors ends early";
+    };
+    for (auto& stream : listed) {
+        if (stream.is_storage || stream.size == 0 || is_short(stream) != short_streams)
+            continue;
+        if (space.length(stream.first_sector, lengths) == divided(stream.size, unit))
+            take(stream);
+        else
+            later.push_back(&stream);
+    }
+    for (auto* const stream : later)
+        take(*stream);
 }
 
 namespace {
@@ -241,27 +305,23 @@ private:
 
 void document::copy(const item& stream, stream::output& target) {
     range_copier copier([this](auto... range) { read_at(range...); }, target);
-    auto left = stream.size;
-    const bool is_short = stream.size < header.mini_cutoff;
-    const auto unit = is_short ? mini_size : header.sector_size();
+    const bool in_mini_stream = is_short(stream);
+    const auto& space = in_mini_stream ? mini_sectors : sectors;
+    const auto unit = in_mini_stream ? mini_size : header.sector_size();
     const auto per_sector = header.sector_size() / mini_size;
-    const auto add = [&](std::uint32_t number) {
+    auto left = stream.size;
+    auto sector = stream.first_sector;
+    for (std::uint64_t i = 0; i < stream.sectors; ++i, sector = space.behind(sector)) {
         const auto count = std::min(left, unit);
-        copier.add(is_short
-                       ? header.place_of(mini_stream[number / per_sector]) + number % per_sector * mini_size
-                       : header.place_of(number),
+        copier.add(in_mini_stream
+                       ? header.place_of(mini_stream[sector / per_sector]) + sector % per_sector * mini_size
+                       : header.place_of(sector),
                    count);
         left -= count;
-    };
-    try {
-        (is_short ? mini_sectors : sectors).follow(stream.first_sector, divided(left, unit), add);
-    } catch (const format::exception&) {
-        copier.flush();
-        throw;
     }
     copier.flush();
-    if (left > 0)
-        fail("a chain of sectors ends early");
+    if (stream.damage)
+        fail(stream.damage);
 }
 
 } // namespace format::cfb

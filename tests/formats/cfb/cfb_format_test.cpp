@@ -114,6 +114,8 @@ TEST(CompoundDocument, GivesWhatIsSoundAndSaysWhatIsNot) {
         {"a free sector", [](compound& d) { d.fat[0] = compound::none; }, beyond, "a2000 b512 c70 "},
         {"a shared chain", [](compound& d) { d.entries[3].first = d.entries[1].first; }, twice,
          "a2000 b5000 c0 "},
+        {"a chain into another", [](compound& d) { d.mini_fat[5] = d.entries[3].first; }, twice,
+         "a384 b5000 c70 "},
         {"a circle of short sectors", [](compound& d) { d.mini_fat[1] = 1; }, twice, "a128 b5000 c70 "},
         {"a size beyond the chain", [](compound& d) { d.entries[2].size = 0xFFFFFFFF; }, early,
          "a2000 b5120 c70 "},
@@ -138,6 +140,13 @@ TEST(CompoundDocument, GivesWhatIsSoundAndSaysWhatIsNot) {
         }
         EXPECT_EQ(came, tree);
     }
+    // A part of the table that can't be found costs the streams whose sectors it has.
+    compound large;
+    large.stream(u"a", sample(100000)).stream(u"b", sample(20000));
+    large.damage = [](compound& d) { d.places[0] = 0xFFFFFF0; };
+    document_host host;
+    EXPECT_EQ(host.expand(large.bytes()), "format::cfb::document: " + beyond);
+    EXPECT_TRUE(host.tree().ends_with("b=" + sample(20000) + "\n"));
 }
 
 struct CompoundProgram : support::program {};
