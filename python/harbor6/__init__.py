@@ -7,8 +7,7 @@
 text/b.txt 5 2004-02-03 04:05:06
 """
 
-from dataclasses import dataclass
-from typing import Any, List, Optional
+from typing import Any, List, NamedTuple, Optional
 
 from . import _native
 from ._archive import Archive, Attributes, Entry
@@ -43,8 +42,7 @@ def is_archive(file: Input) -> bool:
     return True
 
 
-@dataclass(frozen=True)
-class Found:
+class Found(NamedTuple):
     """An archive inside a file: `harbor6.open(file, offset=found.offset)` opens it."""
 
     format: str

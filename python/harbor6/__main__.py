@@ -8,7 +8,7 @@ from ._native import prefix
 
 
 def main() -> None:
-    program = str(prefix() / "bin" / "harbor")
+    program = os.path.join(prefix(), "bin", "harbor")
     found = program if os.access(program, os.X_OK) else shutil.which("harbor")
     if not found:
         sys.exit("harbor6: the program harbor is not installed")

@@ -14,7 +14,6 @@ from ._patterns import Patterns, matcher
 from ._source import AnySource, Callbacks, Handle, Path
 
 _existing = {"error": 0, "never": 1, "always": 2}
-_piece = 64 << 20
 
 
 class Attributes(enum.IntFlag):
@@ -238,15 +237,7 @@ class Archive:
         entry = self._entry(name)
         handle = self._take_at(entry)
         try:
-            # The size is only what the archive states, so no more memory is taken than a large piece beyond what came.
-            result = bytearray(min(entry.size, _piece))
-            done = handle.read_into(result, entry.name)
-            del result[done:]
-            while done:
-                piece = bytearray(min(max(entry.size - len(result), 1), _piece))
-                done = handle.read_into(piece, entry.name)
-                result += memoryview(piece)[:done]
-            return bytes(result)
+            return handle.read_rest(entry.size, entry.name)
         finally:
             self._give_back(handle)
 
@@ -360,19 +351,31 @@ class _EntryFile(io.RawIOBase):
     def __init__(self, archive: Archive, entry: Entry) -> None:
         self._archive, self._entry, self.name = archive, entry, entry.name
         self._use = threading.Lock()
+        self._done = 0
         self._handle: Optional[Handle] = None
         self._handle = archive._take_at(entry)
 
     def readable(self) -> bool:
         return True
 
+    def _usable(self) -> Handle:
+        if self._handle is None:
+            raise Unusable("the file is closed")
+        if self._handle.pid != os.getpid():
+            raise Unusable("the file was opened by another process; open it again after the fork")
+        return self._handle
+
     def readinto(self, buffer: Any) -> int:
         with self._use:
-            if self._handle is None:
-                raise Unusable("the file is closed")
-            if self._handle.pid != os.getpid():
-                raise Unusable("the file was opened by another process; open it again after the fork")
-            return self._handle.read_into(memoryview(buffer).cast("B"), self.name)
+            came = self._usable().read_into(memoryview(buffer).cast("B"), self.name)
+            self._done += came
+            return came
+
+    def readall(self) -> bytes:
+        with self._use:
+            rest = self._usable().read_rest(self._entry.size - self._done, self.name)
+            self._done += len(rest)
+            return rest
 
     def close(self) -> None:
         with self._use:

@@ -3,7 +3,6 @@
 import ctypes
 import os
 from ctypes import POINTER, byref, c_char_p, c_int, c_int64, c_size_t, c_uint32, c_uint64, c_void_p
-from pathlib import Path
 from typing import Any
 
 OK, FAILED, NOT_AN_ARCHIVE, BAD_CONTENT, SYSTEM, NO_MEMORY, ABORTED, NO_ENTRY, INCOMPLETE = range(9)
@@ -66,15 +65,14 @@ _functions = {
 }
 
 
-def prefix() -> Path:
+def prefix() -> str:
     """The folder with bin/ and lib/ of the library that this package uses."""
-    chosen = os.environ.get("HARBOR6_PREFIX")
-    return Path(chosen) if chosen else Path(__file__).parent / "native"
+    return os.environ.get("HARBOR6_PREFIX") or os.path.join(os.path.dirname(__file__), "native")
 
 
 def _load() -> Any:
-    path = prefix() / "lib" / "libharbor6.so.1"
-    library = ctypes.CDLL(str(path) if path.exists() else "libharbor6.so.1")
+    path = os.path.join(prefix(), "lib", "libharbor6.so.1")
+    library = ctypes.CDLL(path if os.path.exists(path) else "libharbor6.so.1")
     for name, (result, *arguments) in _functions.items():
         function = getattr(library, "harbor6_" + name)
         function.restype = result

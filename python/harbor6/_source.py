@@ -4,17 +4,22 @@ import atexit
 import ctypes
 import io
 import os
-import shutil
 import stat
-import tempfile
 import threading
 import weakref
-from typing import IO, Any, Callable, Optional, Union
+from typing import IO, Any, Callable, List, Optional, Union
 
 from ._errors import BadArchive, fail
 from ._native import ABORTED, Read, Source, byref, c_void_p, formats, lib
 
 Path = Union[str, "os.PathLike[str]"]
+_longest_piece = 64 << 20
+
+# Bytes to be filled at once: nobody else has them yet.
+_new_bytes = ctypes.pythonapi.PyBytes_FromStringAndSize
+_new_bytes.restype = ctypes.py_object
+_new_bytes.argtypes = (c_void_p, ctypes.c_ssize_t)
+
 Input = Union[Path, bytes, bytearray, memoryview, IO[bytes]]
 
 
@@ -103,6 +108,9 @@ AnySource = Union[Bytes, File, Object]
 
 
 def _copied(file: Any) -> IO[bytes]:
+    import shutil  # here, as importing them takes as long as the rest of the package
+    import tempfile
+
     copy = tempfile.TemporaryFile()
     try:
         shutil.copyfileobj(file, copy)
@@ -203,10 +211,23 @@ class Handle:
 
     def read_into(self, buffer: Any, path: str) -> int:
         """Fills the buffer with the next bytes of the entry; returns how many came, fewer only at its end."""
-        length = len(buffer)
-        if not length:
-            return 0
-        came = int(lib.pass_read(self.reading, byref(ctypes.c_char.from_buffer(buffer)), length))
+        return self._read(byref(ctypes.c_char.from_buffer(buffer)), len(buffer), path) if len(buffer) else 0
+
+    def read_rest(self, expected: int, path: str) -> bytes:
+        """The bytes of the entry that are left: `expected`, if its archive states the size as it is."""
+        pieces: List[bytes] = []
+        while True:
+            # A statement about a size costs no more memory than a large piece beyond what came.
+            length = min(max(expected, 1), _longest_piece)
+            piece = _new_bytes(None, length)
+            came = self._read(piece, length, path)
+            if not came:
+                return b"".join(pieces)
+            pieces.append(piece[:came])
+            expected = expected - came if came == length else 0
+
+    def _read(self, target: Any, length: int, path: str) -> int:
+        came = int(lib.pass_read(self.reading, target, length))
         if came < 0:
             self.check(self.end_pass(), path + ": ")
             raise BadArchive(path + ": the entry is incomplete")

@@ -1,5 +1,6 @@
 #include "harbor6/c_archive.h"
 #include "harbor6/concurrency/thread.h"
+#include "harbor6/groundwork/platform_memory.h"
 #include "harbor6/groundwork/text.h"
 #include "harbor6/model/archive_finder.h"
 #include "harbor6/posix/file_input.h"
@@ -15,6 +16,7 @@ namespace {
 
 using c_interface::aborted;
 
+constexpr std::size_t shortest_piece = 32 * 1024;
 constexpr std::size_t longest_piece = 256 * 1024;
 constexpr std::size_t most_pieces = 4096;
 constexpr std::size_t most_bytes = 1024 * 1024;
@@ -30,7 +32,7 @@ struct piece {
 } // namespace
 
 /// The worker reads the archive and adds pieces at the end of the queue; the caller takes them from its
-/// start.
+/// start. While the caller waits with an empty queue, the worker writes into the caller's buffer instead.
 struct harbor6_pass : host::entry_receiver, basic::runnable {
     harbor6_pass(harbor6_archive* source, std::size_t first_entry) : archive(source), first(first_entry) {}
 
@@ -47,13 +49,27 @@ struct harbor6_pass : host::entry_receiver, basic::runnable {
         if (!follows(entry))
             return;
         std::unique_lock lock(mutex);
+        const auto direct = std::min(wanted, more.size());
+        if (direct > 0) {
+            std::memcpy(target, more.data(), direct);
+            target += direct;
+            wanted -= direct;
+            more.remove_prefix(direct);
+            if (wanted == 0)
+                changed.notify_all();
+            if (more.empty())
+                return;
+        }
         await_room(lock);
         if (begins_piece(entry) || queue.back().bytes.size() + more.size() > longest_piece) {
-            queue.push_back({entry, {}, false, false});
+            queue.push_back({entry, std::move(spare), false, false});
+            spare.clear();
             changed.notify_all(); // the piece in front of it is full
         }
         queue.back().bytes += more;
         queued += more.size();
+        if (queue.back().bytes.size() >= awaited)
+            changed.notify_all();
     }
 
     void ended(std::size_t entry, bool complete) override {
@@ -63,6 +79,7 @@ struct harbor6_pass : host::entry_receiver, basic::runnable {
                 return;
             if (begins_piece(entry))
                 queue.push_back({entry, {}, false, false});
+            wanted = 0; // what follows is of another entry
             queue.back().last = true;
             queue.back().complete = complete;
             delivering = false;
@@ -95,18 +112,39 @@ struct harbor6_pass : host::entry_receiver, basic::runnable {
             throw aborted();
     }
 
-    /// Makes the next piece `current`; false if there is none. The worker may still add to the last one, so
-    /// that is taken only once it is full or last.
-    bool take(std::unique_lock<std::mutex>& lock) {
-        changed.wait(lock, [&] { return finished || queue.size() > 1 || (!queue.empty() && queue[0].last); });
+    /// Makes the next piece `current`, once it has `enough` bytes or the worker adds no more to it; false if
+    /// there is none.
+    bool take(std::unique_lock<std::mutex>& lock, std::size_t enough) {
+        awaited = enough;
+        changed.wait(lock, [&] {
+            return finished || queue.size() > 1 ||
+                   (!queue.empty() && (queue[0].last || queue[0].bytes.size() >= enough));
+        });
+        awaited = most_bytes;
         if (queue.empty())
             return false;
+        spare.swap(current.bytes);
+        spare.clear();
         current = std::move(queue.front());
         queue.pop_front();
         place = 0;
         queued -= current.bytes.size();
         changed.notify_all();
         return true;
+    }
+
+    /// Waits until the worker has written `length` bytes to `buffer`, or ended the entry; returns how many it
+    /// wrote. 0 if there is a piece to take first.
+    std::size_t read_directly(std::unique_lock<std::mutex>& lock, char* buffer, std::size_t length) {
+        if (!queue.empty() || finished)
+            return 0;
+        if (length >= most_bytes)
+            platform::expect_writes(buffer, length);
+        target = buffer;
+        wanted = length;
+        changed.wait(lock, [&] { return wanted == 0 || !queue.empty() || finished; });
+        wanted = 0;
+        return static_cast<std::size_t>(target - buffer);
     }
 
     harbor6_archive* const archive;
@@ -118,7 +156,11 @@ struct harbor6_pass : host::entry_receiver, basic::runnable {
     std::mutex mutex; ///< for the members up to `closing`
     std::condition_variable changed;
     std::deque<piece> queue;
-    std::size_t queued = 0;            ///< bytes in the queue
+    std::size_t queued = 0;           ///< bytes in the queue
+    std::size_t awaited = most_bytes; ///< the size of its first piece for which the caller waits
+    char* target = nullptr;           ///< where the caller waits for bytes, while `wanted` is not 0
+    std::size_t wanted = 0;
+    std::string spare;                 ///< empty, with the memory of a piece that was read
     bool finished = false;             ///< the worker adds no more
     bool closing = false;              ///< the caller wants no more
     piece current{0, {}, true, false}; ///< the caller's alone, like `place`
@@ -146,7 +188,7 @@ int harbor6_pass_next(harbor6_pass* pass, size_t* entry) {
     std::unique_lock lock(pass->mutex);
     do {
         const bool between = pass->current.last;
-        if (!pass->take(lock)) {
+        if (!pass->take(lock, shortest_piece)) {
             pass->current = {0, {}, true, false};
             pass->place = 0;
             return 0;
@@ -167,7 +209,9 @@ int64_t harbor6_pass_read(harbor6_pass* pass, void* buffer, size_t length) {
             if (from.last)
                 return done > 0 || from.complete ? static_cast<int64_t>(done) : -1;
             std::unique_lock lock(pass->mutex);
-            if (!pass->take(lock)) {
+            if (length - done >= shortest_piece)
+                done += pass->read_directly(lock, to + done, length - done);
+            if (done < length && !pass->take(lock, longest_piece)) {
                 from = {0, {}, true, false};
                 pass->place = 0;
             }

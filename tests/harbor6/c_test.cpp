@@ -136,7 +136,7 @@ TEST_F(CInterface, ReadsEntriesByAndBy) {
         const auto archive = open(bytes);
         const auto files = read_all(archive.get()).second;
         for (size_t i = 0; i < harbor6_count(archive.get()); ++i) {
-            const auto [status, came] = pass_from(archive.get(), i, 5000 + 1000 * i);
+            const auto [status, came] = pass_from(archive.get(), i, i % 2 ? 5000 : 400000);
             EXPECT_EQ(status, HARBOR6_OK);
             EXPECT_EQ(came.count(harbor6_path(archive.get(), i)), 1u);
             for (const auto& [path, content] : came)
