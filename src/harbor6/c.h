@@ -37,7 +37,8 @@ typedef enum harbor6_status {
     HARBOR6_NO_MEMORY = 5,
     HARBOR6_ABORTED = 6,   /* a callback returned nonzero */
     HARBOR6_NO_ENTRY = 7,  /* there is no such entry */
-    HARBOR6_INCOMPLETE = 8 /* harbor6_expand went through the archive, but some entries were not written */
+    HARBOR6_INCOMPLETE = 8 /* harbor6_expand went through the archive, but some entries were not written; or
+                            * harbor6_find through the file, but some places were not tested */
 } harbor6_status;
 
 typedef struct harbor6_formats harbor6_formats;
@@ -214,7 +215,8 @@ typedef struct harbor6_found {
 } harbor6_found;
 
 /* Searches from the present position of `descriptor` to its end, in one pass that also reads pipes, and
- * reports each archive. Nonzero from `report` ends the search with HARBOR6_ABORTED. */
+ * reports each archive. Nonzero from `report` ends the search with HARBOR6_ABORTED. The status is
+ * HARBOR6_INCOMPLETE if so many places look like archives that some of them were not tested. */
 HARBOR6_C_API harbor6_status harbor6_find(const harbor6_formats* formats, int descriptor, void* context,
                                           int (*report)(void* context, const harbor6_found* found));
 

@@ -252,7 +252,7 @@ harbor6_status harbor6_find(const harbor6_formats* formats, int descriptor, void
             if (report(context, &told) != 0)
                 throw aborted();
         }
-        return HARBOR6_OK;
+        return finder.passedOver() ? HARBOR6_INCOMPLETE : HARBOR6_OK;
     } catch (...) {
         return c_interface::status_in_flight();
     }

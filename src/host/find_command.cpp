@@ -40,7 +40,9 @@ void find_in(command_context& context, const std::string& file) {
             print_json(context.log.out, file, found);
         else
             print(context.log.out, found);
-    if (!any)
+    if (finder.passedOver())
+        context.log.archive_error(too_many_heads);
+    else if (!any)
         context.log.archive_error("no archive of a known format found");
 }
 

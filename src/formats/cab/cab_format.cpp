@@ -84,23 +84,31 @@ std::uint64_t classifier::measure(stream::input& archive) {
     }
     if (!is_sound(head) || archive.tell() > head.cabinet_size)
         return 0;
+    // Of several records one may be damaged.
+    const auto are_sound = [](std::uint32_t count, auto read_next) {
+        const auto tested = std::min(count, records_to_test);
+        std::uint32_t unsound = 0;
+        for (std::uint32_t i = 0; i < tested; ++i)
+            unsound += !read_next();
+        return unsound == 0 || (unsound == 1 && tested > 1);
+    };
+    const auto next_folder = [&] {
+        folder_header folder;
+        folder.reserve = head.reserve.present ? &head.reserve.value : nullptr;
+        folder.read(archive, false);
+        return is_sound(folder, head);
+    };
+    const auto next_file = [&] {
+        file_header file;
+        file.texts = texts;
+        file.read(archive, false);
+        return is_sound(file, head);
+    };
     try {
-        for (std::uint32_t i = 0; i < std::min(head.folder_count, records_to_test); ++i) {
-            folder_header folder;
-            folder.reserve = head.reserve.present ? &head.reserve.value : nullptr;
-            folder.read(archive, false);
-            if (!is_sound(folder, head))
-                return 0;
-        }
-        if (!archive.seek(head.files_offset))
-            return head.cabinet_size;
-        for (std::uint32_t i = 0; i < std::min(head.file_count, records_to_test); ++i) {
-            file_header file;
-            file.texts = texts;
-            file.read(archive, false);
-            if (!is_sound(file, head))
-                return 0;
-        }
+        if (!are_sound(head.folder_count, next_folder))
+            return 0;
+        if (archive.seek(head.files_offset) && !are_sound(head.file_count, next_file))
+            return 0;
     } catch (const format::exception&) {
         return 0;
     } catch (const stream::exception&) {

@@ -155,7 +155,7 @@ bool ArchiveFinder::test(const Search& search, FoundArchive& found) {
     recogniser.sample = un::array<char>(window.get() + place, static_cast<unsigned>(shown));
     bool confirmed = false;
     try {
-        confirmed = recogniser.matches_at(0) != 0 && recogniser.confirm_at(0);
+        confirmed = recogniser.matches_at(0) != 0 && (recogniser.confirm_at(0) || recogniser.continues_at(0));
     } catch (const stream::exception&) {
         // The stream ends inside the supposed header.
     }
@@ -167,9 +167,13 @@ bool ArchiveFinder::test(const Search& search, FoundArchive& found) {
         View archive(*this, found.offset);
         found.size = recogniser.measure(archive);
     } catch (const stream::exception&) {
+        untested = untested || allowance == 0;
         return false; // the stream ends inside its head
     }
-    return allowance != 0 && found.size != 0; // else not all of the head was seen
+    if (allowance != 0)
+        return found.size != 0;
+    untested = true; // not all of the head was seen
+    return false;
 }
 
 /// Goes on behind the archive at `place`, and finds out whether it is cut.

@@ -29,7 +29,8 @@ struct FoundArchive {
 
 /// Finds the archives of all registered formats anywhere inside a stream, in one pass. Memory is constant,
 /// and the time grows with the stream's length alone: where data holds very many heads of archives, those
-/// that would cost too much to measure are passed over. A format that states its first bytes is found fast.
+/// that would cost too much to measure are passed over, and passedOver() tells that. A format that states its
+/// first bytes is found fast.
 ///
 /// It owns neither the registry nor the stream; both outlive it, and are not used otherwise between the
 /// calls of next(), but the stream may be if it can seek. The registry must not get new formats meanwhile.
@@ -49,6 +50,8 @@ public:
     /// inside it are not found, and one byte further if the archive is cut or its size unknown. A stream that
     /// cannot seek has been read to the end when an archive in it is cut.
     bool next(FoundArchive& found);
+    /// Whether next() passed over something that may be an archive, because too much looks like archives.
+    bool passedOver() const { return untested; }
 
 private:
     struct Search;
@@ -68,6 +71,7 @@ private:
     bool at_end = false;     ///< the window ends with the stream
     std::uint64_t allowance; ///< bytes that may still be read to measure archives
     bool moved = false;      ///< `source` isn't at the window's end
+    bool untested = false;   ///< something that begins as an archive was not measured
 };
 
 } // namespace harbor6
