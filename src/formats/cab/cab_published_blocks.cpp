@@ -6,6 +6,7 @@
 #include "harbor6/groundwork/exception.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace harbor6::cab {
 
@@ -36,6 +37,7 @@ unsigned PayloadInput::_read(char* buffer, unsigned length) {
 
 PublishedBlocks::PublishedBlocks(Volume& first, std::size_t folder, Owner served)
     : owner(std::move(served)), volume(&first), method(first.folders[folder].compression),
+      is_stored((method & ::format::cab::compression::method_mask) == ::format::cab::compression::stored),
       left(first.folders[folder].block_count),
       spans(first.continues_out && folder + 1 == first.folders.size()) {
     block.reserve = first.folders[folder].reserve;
@@ -57,6 +59,8 @@ bool PublishedBlocks::enterNext() {
     volume = owner.move_on();
     if (!volume)
         return false;
+    if (volume->records_cut && !volume->continues_in)
+        throw volume->cutShort(); // it can't be known whether the folder goes on
     const auto* const folder = volume->continues_in ? &volume->folders.front() : nullptr;
     if (!folder || folder->compression != method)
         throw format::exception(folder ? "a folder goes on there with another compression method"
@@ -92,38 +96,53 @@ bool PublishedBlocks::readPiece() {
     return ::format::cab::published::is_piece(block.uncompressed_size, spans && left == 0);
 }
 
+/// Joins the pieces of a block, of which the first was read. Returns false if the owner ends the folder.
+bool PublishedBlocks::joinPieces() {
+    for (bool whole = false;;) {
+        if (joined.size() + block.compressed_size > longest_payload)
+            throw format::exception("the pieces of a block are too long together", reporter);
+        joined.append(block.payload.get(), block.compressed_size);
+        if (whole)
+            return true;
+        try {
+            if (!findBlock(true))
+                return false;
+            whole = !readPiece();
+        } catch (...) {
+            if (!is_stored)
+                throw;
+            failure = std::current_exception(); // no decoder needs the rest
+            return true;
+        }
+    }
+}
+
 bool PublishedBlocks::next() {
+    if (failure)
+        std::rethrow_exception(std::exchange(failure, nullptr));
     input.show({});
     joined.clear();
     damaged = reading = false;
     if (owner.has_enough(spans) || !findBlock(false))
         return false;
-    bool whole = !readPiece();
-    if (whole) {
+    if (!readPiece()) {
         input.show({block.payload.get(), static_cast<std::size_t>(block.compressed_size)});
-    } else {
-        for (;;) {
-            if (joined.size() + block.compressed_size > longest_payload)
-                throw format::exception("the pieces of a block are too long together", reporter);
-            joined.append(block.payload.get(), block.compressed_size);
-            if (whole)
-                break;
-            if (!findBlock(true))
-                return false;
-            whole = !readPiece();
-        }
+    } else if (joinPieces()) {
         block.compressed_size = joined.size();
         input.show(joined);
+    } else {
+        return false;
     }
     if (damaged)
-        owner.damaged((method & ::format::cab::compression::method_mask) == ::format::cab::compression::stored
-                          ? block.compressed_size
-                          : block.uncompressed_size);
+        owner.damaged(is_stored ? block.compressed_size : to_the_end);
     return true;
 }
 
 std::string_view PublishedBlocks::received() const {
-    return joined.empty() && reading ? block_source::received() : std::string_view(joined);
+    // A wrong size makes what follows a block look like its payload.
+    const bool trusted =
+        reading && block.stored_checksum == 0 && block.compressed_size == block.uncompressed_size;
+    return trusted ? block_source::received() : std::string_view();
 }
 
 } // namespace harbor6::cab

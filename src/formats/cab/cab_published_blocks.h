@@ -3,6 +3,7 @@
 #include "formats/cab/cab_blocks.h"
 #include "harbor6/stream/random.h"
 
+#include <exception>
 #include <functional>
 #include <string>
 
@@ -46,11 +47,13 @@ public:
         std::function<Volume*()> move_on;
         /// The checksum of a block or of a piece is wrong. Raises if such a block can't be used.
         std::function<void()> checksum_failed;
-        /// Called for a block with a wrong checksum before it is delivered: it expands to so many bytes.
+        /// Called for a block with a wrong checksum before it is delivered: so many of the bytes that follow
+        /// in the folder may be wrong. That is all of them if later blocks depend on it.
         std::function<void(std::uint64_t size)> damaged;
     };
     /// A block can't be longer.
     static constexpr std::size_t longest_payload = 65535;
+    static constexpr std::uint64_t to_the_end = ~std::uint64_t{0} >> 1;
 
     /// `volume` is positioned on the data of the folder.
     PublishedBlocks(Volume& volume, std::size_t folder, Owner owner);
@@ -62,6 +65,7 @@ public:
 
 private:
     bool findBlock(bool joining);
+    bool joinPieces();
     bool readPiece();
     bool enterNext();
     void leave();
@@ -69,11 +73,13 @@ private:
     Owner owner;
     Volume* volume; ///< null while the owner moves on
     const std::uint16_t method;
-    std::uint32_t left = 0; ///< blocks of the folder in `volume`
-    bool spans = false;     ///< the folder goes on in the next volume
-    bool damaged = false;   ///< the checksum of a piece of this block is wrong
-    bool reading = false;   ///< `block` is one that was not delivered yet
-    std::string joined;     ///< pieces of a block
+    const bool is_stored;
+    std::uint32_t left = 0;     ///< blocks of the folder in `volume`
+    bool spans = false;         ///< the folder goes on in the next volume
+    bool damaged = false;       ///< the checksum of a piece of this block is wrong
+    bool reading = false;       ///< `block` is one that was not delivered yet
+    std::string joined;         ///< pieces of a block
+    std::exception_ptr failure; ///< to be raised by next(), which has delivered what came before it
     PayloadInput input;
 };
 

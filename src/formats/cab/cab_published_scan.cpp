@@ -72,9 +72,9 @@ void PublishedScan::openFirst() {
         const auto& header = here->header;
         std::unique_ptr<Volume> previous;
         try {
-            // The index falls by one each time, so this ends.
+            // The index falls by one each time, so this ends; none is in front of number 0.
             previous = open(header.previous_cabinet.value, header.previous_disk.value,
-                            header.cabinet_index - std::uint32_t{1}, "from which it goes on");
+                            header.cabinet_index - std::int64_t{1}, "from which it goes on");
         } catch (const un::exception&) {
             tell(std::current_exception());
             break;
@@ -85,7 +85,7 @@ void PublishedScan::openFirst() {
 
 /// Opens another volume of the set of `here`. Raises un::exception if there is none, or another.
 std::unique_ptr<Volume> PublishedScan::open(const std::string& name, const std::string& disk,
-                                            std::uint32_t index, const char* relation) {
+                                            std::int64_t index, const char* relation) {
     const std::uint32_t set = here->header.set_id;
     const auto agrees = [set, index](const ::format::cab::archive_header& header) {
         return header.set_id == set && header.cabinet_index == index;
@@ -111,7 +111,7 @@ std::unique_ptr<Volume> PublishedScan::open(const std::string& name, const std::
     const auto refusal = [&](const std::string& what) {
         return un::exception(std::string(name).append(what), reporter);
     };
-    auto bytes = archive.volumes->openVolume({name, disk, set, index, matches});
+    auto bytes = archive.volumes->openVolume({name, disk, set, static_cast<std::uint32_t>(index), matches});
     if (!bytes)
         throw refusal(std::string(disk.empty() ? ", " : " (disk " + disk + "), ")
                           .append(relation)
@@ -127,6 +127,8 @@ std::unique_ptr<Volume> PublishedScan::open(const std::string& name, const std::
     const auto& header = volume->header;
     if (header.set_id != set)
         throw refusal(" is a part of another set of cabinets");
+    if (index < 0)
+        throw refusal(" can't come before number 0 of its set");
     if (header.cabinet_index != index)
         throw refusal(std::string(" has the number ")
                           .append(std::to_string(header.cabinet_index))
@@ -146,7 +148,7 @@ void PublishedScan::startVolume(Files carried) {
     for (std::size_t i = 0; i < here->folders.size(); ++i)
         folders.push_back(newFiles());
     std::vector<RangeSplitter::range> of_folder_0; // until it is known whether it is the carried one
-    for (std::uint32_t i = 0; i < here->header.file_count && !ended; ++i)
+    for (std::uint32_t i = 0; i < here->header.file_count && !ended && !here->records_cut; ++i)
         addFile(known, carried ? &of_folder_0 : nullptr);
     here->endRecords();
     if (!here->continues_in && !here->continues_out)
@@ -163,7 +165,15 @@ void PublishedScan::startVolume(Files carried) {
 void PublishedScan::addFile(const std::set<Identity>& known, std::vector<RangeSplitter::range>* of_folder_0) {
     const auto record = std::make_shared<::format::cab::file_header>();
     record->texts = texts;
-    record->read(*here->input, true);
+    try {
+        record->read(*here->input, true);
+    } catch (const stream::cut_short&) {
+        return tellCutRecords(std::current_exception());
+    } catch (const stream::exception&) {
+        if (!here->isAtEnd())
+            throw;
+        return tellCutRecords(std::make_exception_ptr(here->cutShort()));
+    }
     const auto folder = published::folder_of(*record, here->header);
     const bool continued = folder && record->folder_index >= here->folders.size();
     if (!folder || (continued && !archive.volumes)) {
@@ -193,6 +203,15 @@ void PublishedScan::addFile(const std::set<Identity>& known, std::vector<RangeSp
         else
             folders[*folder]->add(std::move(file));
     }
+}
+
+/// The volume ends inside its file records. The data of the files before may be in front of them.
+void PublishedScan::tellCutRecords(const std::exception_ptr& failure) {
+    here->records_cut = here->told_cut = true;
+    if (here->name.empty())
+        tell(failure);
+    else
+        complain(here->named(here->cutShort().message()));
 }
 
 auto PublishedScan::newFiles() const -> Files {
@@ -231,7 +250,12 @@ void PublishedScan::expandFolder(std::size_t index) {
             throw;
     }
     if (failure)
-        tellFailure(failure);
+        tellFailure(failure, files->endedEarly());
+    if (files->leftOut() > 0)
+        complain(here->named(
+            "the files of a folder share too many bytes: " + std::to_string(files->leftOut()) +
+            " of them, beyond " + std::to_string(RangeSplitter::shared_times) + " times its bytes and " +
+            std::to_string(RangeSplitter::shared_bytes >> 30) + " GiB, are left out"));
 }
 
 void PublishedScan::expandInto(RangeSplitter& files, std::size_t index) {
@@ -262,7 +286,7 @@ Volume* PublishedScan::moveOn() {
     stuck = true;
     const auto& header = here->header;
     const bool spans = here->continues_out;
-    here = open(header.next_cabinet.value, header.next_disk.value, header.cabinet_index + std::uint32_t{1},
+    here = open(header.next_cabinet.value, header.next_disk.value, header.cabinet_index + std::int64_t{1},
                 "in which it goes on");
     try {
         startVolume(spans ? folders.back() : nullptr);
@@ -305,9 +329,9 @@ void PublishedScan::tell(const std::exception_ptr& failure) {
         std::rethrow_exception(failure);
 }
 
-/// Tells the client of a folder's failure, with the volume in which it arose. Raises what isn't a failure of
-/// the archive's content.
-void PublishedScan::tellFailure(const std::exception_ptr& failure) {
+/// Tells the client of a folder's failure, with the volume in which it arose, and as one of data only if it
+/// ended a file. Raises what isn't a failure of the archive's content.
+void PublishedScan::tellFailure(const std::exception_ptr& failure, bool in_a_file) {
     if (stuck) {
         try {
             std::rethrow_exception(failure);
@@ -318,10 +342,11 @@ void PublishedScan::tellFailure(const std::exception_ptr& failure) {
     }
     std::exception_ptr named = failure;
     const bool of_content = if_of_content(failure, [&](const std::string& text, bool in_data) {
-        if (here->name.empty())
+        if (here->name.empty() && (in_a_file || !in_data))
             return;
-        named = in_data ? std::make_exception_ptr(format::exception(here->named(text), reporter))
-                        : std::make_exception_ptr(stream::exception(here->named(text), reporter));
+        named = in_data && in_a_file
+                    ? std::make_exception_ptr(format::exception(here->named(text), reporter))
+                    : std::make_exception_ptr(stream::exception(here->named(text), reporter));
     });
     if (!of_content)
         std::rethrow_exception(failure);

@@ -32,10 +32,11 @@ private:
     using Identity = std::tuple<std::string, std::uint64_t, std::uint64_t>; ///< name, size, offset
 
     void openFirst();
-    std::unique_ptr<Volume> open(const std::string& name, const std::string& disk, std::uint32_t index,
+    std::unique_ptr<Volume> open(const std::string& name, const std::string& disk, std::int64_t index,
                                  const char* relation);
     void startVolume(Files carried);
     void addFile(const std::set<Identity>& known, std::vector<RangeSplitter::range>* of_folder_0);
+    void tellCutRecords(const std::exception_ptr& failure);
     Files newFiles() const;
     void expandVolume();
     void expandFolder(std::size_t index);
@@ -44,7 +45,7 @@ private:
     bool openNext();
     void complain(const Volume::Complaint& complaint);
     void tell(const std::exception_ptr& failure);
-    void tellFailure(const std::exception_ptr& failure);
+    void tellFailure(const std::exception_ptr& failure, bool in_a_file);
 
     Archive& archive;
     target_finder targets;

@@ -4,7 +4,6 @@
 #include "harbor6/groundwork/exception.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace harbor6::cab {
@@ -39,13 +38,19 @@ Volume::Complaint Volume::readFolders() {
         folder.read(*input, true);
     }
     head = input->tell() - start;
-    if (header.file_count == 0)
-        return std::nullopt;
-    if (!makesSense(header.files_offset))
+    if (header.file_count != 0 && !makesSense(header.files_offset))
         return named("the stated place of the file records makes no sense; they are read behind the folder "
                      "records");
-    goTo(start + header.files_offset);
-    return std::nullopt;
+    if (header.file_count != 0)
+        goTo(start + header.files_offset);
+    std::vector<std::uint64_t> places;
+    for (const auto& folder : folders)
+        if (folder.block_count != 0 && makesSense(folder.data_offset))
+            places.push_back(folder.data_offset);
+    std::sort(places.begin(), places.end());
+    if (std::adjacent_find(places.begin(), places.end()) == places.end())
+        return std::nullopt;
+    return named("two folders state the same place for their data; the files of one may be wrong");
 }
 
 void Volume::goTo(std::uint64_t place) {
@@ -95,9 +100,9 @@ Volume::Complaint Volume::goToData(std::size_t folder) {
         return complaint;
     if (makesSense(folders[folder].data_offset)) {
         goTo(start + folders[folder].data_offset);
-        const auto behind = expanded.upper_bound(input->tell());
-        if (behind != expanded.begin() && std::prev(behind)->second > input->tell())
-            throw format::exception("a folder's stated place is in the data of another folder",
+        if (input->tell() < furthest && read_bytes > most_readings * (furthest - start))
+            throw format::exception("too many folders share data: " + std::to_string(most_readings) +
+                                        " times the cabinet's bytes have been read",
                                     "harbor6::cab::Archive");
     } else {
         complaint = named("the stated place of a folder's data makes no sense; they are read behind those "
@@ -145,8 +150,8 @@ void Volume::endData(std::uint32_t left) {
         return; // a folder without blocks
     behind_last = input->tell();
     blocks_left = left;
-    if (behind_last > data_begin)
-        expanded.emplace(data_begin, behind_last);
+    read_bytes += behind_last - data_begin;
+    furthest = std::max(furthest, behind_last);
 }
 
 } // namespace harbor6::cab

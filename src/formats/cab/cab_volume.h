@@ -4,7 +4,6 @@
 #include "harbor6/groundwork/exception.h"
 #include "harbor6/stream/counted_stream.h"
 
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,7 +14,7 @@ namespace harbor6::cab {
 /// each folder where the cabinet says that they are. For one pass, on one thread.
 class Volume {
 public:
-    /// A place that makes no sense, or can't be reached; what is behind the data before it is read instead.
+    /// What is wrong with a stated place: where it makes no sense, what is due in sequence is read instead.
     using Complaint = std::optional<std::string>;
 
     /// Reads the header, with its own tests. `name` is the one under which the host gave `bytes`, empty for
@@ -30,8 +29,11 @@ public:
     /// The folders in the order in which they are to be expanded, by their places; `last`, if it is one of
     /// them, is the last.
     std::vector<std::size_t> expansionOrder(std::size_t last) const;
-    /// Goes to the first block of a folder. Raises format::exception if the data of another folder are there,
-    /// and stream::exception if the input can't go there.
+    /// Folders may share data, but a few records could state any amount of work. So the data that are read in
+    /// all are limited to so many times the bytes up to the last of them.
+    static constexpr std::uint64_t most_readings = 16;
+    /// Goes to the first block of a folder. Raises format::exception if data that were read before are there
+    /// and that limit is reached, and stream::exception if the input can't go there.
     Complaint goToData(std::size_t folder);
     /// Takes the place of goToData and endData for a folder that isn't read; the input stays where it is.
     void passOver(std::size_t folder);
@@ -53,6 +55,7 @@ public:
     std::vector<::format::cab::folder_header> folders;
     bool continues_in = false;  ///< folder 0 begins in an earlier volume
     bool continues_out = false; ///< the last folder goes on in the next volume
+    bool records_cut = false;   ///< the volume ends inside the file records
     bool told_cut = false;      ///< that the volume is cut short was told
 
 private:
@@ -70,7 +73,8 @@ private:
     // The data of the folder behind it begin so many blocks behind this place.
     std::uint64_t behind_last = 0;
     std::uint32_t blocks_left = 0;
-    std::map<std::uint64_t, std::uint64_t> expanded; ///< begin and end of the data that were read
+    std::uint64_t furthest = 0;   ///< behind all data that were read
+    std::uint64_t read_bytes = 0; ///< of data; some may have been read several times
 };
 
 } // namespace harbor6::cab

@@ -87,8 +87,10 @@ bool RangeSplitter::mayBegin(const range& file) const {
 
 /// Passes the part of the bytes that `file` covers, its first ones, on to it.
 void RangeSplitter::begin(range file, const char* buffer, unsigned length) {
-    if (!mayBegin(file))
+    if (!mayBegin(file)) {
+        ++left_out;
         return;
+    }
     const auto before = file.size == 0 ? 0 : static_cast<unsigned>(file.offset - written);
     const bool whole = file.size <= length - before;
     if (!whole && active.size() >= most_open) {
@@ -155,10 +157,10 @@ void RangeSplitter::commit(range& file) {
     if (!target)
         return; // its commit has failed before
     const auto end = file.offset + file.size;
-    const bool hit = std::any_of(damage.begin(), damage.end(), [&](const auto& part) {
-        return part.first < end && file.offset < part.second;
-    });
-    if (hit && damaged)
+    // The parts begin and end one behind the other.
+    const auto part = std::partition_point(damage.begin(), damage.end(),
+                                           [&](const auto& each) { return each.second <= file.offset; });
+    if (part != damage.end() && part->first < end && damaged)
         damaged(*target);
     target->commitItem();
 }
@@ -168,13 +170,17 @@ void RangeSplitter::finish() {
     active.clear();
     for (auto& [file, into] : begun) {
         into.reset();
+        ended_early = true;
         commit(file);
     }
-    if (kept)
+    if (kept) {
+        ended_early = true;
         deliverDeferred();
+    }
     // A file that would begin here has got all that came of it.
     while (started && advanceTo(written + 1)) {
         range file = takeNext();
+        ended_early = ended_early || file.size > 0;
         open(file).reset();
         commit(file);
     }

@@ -57,6 +57,10 @@ public:
 
     /// Whether a file that isn't empty waits for bytes.
     bool wantsMore() const;
+    /// How many files were released because of the limits of shared bytes.
+    std::size_t leftOut() const { return left_out; }
+    /// Whether a file was committed without all of its bytes.
+    bool endedEarly() const { return ended_early; }
     /// States that the next `length` bytes to be written may be wrong.
     void markDamaged(std::uint64_t length);
 
@@ -90,6 +94,8 @@ private:
     std::uint64_t kept_from = 0;
     std::uint64_t kept_end = 0; ///< of the last deferred file
     std::uint64_t written = 0;
+    std::size_t left_out = 0;
+    bool ended_early = false;
     std::uint64_t passed_on = 0;                                 ///< bytes, and the sizes of deferred files
     std::vector<std::pair<std::uint64_t, std::uint64_t>> damage; ///< begin and end of each marked part
 };

@@ -13,7 +13,7 @@ struct VolumeRequest {
     std::string name;    ///< of its file, UTF-8, as stored: nothing keeps it from being a path or empty
     std::string disk;    ///< label of the disk that held it, not converted; may be empty
     std::uint32_t set;   ///< number of the set
-    std::uint32_t index; ///< of the volume in the set
+    std::uint32_t index; ///< of the volume in the set; all ones if no volume can be the right one
     /// Whether the stream, at its start, is that volume; reads some bytes and doesn't set it back. Raises
     /// what the stream raises.
     std::function<bool(stream::input&)> matches;
