@@ -60,26 +60,33 @@ public:
         advance();
         // What follows the end of an archive may be others; what follows its beginning is its own.
         if (is_archive && !(found && at.offset == 0 && !at.cut && at.size != FoundArchive::unknown_size))
-            found = false;
+            finder.reset(), found = false;
     }
 
     /// Whether there is one, `at`.
     bool found = false;
     FoundArchive at;
     std::uint64_t size() const { return bytes->size(); }
-    /// Whether the search ended because too many archives have no known end.
-    bool stopped = false;
     void advance() {
-        found = finder->next(at);
-        if (found && (at.cut || at.size == FoundArchive::unknown_size))
-            stopped = ++without_end > most_without_end;
-        found = found && !stopped;
+        for (;;) {
+            found = finder->next(at);
+            if (!found || !(at.cut || at.size == FoundArchive::unknown_size) ||
+                ++without_end <= most_without_end)
+                return;
+        }
+    }
+    /// Why there may be more; empty if all were found.
+    std::string complaint() const {
+        if (without_end > most_without_end)
+            return "more than " + std::to_string(most_without_end) +
+                   " archives in it are cut short; only so many of them are read";
+        return finder && finder->passedOver() ? too_many_heads : "";
     }
 
 private:
     std::unique_ptr<file_input> bytes;
     std::optional<harbor6::ArchiveFinder> finder;
-    unsigned without_end = 0;
+    unsigned without_end = 0; ///< archives
 };
 
 } // namespace
@@ -93,15 +100,17 @@ std::unique_ptr<file_input> archive_source::open(progress* meter) const {
                                            meter);
 }
 
-void for_each_archive(command_context& context, const std::string& path,
+bool for_each_archive(command_context& context, const std::string& path,
                       const std::function<void(const archive_source&)>& work) {
     archive_source next{path};
     bool more = true; // `next` is to be worked on
+    std::string complaint;
     try {
         std::error_code ignored;
         // A named pipe can be opened only once.
         if (path == "-" || std::filesystem::is_regular_file(path, ignored)) {
             embedded_archives archives(context.formats.classifier, path);
+            next.file_is_archive = archives.found && archives.at.offset == 0;
             while (archives.found) {
                 next.offset = archives.at.offset;
                 const auto end = archives.at.offset + archives.at.size;
@@ -113,17 +122,18 @@ void for_each_archive(command_context& context, const std::string& path,
                 more = archives.found;
                 work(next);
             }
-            if (archives.stopped) {
-                context.log.begin_archive(path);
-                context.log.archive_error("too many archives in it are cut short; the rest is not read");
-                context.log.end_archive();
-            }
+            complaint = archives.complaint();
         }
     } catch (const fs::Exception&) {
         // The file can't be opened or read, which `work` finds too.
     }
     if (more)
         work(next);
+    if (complaint.empty())
+        return true;
+    context.log.begin_archive(path);
+    context.log.archive_error(complaint);
+    return context.log.end_archive();
 }
 
 } // namespace host

@@ -16,6 +16,7 @@ struct archive_source {
     std::string path; ///< of the file; "-" is the standard input
     std::uint64_t offset = 0;
     bool is_one_of_several = false; ///< in its file
+    bool file_is_archive = false;   ///< the file begins with an archive: this one, or one in front of it
     /// Bytes of the file that follow the archive, if no other one is among them and the archive states its
     /// end.
     std::uint64_t bytes_behind = 0;
@@ -27,9 +28,13 @@ struct archive_source {
     std::unique_ptr<file_input> open(progress* meter = nullptr) const;
 };
 
-/// Calls `work` with each archive in the file `path`, in order. That is the file itself if it begins as an
-/// archive does and no other one follows, or if it contains none or is a pipe, so that `work` reports why.
-void for_each_archive(command_context& context, const std::string& path,
+/// Why there may be archives that a search hasn't found: see ArchiveFinder::passedOver.
+inline constexpr char too_many_heads[] = "so much in it looks like archives that some of that was not tested";
+
+/// Calls `work` with each archive in the file `path`, in order. Returns false if there may be more of them,
+/// which is reported. That is the file itself if it begins as an archive does and no other one follows, or if
+/// it contains none or is a pipe, so that `work` reports why.
+bool for_each_archive(command_context& context, const std::string& path,
                       const std::function<void(const archive_source&)>& work);
 
 } // namespace host

@@ -24,7 +24,7 @@ bool work_on_file(command_context& context, const std::string& file, const archi
     auto& log = context.log;
     bool all_sound = true;
     context.volumes.beginArchive(file);
-    for_each_archive(context, file, [&](const archive_source& archive) {
+    const bool all_found = for_each_archive(context, file, [&](const archive_source& archive) {
         log.begin_archive(archive.name());
         work(archive);
         const bool sound = log.end_archive();
@@ -37,14 +37,16 @@ bool work_on_file(command_context& context, const std::string& file, const archi
                               .add("ok", sound)
                               .text());
     });
-    return all_sound;
+    return all_sound && all_found;
 }
 
-/// Whether the file is a volume that continues another one, which may be given too.
-bool continues_another(command_context& context, const std::string& path) {
+/// Whether the file may be a volume that continues another one, which may be given too.
+bool may_continue_another(command_context& context, const std::string& path) {
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(path, ignored))
-        return false;
+    const auto kind = std::filesystem::status(path, ignored).type();
+    if (kind != std::filesystem::file_type::regular)
+        return path == "-" || (kind != std::filesystem::file_type::not_found &&
+                               kind != std::filesystem::file_type::directory); // a pipe is read once
     try {
         const pattern::AcquiredPtr<SourceFile> file(
             new SourceFile(context.plain_format, path, archive_source{path}.open()));
@@ -72,7 +74,7 @@ std::size_t process_count(command_context& context) {
         return 1;
     const std::size_t wanted = chosen.jobs > 0 ? chosen.jobs : std::thread::hardware_concurrency();
     const auto at_once = std::min(wanted, files.size());
-    const auto continues = [&](const std::string& file) { return continues_another(context, file); };
+    const auto continues = [&](const std::string& file) { return may_continue_another(context, file); };
     return at_once > 1 && std::any_of(files.begin(), files.end(), continues) ? 1 : at_once;
 }
 

@@ -6,6 +6,7 @@
 #include "host/placement.h"
 #include "host/platform/process.h"
 
+#include <optional>
 #include <utility>
 
 namespace host {
@@ -56,30 +57,47 @@ bool show_plan(command_context& context, const archive_source& archive, DiskFold
     return extract_archive(context, archive, top);
 }
 
-void expand_one(command_context& context, const archive_source& archive) {
+/// A folder on disk that archives are expanded into, and what is known of the files that they made there.
+struct destination {
+    destination(command_context& context, const placement& place)
+        : where(place), scratch(folder_around(where.folder)), tree(where.folder, where.follows_links),
+          expansion(tree, context.plain_format, context.log) {
+        const auto& chosen = context.chosen;
+        const auto& client = context.client;
+        tree.most_open_folders = descriptors_for_folders();
+        apply_options(chosen, tree, expansion);
+        expansion.folders_on_demand = chosen.dry_run || chosen.flat || !client.wanted.everything();
+        expansion.replaces_all = where.may_replace && client.policy == clash_policy::always;
+        if (has_several_processors())
+            expansion.behind = std::make_unique<write_behind>();
+        top = new DiskFolder(expansion);
+    }
+
+    const placement where;
+    harbor6::ScratchSpace scratch;
+    directory_tree tree;
+    expansion_state expansion;
+    pattern::AcquiredPtr<DiskFolder> top;
+};
+
+/// Expands the archive into `into`, which is set first unless the archive follows one that it goes with.
+void expand_one(command_context& context, const archive_source& archive, std::optional<destination>& into) {
     const auto& chosen = context.chosen;
-    const auto where = place(context, archive);
-    if (!where)
+    if (archive.offset == 0 || !archive.file_is_archive) {
+        into.reset();
+        if (const auto where = place(context, archive))
+            into.emplace(context, *where);
+    }
+    if (!into)
         return;
-    harbor6::ScratchSpace scratch(folder_around(where->folder));
-    context.scratch = &scratch;
-    auto& client = context.client;
-    client.may_replace = where->may_replace;
-    directory_tree target(where->folder, where->follows_links);
-    target.most_open_folders = descriptors_for_folders();
-    expansion_state expansion(target, context.plain_format, context.log);
-    apply_options(chosen, target, expansion);
-    expansion.folders_on_demand = chosen.dry_run || chosen.flat || !client.wanted.everything();
-    expansion.replaces_all = client.may_replace && client.policy == clash_policy::always;
-    if (has_several_processors())
-        expansion.behind = std::make_unique<write_behind>();
-    const pattern::AcquiredPtr<DiskFolder> top(new DiskFolder(expansion));
+    context.scratch = &into->scratch;
+    context.client.may_replace = into->where.may_replace;
     const auto how = chosen.nested ? traversal::item_by_item : traversal::one_pass;
-    const bool ended =
-        chosen.dry_run ? show_plan(context, archive, *top) : extract_archive(context, archive, *top, how);
-    target.sync_folders();
+    const bool ended = chosen.dry_run ? show_plan(context, archive, *into->top)
+                                      : extract_archive(context, archive, *into->top, how);
+    into->tree.sync_folders();
     if (ended || context.log.archive_totals().files > 0)
-        print_closing_line(chosen, context.log, where->folder);
+        print_closing_line(chosen, context.log, into->where.folder);
 }
 
 class printed_file : public tally_sink {
@@ -103,6 +121,7 @@ void print_files(command_context& context, const archive_source& archive) {
 void expand(command_context& context) {
     const auto& chosen = context.chosen;
     bool catches_signals = false;
+    std::optional<destination> into;
     context.client.depth = chosen.nested ? chosen.depth : 0;
     context.client.policy = chosen.policy;
     work_on_archives(context, [&](const archive_source& archive) {
@@ -113,7 +132,7 @@ void expand(command_context& context) {
             if (chosen.to_stdout)
                 print_files(context, archive);
             else
-                expand_one(context, archive);
+                expand_one(context, archive, into);
         } catch (const fs::Exception& failure) {
             context.log.archive_error(nio::printable(failure.message()));
         }

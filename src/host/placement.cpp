@@ -124,23 +124,28 @@ std::optional<top_item> only_item_in(command_context& context, const archive_sou
 } // namespace
 
 std::string own_folder(const archive_source& archive) {
-    const auto name = nio::leaf(archive.name(), '/');
+    if (archive.is_one_of_several && !archive.file_is_archive)
+        return nio::leaf(archive.name(), '/');
+    const auto name = nio::leaf(archive.path, '/');
     const auto suffix = name.rfind('.');
-    if (archive.is_one_of_several)
-        return name;
     return suffix == name.npos || suffix == 0 ? name + ".contents" : name.substr(0, suffix);
+}
+
+bool needs_own_folder(const command_context& context, const archive_source& archive) {
+    return context.chosen.archives.size() > 1 || (archive.is_one_of_several && !archive.file_is_archive);
 }
 
 std::optional<placement> place(command_context& context, const archive_source& archive) {
     const auto& chosen = context.chosen;
     const auto own = own_folder(archive);
-    if (chosen.archives.size() > 1 || archive.is_one_of_several)
+    if (needs_own_folder(context, archive))
         return placement{.folder = chosen.target.empty() ? own : join_path(chosen.target, own)};
     if (!chosen.target.empty())
         return placement{.folder = chosen.target, .follows_links = true};
     directory_tree current(".", true);
     // Which of the files are wanted, and what an archive in the archive contains, isn't known yet.
-    const auto only = context.client.wanted.everything() ? only_item_in(context, archive) : std::nullopt;
+    const bool looks_inside = context.client.wanted.everything() && !archive.is_one_of_several;
+    const auto only = looks_inside ? only_item_in(context, archive) : std::nullopt;
     if (!only || !name_fault(only->name).empty() || (chosen.nested && !only->is_folder)) {
         // A file of that name may be the only item of this archive as it was earlier.
         const bool taken = current.look_up({}, own) == entry_kind::file;

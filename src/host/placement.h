@@ -15,11 +15,15 @@ struct placement {
     bool may_replace = true; ///< as the user asked; false: nothing is replaced, whatever the user asked
 };
 
-/// The name of the folder for the content of an archive: the archive's own without its suffix.
+/// The name of the folder for the content of an archive: that of its file without the suffix, or of the
+/// archive inside a file that is none itself.
 std::string own_folder(const archive_source& archive);
 
-/// Decides where the archive goes, by the command line and by the head of the archive.
-/// Writes nothing. Empty if it goes nowhere, which is reported.
+/// Whether the archive goes into a folder of its own, wherever the user wants its content.
+bool needs_own_folder(const command_context& context, const archive_source& archive);
+
+/// Decides where the archive goes, with those that follow it in its file if that is an archive: by the
+/// command line and by the head of the archive. Writes nothing. Empty if it goes nowhere, which is reported.
 std::optional<placement> place(command_context& context, const archive_source& archive);
 
 } // namespace host

@@ -43,15 +43,68 @@ TEST_F(Embedded, AreReadWhereAFileBeginsWithNoneOrOthersFollow) {
     EXPECT_EQ(run("list --tree 2.bin"),
               fine("2.bin@0\n└── a\n1 file\n\n2.bin@73\n├── b\n└── in.cab\n2 files\n"));
     EXPECT_EQ(run("expand -q sfx.exe"), fine());
-    EXPECT_EQ(run("expand -q 2.bin -- b a"), fine());
-    EXPECT_EQ(run("expand 2.bin -C t"),
-              fine("expanded 1 file, 3 B, into t/2.bin@0/\nexpanded 2 files, 76 B, into t/2.bin@73/\n"));
-    EXPECT_EQ(run("expand -q 2.bin -C t -- none"), failed("harbor: none: not found in the archive\n"));
-    EXPECT_EQ(support::tree(place.path),
-              "2.bin 2.bin@0/ 2.bin@0/a 2.bin@73/ 2.bin@73/b cut.cab plain sfx.exe sfx/ sfx/b sfx/in.cab t/ "
-              "t/2.bin@0/ t/2.bin@0/a t/2.bin@73/ t/2.bin@73/b t/2.bin@73/in.cab ");
-    EXPECT_EQ(support::read_file(place / "sfx/in.cab") + support::read_file(place / "t/2.bin@0/a"),
-              one + "one");
+    EXPECT_EQ(support::tree(place / "sfx") + support::read_file(place / "sfx/in.cab"), "b in.cab " + one);
+}
+
+TEST_F(Embedded, GoIntoOneFolderBehindAnArchiveAndOtherwiseIntoTheirOwn) {
+    const auto one = cabinet().file("a", "one").bytes();
+    const auto two = cabinet().file("a", "two").file("d\\b", "three").bytes();
+    write_file(place / "x.bin", one + "text" + two);
+    write_file(place / "y.exe", "stub" + one + two);
+    const auto clash = [](const std::string& archive) {
+        return "harbor: " + archive + ": a: another file of the archive has that name\n";
+    };
+    const struct {
+        std::string arguments;
+        support::transcript seen;
+        std::string tree;
+    } cases[] = {
+        {"x.bin", failed(clash("x.bin@77"), "expanded 1 file, 3 B, into x/\nexpanded 1 file, 5 B, into x/\n"),
+         "x.bin x/ x/a x/d/ x/d/b y.exe "},
+        {"-q x.bin -C t", failed(clash("x.bin@77")), "t/ t/a t/d/ t/d/b x.bin y.exe "},
+        {"-q x.bin -- b", fine(), "x.bin x/ x/d/ x/d/b y.exe "},
+        {"-q x.bin -C t --overwrite rename", fine(), "t/ t/a t/a (2) t/d/ t/d/b x.bin y.exe "},
+        {"-q x.bin y.exe -C t", failed(clash("x.bin@77")),
+         "t/ t/x/ t/x/a t/x/d/ t/x/d/b t/y.exe@4/ t/y.exe@4/a t/y.exe@77/ t/y.exe@77/a t/y.exe@77/d/ "
+         "t/y.exe@77/d/b x.bin y.exe "},
+        {"-q y.exe", fine(), "x.bin y.exe y.exe@4/ y.exe@4/a y.exe@77/ y.exe@77/a y.exe@77/d/ y.exe@77/d/b "},
+        {"-q y.exe -C t -- none", failed("harbor: none: not found in the archive\n"), "x.bin y.exe "},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.arguments);
+        EXPECT_EQ(run("expand " + each.arguments, "rm -rf t x *@*;"), each.seen);
+        EXPECT_EQ(support::tree(place.path), each.tree);
+    }
+    const auto again = run("expand -q x.bin --overwrite always; '" HARBOR_PROGRAM "' expand -q x.bin "
+                           "--overwrite always",
+                           "rm -rf x;");
+    EXPECT_EQ(again.status, 1);
+    EXPECT_EQ(support::read_file(place / "x/a"), "one") << "of two files of one name the first is written";
+    // Where expand puts them.
+    EXPECT_EQ(run("test --sha256 x.bin y.exe | cut -c 67-").out,
+              "x/a\nx/a\nx/d/b\ny.exe@4/a\ny.exe@77/a\ny.exe@77/d/b\n");
+    EXPECT_EQ(run("test --sha256 x.bin | cut -c 67-").out, "a\na\nd/b\n");
+}
+
+TEST_F(Embedded, SaysWhereTheSearchIsLimited) {
+    auto head = cabinet().file("a", "one").bytes();
+    head.replace(8, 4, std::string("\0\0\x09\0", 4)); // states more bytes than follow
+    std::string many = "stub", heads = "stub";
+    for (int i = 0; i < 18; ++i)
+        many += head;
+    write_file(place / "many.bin", many + cabinet().file("b", "").bytes());
+    head.replace(16, 4, std::string("\0\0\x08\0", 4)); // the place of the file records
+    for (int i = 0; i < 3000; ++i)
+        heads += head.substr(0, 44);
+    write_file(place / "heads.bin", heads + std::string(0x90000, '\0'));
+    const std::string stopped =
+        "harbor: many.bin: more than 16 archives in it are cut short; only so many of them are read\n";
+    const std::string untested =
+        "harbor: heads.bin: so much in it looks like archives that some of that was not tested\n";
+    EXPECT_EQ(run("test many.bin | grep -c ', 1 file'").out, "17\n") << "and the one with an end";
+    EXPECT_EQ(run("test -q -j 2 many.bin heads.bin -- a"),
+              failed(stopped + "harbor: heads.bin: not an archive of a known format\n" + untested));
+    EXPECT_EQ(run("find heads.bin").err, untested);
 }
 
 } // namespace
