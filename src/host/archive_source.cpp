@@ -51,8 +51,8 @@ constexpr unsigned most_without_end = 16;
 /// The archives in one file, found one after another.
 class embedded_archives {
 public:
-    embedded_archives(const harbor6::Classifier& formats, const std::string& path)
-        : bytes(archive_source{path}.open()) {
+    embedded_archives(const harbor6::Classifier& formats, const std::string& path, progress& meter)
+        : file(path), told(meter), bytes(archive_source{path}.open(&meter)) {
         if (bytes->size() == FoundArchive::unknown_size)
             return; // what is read from a pipe is gone
         const bool is_archive = begins_as_archive(formats, *bytes);
@@ -68,6 +68,7 @@ public:
     FoundArchive at;
     std::uint64_t size() const { return bytes->size(); }
     void advance() {
+        told.begin(file, bytes->size());
         for (;;) {
             found = finder->next(at);
             if (!found || !(at.cut || at.size == FoundArchive::unknown_size) ||
@@ -80,13 +81,24 @@ public:
         if (without_end > most_without_end)
             return "more than " + std::to_string(most_without_end) +
                    " archives in it are cut short; only so many of them are read";
-        return finder && finder->passedOver() ? too_many_heads : "";
+        return passed_over ? too_many_heads : "";
+    }
+    /// Gives back the memory that is not needed until the next advance().
+    void rest() {
+        bytes->release_memory();
+        if (found || !finder)
+            return;
+        passed_over = finder->passedOver();
+        finder.reset();
     }
 
 private:
+    const std::string& file;
+    progress& told;
     std::unique_ptr<file_input> bytes;
     std::optional<harbor6::ArchiveFinder> finder;
     unsigned without_end = 0; ///< archives
+    bool passed_over = false; ///< so was something by the search
 };
 
 } // namespace
@@ -109,7 +121,7 @@ bool for_each_archive(command_context& context, const std::string& path,
         std::error_code ignored;
         // A named pipe can be opened only once.
         if (path == "-" || std::filesystem::is_regular_file(path, ignored)) {
-            embedded_archives archives(context.formats.classifier, path);
+            embedded_archives archives(context.formats.classifier, path, context.log.meter);
             next.file_is_archive = archives.found && archives.at.offset == 0;
             while (archives.found) {
                 next.offset = archives.at.offset;
@@ -120,6 +132,7 @@ bool for_each_archive(command_context& context, const std::string& path,
                     sized && !archives.found && end < archives.size() ? archives.size() - end : 0;
                 next.is_one_of_several = next.is_one_of_several || archives.found;
                 more = archives.found;
+                archives.rest();
                 work(next);
             }
             complaint = archives.complaint();

@@ -16,6 +16,7 @@ struct archive_source {
     std::string path; ///< of the file; "-" is the standard input
     std::uint64_t offset = 0;
     bool is_one_of_several = false; ///< in its file
+    unsigned number = 1;            ///< more for the second of the files that would get one folder, and so on
     bool file_is_archive = false;   ///< the file begins with an archive: this one, or one in front of it
     /// Bytes of the file that follow the archive, if no other one is among them and the archive states its
     /// end.

@@ -10,7 +10,9 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <map>
 #include <set>
+#include <sstream>
 #include <thread>
 
 namespace host {
@@ -24,18 +26,20 @@ bool work_on_file(command_context& context, const std::string& file, const archi
     auto& log = context.log;
     bool all_sound = true;
     context.volumes.beginArchive(file);
-    const bool all_found = for_each_archive(context, file, [&](const archive_source& archive) {
+    const bool all_found = for_each_archive(context, file, [&](archive_source archive) {
+        archive.number = context.numbers[file];
         log.begin_archive(archive.name());
         work(archive);
         const bool sound = log.end_archive();
         all_sound = all_sound && sound;
-        if (context.chosen.json)
-            log.out.print(json_line("archive")
-                              .add("archive", archive.name())
-                              .add("files", log.archive_totals().files)
-                              .add("bytes", log.archive_totals().bytes)
-                              .add("ok", sound)
-                              .text());
+        if (!context.chosen.json)
+            return;
+        const auto& sums = log.archive_totals();
+        json_line line("archive");
+        line.add("archive", archive.name()).add("files", sums.files).add("bytes", sums.bytes);
+        if (sums.skipped > 0)
+            line.add("kept", sums.skipped);
+        log.out.print(line.add("ok", sound).text());
     });
     return all_sound && all_found;
 }
@@ -57,7 +61,7 @@ bool may_continue_another(command_context& context, const std::string& path) {
     }
 }
 
-/// How many processes work: one if questions may be asked, if two archives go into one folder, or if volumes
+/// How many processes work: one if questions may be asked, if an archive is given twice, or if volumes
 /// of a set may be among the files, each of which is read only once.
 std::size_t process_count(command_context& context) {
     const auto& chosen = context.chosen;
@@ -67,10 +71,7 @@ std::size_t process_count(command_context& context) {
         return 1;
     if (expands && chosen.policy == clash_policy::ask && errors_on_terminal())
         return 1;
-    std::set<std::string> folders;
-    for (const auto& file : files)
-        folders.insert(own_folder({file}));
-    if (expands && folders.size() < files.size())
+    if (expands && std::set(files.begin(), files.end()).size() < files.size())
         return 1;
     const std::size_t wanted = chosen.jobs > 0 ? chosen.jobs : std::thread::hardware_concurrency();
     const auto at_once = std::min(wanted, files.size());
@@ -133,6 +134,7 @@ bool work_in_processes(command_context& context, std::size_t at_once, const arch
     worker_processes processes;
     processes.work = [&](std::size_t number) {
         bool sound = true;
+        log.archives = {};
         if (context.chosen.confined)
             confine_to_itself();
         for (auto i = number * batch; i < end_of(number); ++i) {
@@ -145,17 +147,27 @@ bool work_in_processes(command_context& context, std::size_t at_once, const arch
             }
         }
         const auto cause = log.out.finish();
-        worker_processes::send_message(context.client.wanted.only.used_marks());
+        worker_processes::send_message(un::write(log.archives.all, 10, 1) + ' ' +
+                                       un::write(log.archives.sound, 10, 1) + ' ' +
+                                       context.client.wanted.only.used_marks());
         return static_cast<int>(sound && cause.empty() ? exit_status::ok : exit_status::failed);
     };
-    processes.receive = [&](std::size_t, std::string_view marks) {
+    processes.receive = [&](std::size_t, std::string_view message) {
+        std::istringstream words{std::string(message)};
+        report::archive_counts more;
+        std::string marks;
+        words >> more.all >> more.sound >> marks;
+        log.archives.all += more.all;
+        log.archives.sound += more.sound;
         context.client.wanted.only.add_used(marks);
     };
     processes.ended = [&](std::size_t number, int status) {
         ended = end_of(number);
-        if (status < 0)
+        if (status < 0) {
             log.error(nio::printable(files[number * batch]) + ": the process for it was ended by signal " +
                       std::to_string(-status));
+            log.archives.all += ended - number * batch;
+        }
         if (status != 0) {
             all_sound = false;
             log.note_failure();
@@ -168,10 +180,34 @@ bool work_in_processes(command_context& context, std::size_t at_once, const arch
     return all_sound;
 }
 
+/// Numbers files that would get one folder, such as a/x.cab and b/x.cab: the second one gets "x (2)".
+std::map<std::string, unsigned> numbers_of(const std::vector<std::string>& files) {
+    std::set<std::string> used;
+    for (const auto& file : files)
+        used.insert(own_folder({file}));
+    std::map<std::string, unsigned> numbers;
+    std::set<std::string> first;
+    for (const auto& file : files) {
+        archive_source archive{file};
+        if (numbers.contains(file) || first.insert(own_folder(archive)).second) {
+            numbers.try_emplace(file, 1);
+            continue;
+        }
+        do
+            ++archive.number;
+        while (!used.insert(own_folder(archive)).second);
+        numbers.emplace(file, archive.number);
+    }
+    return numbers;
+}
+
 } // namespace
 
 void work_on_archives(command_context& context, const archive_work& work) {
     const auto& files = context.chosen.archives;
+    const auto& chosen = context.chosen;
+    const bool speaks = !chosen.quiet && !chosen.json && !chosen.sha256 && !chosen.to_stdout;
+    context.numbers = numbers_of(files);
     const auto at_once = process_count(context);
     bool all_sound = true;
     if (at_once > 1)
@@ -180,10 +216,14 @@ void work_on_archives(command_context& context, const archive_work& work) {
         for (const auto& file : files)
             if (!context.client.stopped && !context.volumes.wasUsed(file))
                 all_sound = work_on_file(context, file, work) && all_sound;
+            else if (!context.client.stopped && speaks)
+                context.log.out.print(nio::printable(file) + ": read as a part of a set\n");
     for (const auto& pattern : context.client.wanted.only.unused())
         if (all_sound)
-            context.log.error(nio::printable(pattern) + (files.size() == 1 ? ": not found in the archive"
-                                                                           : ": not found in any archive"));
+            context.log.error(
+                nio::printable(pattern) +
+                (files.size() == 1 ? ": not found in the archive" : ": not found in any archive") +
+                (pattern.starts_with('-') ? " (options stand before --)" : ""));
 }
 
 } // namespace host

@@ -42,14 +42,6 @@ void remove_if_empty(harbor6::Folder& parent, const std::string& name) {
     }
 }
 
-class quiet_journal : public journal {
-public:
-    void done(const std::string&, std::uint64_t) override {}
-    void refused(const std::string&, const std::string&) override {}
-    void unfinished(const std::string&, std::uint64_t, const std::string&) override {}
-    void missing(const std::string&) override {}
-};
-
 /// Runs a pass over the archive that takes every file and byte from `budget`, and keeps nothing. Raises what
 /// the budget and the archive raise.
 void measure(harbor6::Archive& archive, harbor6::Format& plain_format, nesting_budget& budget) {
@@ -76,43 +68,36 @@ void take_items(const harbor6::Container& content, nesting_budget& budget) {
 } // namespace
 
 harbor6::Archive::Options Client::archiveOptions() const {
-    harbor6::Archive::Options options;
-    options.published_rules = true;
+    auto options = TargetClient::archiveOptions();
     options.item_details = depth > 0 ? harbor6::Archive::Details::attributes : harbor6::Archive::Details::all;
     options.wanted_only = !wanted.everything();
     options.records_only = head_only;
     options.ignore_checksums = ignore_checksums;
-    options.longest_path = TargetFolder::longest_path;
+    options.files_at_once = files_at_once;
     return options;
+}
+
+bool Client::wants(const harbor6::File& file, harbor6::Folder& target, const std::string& path) {
+    if (!wanted.everything() && !wanted.wants(path_in_archive(file, path)))
+        return false;
+    if (announce)
+        announce(file, target, path);
+    return !head_only;
 }
 
 bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
                         const harbor6::Format** format) {
     if (accepts_all)
         return true;
-    const auto name = file.string(harbor6::key::name);
-    const auto path = path_in(target, name);
-    if (!wanted.everything() && !wanted.wants(path_in_archive(file, path)))
+    if (!TargetClient::sourceFile(file, target, expand, format))
         return false;
-    if (announce)
-        announce(file, target, path);
-    if (head_only)
-        return false;
-    auto* const folder = dynamic_cast<TargetFolder*>(&target);
-    const auto reason = path.size() >= TargetFolder::longest_path ? "its path is too long"
-                        : folder                                  ? folder->prepareFor(name)
-                                                                  : std::string();
-    if (!reason.empty()) {
-        log.refused(path.empty() ? "(no name)" : path, reason);
-        return false;
-    }
     // A pass over a whole archive asks without `format`; the data of its files arrives later.
     if (depth == 0 || !format)
         return true;
     // Item by item, the archive's bytes have all been read: a file without a stream got none of them.
     const auto* const fork = const_cast<harbor6::File&>(file).getMainFork();
     if (!fork || !fork->input(true)) {
-        log.missing(path);
+        log.missing(path_in(target, file.string(harbor6::key::name)));
         return false;
     }
     if (expand)
@@ -151,8 +136,10 @@ bool Client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
     if (nesting.size() == depth)
         return keep("archives are nested more than " + un::write(depth, 10, 1) + " deep (--depth)");
     const auto name = archive.string(harbor6::key::name);
-    const AcquiredPtr<harbor6::Item> existing(target.acquireItemFromName(name));
-    if (existing && !existing->asFolder())
+    if (const auto fault = name_fault(name); !fault.empty())
+        return keep("no folder can have its name");
+    const AcquiredPtr<harbor6::Item> found(target.acquireItemFromName(name));
+    if (found && !found->asFolder())
         return keep("a file named " + nio::printable(name) + " exists");
     try {
         openWithinBudget(archive, target);
@@ -161,7 +148,7 @@ bool Client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
         archive.close();
         return keep(reason);
     }
-    nesting.push_back({&archive, AcquiredPtr<harbor6::Folder>::sharing(target), !existing});
+    nesting.push_back({&archive, AcquiredPtr<harbor6::Folder>::sharing(target), !found});
     return true;
 }
 
@@ -197,16 +184,7 @@ void Client::sourceArchiveFailed(harbor6::Archive& archive, const std::exception
 bool Client::sourceArchiveDamaged(harbor6::Archive& /*archive*/, const std::exception_ptr& failure) {
     if (accepts_all)
         return false;
-    const auto text = failure_text(failure);
-    try {
-        std::rethrow_exception(failure);
-    } catch (const format::exception&) {
-        log.data_error(text);
-    } catch (const basic::algorithm_exception&) {
-        log.data_error(text);
-    } catch (...) {
-        log.archive_error(text);
-    }
+    log.damage(failure);
     return true;
 }
 
@@ -227,7 +205,7 @@ clash_policy Client::askUser(const std::string& path) {
     const auto question =
         nio::printable(path) + " exists. Replace it? (y)es, (n)o, (a)ll, n(o)ne, (r)ename, (q)uit: ";
     while (const auto line = ask_on_terminal(question)) {
-        switch (line->empty() ? '\0' : line->front()) {
+        switch (line->empty() ? '\0' : line->front() | 0x20) { // capital letters too
         case 'y':
             return clash_policy::always;
         case 'n':
@@ -250,7 +228,7 @@ clash_policy Client::askUser(const std::string& path) {
 }
 
 /// Gives the new file a name that is free in `parent`.
-void Client::rename(std::string& name, const DiskFolder& parent) {
+bool Client::rename(std::string& name, const TargetFolder& parent) {
     auto& number = last_numbers.try_emplace(parent.pathOf(name), 1).first->second;
     std::string free;
     do
@@ -258,70 +236,42 @@ void Client::rename(std::string& name, const DiskFolder& parent) {
     while (parent.hasItemNamed(free));
     log.renamed(parent.pathOf(name), parent.pathOf(free));
     name = free;
+    return true;
 }
 
-/// Whether what `model` describes may be stored as `name` in `parent`, where `existing` has that name; it may
-/// get another name. When `moving`, an archive's only item is to leave the folder made for the archive, and
-/// stays there otherwise.
-bool Client::mayTakeName(std::string& name, const harbor6::Item& existing, const harbor6::Attributes& model,
-                         DiskFolder& parent, bool moving) {
-    const auto path = parent.pathOf(name);
-    const std::string stays = moving ? "; the new one stays in the folder made for it" : "";
-    const auto* const file = dynamic_cast<const DiskFile*>(&existing);
-    const bool replaceable = file && file->isRegular();
-    if (policy == clash_policy::rename && !moving) {
-        rename(name, parent);
-        return true;
-    }
-    if (file && file->isOfThisExpansion()) {
-        log.refused(path, "another file of the archive has that name" + stays);
-        return false;
-    }
-    std::string reason = existing.asFolder() ? "a folder of that name exists"
-                         : replaceable       ? "exists already"
-                                             : "a link or device of that name exists";
-    const bool keeps_all = policy == clash_policy::never || policy == clash_policy::rename;
-    auto chosen = may_replace || keeps_all ? policy : clash_policy::ask;
-    any::time time;
+bool Client::mayTakeName(std::string& name, const harbor6::Item& other, const harbor6::Attributes& model,
+                         TargetFolder& parent, bool moving) {
+    if (policy == clash_policy::rename && !moving)
+        return rename(name, parent);
+    const auto* const file = dynamic_cast<const DiskFile*>(&other);
+    const bool replaceable = file && file->isRegular() && !file->isOfThisExpansion();
+    auto chosen = may_replace || policy == clash_policy::never ? policy : clash_policy::ask;
     if (chosen == clash_policy::ask && replaceable && !moving && may_ask && may_replace)
-        chosen = askUser(path);
+        chosen = askUser(parent.pathOf(name));
+    if (chosen == clash_policy::rename && !moving)
+        return rename(name, parent);
+    any::time time;
     if (chosen == clash_policy::newer && replaceable)
         chosen = model.getTime(harbor6::key::modTime, time) && file->isOlderThan(time) ? clash_policy::always
                                                                                        : clash_policy::never;
-    if (chosen == clash_policy::rename && !moving) {
-        rename(name, parent);
-        return true;
-    }
-    if (chosen == clash_policy::never) {
-        log.skipped(path, moving ? reason + stays : "kept");
-        return false;
-    }
-    if (chosen == clash_policy::always && replaceable) {
-        parent.replaceNext(name);
-        return true;
-    }
-    if (replaceable && !moving)
-        reason += " (--overwrite says what to do then)";
-    log.refused(path, reason + stays);
-    return false;
+    existing = chosen == clash_policy::never    ? Existing::keep
+               : chosen == clash_policy::always ? Existing::replace
+                                                : Existing::fail;
+    return TargetClient::mayTakeName(name, other, model, parent, moving);
 }
 
-bool Client::targetNameConflict(std::string& name, harbor6::Item& existing, bool /*folders*/,
+bool Client::targetNameConflict(std::string& name, harbor6::Item& other, bool folders,
                                 const harbor6::Attributes& model, AcquiredPtr<harbor6::Folder>* target) {
-    const bool moving = !target;
-    const auto parent = moving ? AcquiredPtr<harbor6::Folder>(existing.acquireParent()) : *target;
-    auto* const folder = dynamic_cast<DiskFolder*>(parent.get());
-    if (!folder)
-        return false;
     const auto* const source = dynamic_cast<const harbor6::Item*>(&model);
-    if (moving || !source || !source->asFolder())
-        return mayTakeName(name, existing, model, *folder, moving);
+    auto* const folder = target ? dynamic_cast<DiskFolder*>(target->get()) : nullptr;
+    if (!folder || !source || !source->asFolder())
+        return TargetClient::targetNameConflict(name, other, folders, model, target);
     if (folder->leavesOutFolders())
         name.clear(); // whatever has that name, this folder isn't made
-    else if (!existing.asFolder() && policy == clash_policy::rename)
+    else if (!other.asFolder() && policy == clash_policy::rename)
         name = folder->freeFolderName(name);
-    else if (!existing.asFolder())
-        *target = folder->makeUnusable(name, "it is not a folder");
+    else
+        return TargetClient::targetNameConflict(name, other, folders, model, target);
     return true;
 }
 

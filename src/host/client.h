@@ -1,8 +1,6 @@
 #pragma once
 
-#include "harbor6/model/archive.h"
-#include "harbor6/model/folder.h"
-#include "harbor6/shell/client_interface.h"
+#include "harbor6/hosts/target_client.h"
 #include "host/command_line.h"
 #include "host/nesting_budget.h"
 #include "host/report.h"
@@ -14,13 +12,13 @@
 
 namespace host {
 
-class DiskFolder;
-
-/// The program's decisions: it takes the files that the user selected, as far as the target can store them.
-/// An obstacle to one file or folder costs only what would be stored there, and each file is reported.
-class Client : public harbor6::ClientInterface {
+/// The program's decisions: it takes the files that the user selected, as far as the target can store them,
+/// asks where a file exists, and expands archives inside archives.
+class Client : public TargetClient {
 public:
-    explicit Client(report& reports) : log(reports) {}
+    explicit Client(report& told) : TargetClient(told), log(told) {
+        advice = " (--overwrite says what to do then)";
+    }
 
     selection wanted;
     clash_policy policy = clash_policy::ask;
@@ -37,6 +35,9 @@ public:
     /// A pass runs that keeps nothing: every file is accepted, and none is reported.
     bool accepts_all = false;
 
+    /// As in harbor6::Archive::Options.
+    std::size_t files_at_once = 16;
+
     /// Called with each wanted file, the folder that it would go into and its path there, before anything is
     /// decided about it.
     std::function<void(const harbor6::File& file, harbor6::Folder& target, const std::string& path)> announce;
@@ -51,7 +52,7 @@ public:
     /// Opens the archive, and reads all of it, if it is to be expanded.
     bool sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) override;
     void sourceArchiveDone(harbor6::Archive& archive) override;
-    bool targetNameConflict(std::string& name, harbor6::Item& existing, bool folders,
+    bool targetNameConflict(std::string& name, harbor6::Item& other, bool folders,
                             const harbor6::Attributes& model,
                             pattern::AcquiredPtr<harbor6::Folder>* target) override;
     void sourceArchiveFailed(harbor6::Archive& archive, const std::exception_ptr& failure) override;
@@ -61,11 +62,14 @@ public:
     void itemFailed(std::uint32_t code, const harbor6::Item& source, harbor6::Item& target) override;
     void promotionFailed(harbor6::Folder& folder, const std::exception_ptr& failure) override;
 
+protected:
+    bool wants(const harbor6::File& file, harbor6::Folder& target, const std::string& path) override;
+    bool mayTakeName(std::string& name, const harbor6::Item& other, const harbor6::Attributes& model,
+                     TargetFolder& parent, bool moving) override;
+
 private:
-    bool mayTakeName(std::string& name, const harbor6::Item& existing, const harbor6::Attributes& model,
-                     DiskFolder& parent, bool moving);
     clash_policy askUser(const std::string& path);
-    void rename(std::string& name, const DiskFolder& parent);
+    bool rename(std::string& name, const TargetFolder& parent);
     void openWithinBudget(harbor6::Archive& archive, harbor6::Folder& target);
     bool isInnermost(const harbor6::Archive& archive) const;
 

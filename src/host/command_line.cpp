@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -65,6 +66,8 @@ struct command_text {
     options::command meaning;
     const char* purpose;
     const char* examples;
+    const char* quiet;
+    const char* verbose;
 };
 
 constexpr char selecting[] = "Choosing files";
@@ -101,19 +104,48 @@ CLI::Option* add_choice(CLI::App& command, const std::string& flag, T& value,
         ->type_name("WHEN");
 }
 
-void add_reading(CLI::App& command, options& chosen) {
+/// An option whose value is a number from `least` to `most`.
+CLI::Option* add_number(CLI::App& command, const std::string& flag, unsigned& value, unsigned least,
+                        unsigned most, const std::string& help) {
+    const auto range = "from " + std::to_string(least) + " to " + std::to_string(most);
+    return command
+        .add_option_function<std::string>(
+            flag,
+            [&value, flag, least, most, range](const std::string& given) {
+                const auto end = given.data() + given.size();
+                const auto [rest, error] = std::from_chars(given.data(), end, value);
+                if (error != std::errc() || rest != end || value < least || value > most)
+                    throw CLI::ValidationError(flag.substr(flag.find("--")),
+                                               given + " is no number " + range);
+            },
+            help + "; N is " + range)
+        ->type_name("N");
+}
+
+/// What every command has.
+void add_general(CLI::App& command, options& chosen, const command_text& text) {
     command.add_option("--formats", chosen.formats, "Folder of further format plug-ins")
         ->type_name("DIR")
         ->group(reading);
     command
-        .add_flag("!--no-sandbox", chosen.confined,
-                  "Keep the rights that reading archives does not need: to other files, programs, sockets")
+        .add_flag_callback(
+            "--no-sandbox", [&chosen] { chosen.confined = false; },
+            "Keep the rights that reading archives does not need: to other files, programs, sockets")
         ->group(reading);
+    command.add_flag("--json", chosen.json, "Print one JSON object a line")->group(showing);
+    command.add_flag("-q,--quiet", chosen.quiet, text.quiet)->group(showing);
+    const bool lists = text.meaning == options::command::list;
+    command.add_flag(lists ? "-v,--long,--verbose" : "-v,--verbose", chosen.verbose, text.verbose)
+        ->group(showing);
+    add_choice<color_choice>(
+        command, "--color", chosen.color,
+        {{"auto", color_choice::automatic}, {"never", color_choice::never}, {"always", color_choice::always}},
+        "auto (by default: colors on a terminal, unless NO_COLOR is set), never, always")
+        ->group(showing);
 }
 
 void add_common(CLI::App& command, options& chosen) {
     command.add_option("archives", chosen.archives, "The archives; - is the standard input")
-        ->required()
         ->type_name("CABINET...");
     add_list(command, "--only", chosen.only, "Take only files that match; the same as GLOB behind --")
         ->type_name("GLOB")
@@ -128,24 +160,12 @@ void add_common(CLI::App& command, options& chosen) {
                     "Code page of names that are not marked as UTF-8, by its iconv name")
         ->type_name("NAME")
         ->group(reading);
-    add_reading(command, chosen);
-    command.add_flag("--json", chosen.json, "Print one JSON object a line")->group(showing);
-    auto* const quiet = command.add_flag("-q,--quiet", chosen.quiet, "Print errors only");
-    quiet->group(showing);
-    add_choice<color_choice>(
-        command, "--color", chosen.color,
-        {{"auto", color_choice::automatic}, {"never", color_choice::never}, {"always", color_choice::always}},
-        "auto (by default: colors on a terminal, unless NO_COLOR is set), never, always")
-        ->group(showing);
 }
 
 void add_work(CLI::App& command, options& chosen) {
-    command.add_flag("-v,--verbose", chosen.verbose, "Print the name of each file, and what happens to it")
-        ->excludes(command.get_option("--quiet"))
-        ->group(showing);
-    command.add_option("-j,--jobs", chosen.jobs, "Work on N archives at a time; by default one a processor")
-        ->check(CLI::Range(1, 256))
-        ->type_name("N")
+    command.get_option("--verbose")->excludes(command.get_option("--quiet"));
+    add_number(command, "-j,--jobs", chosen.jobs, 1, 256,
+               "Work on N archives at a time; by default one a processor")
         ->group(reading);
 }
 
@@ -153,6 +173,9 @@ void add_expand(CLI::App& command, options& chosen) {
     command
         .add_option("-C,--directory", chosen.target,
                     "Write into the folder DIR (several archives: each into a folder of its own in it)")
+        ->check([](const std::string& folder) {
+            return folder.empty() ? std::string("the name of the folder is empty") : std::string();
+        })
         ->type_name("DIR")
         ->group(writing);
     add_choice<clash_policy>(
@@ -169,9 +192,7 @@ void add_expand(CLI::App& command, options& chosen) {
     auto* const lower = command.add_flag("--lower", chosen.lower, "Write all names in lower case");
     auto* const flat = command.add_flag("--flat", chosen.flat, "Write all files into one folder");
     auto* const strip =
-        command.add_option("--strip", chosen.strip, "Leave out the first N folders of each path")
-            ->check(CLI::Range(0, 1000))
-            ->type_name("N")
+        add_number(command, "--strip", chosen.strip, 0, 1000, "Leave out the first N folders of each path")
             ->excludes(flat);
     auto* const keep =
         command.add_flag("--keep-broken", chosen.keep_broken,
@@ -203,10 +224,8 @@ void add_expand(CLI::App& command, options& chosen) {
         command.add_flag("--nested", chosen.nested, "Expand archives inside archives too")->group(nesting);
     for (auto* const option : {flat, strip, dry_run, to_stdout})
         option->excludes(nested);
-    command.add_option("--depth", chosen.depth, "How many levels of them; 16 by default")
+    add_number(command, "--depth", chosen.depth, 1, 1000, "How many levels of them; 16 by default")
         ->needs(nested)
-        ->check(CLI::Range(1, 1000))
-        ->type_name("N")
         ->group(nesting);
     command
         .add_flag_callback(
@@ -218,20 +237,16 @@ void add_expand(CLI::App& command, options& chosen) {
 
 void add_list(CLI::App& command, options& chosen) {
     auto* const json = command.get_option("--json");
-    command
-        .add_flag("-v,--long,--verbose", chosen.long_format,
-                  "Add compression method, cabinet folder and place in it")
-        ->group(showing);
     command.add_flag("-h,--human", chosen.human_sizes, "Sizes such as 3.4 MB")->group(showing);
-    command.add_flag("--tree", chosen.tree, "Show the folders as a tree")->excludes(json)->group(showing);
+    command.add_flag("--tree", chosen.tree, "Show the folders as a tree")
+        ->excludes(json)
+        ->excludes(command.get_option("--verbose"))
+        ->group(showing);
     command.add_flag("--check", chosen.check, "Read and test the files' data too")->group(reading);
 }
 
 void add_find(CLI::App& command, options& chosen) {
-    command.add_option("files", chosen.archives, "The files; - is the standard input")
-        ->required()
-        ->type_name("FILE...");
-    command.add_flag("--json", chosen.json, "Print one JSON object a line")->group(showing);
+    command.add_option("files", chosen.archives, "The files; - is the standard input")->type_name("FILE...");
 }
 
 CLI::App& add_command(CLI::App& program, options& chosen, const command_word& word,
@@ -284,6 +299,10 @@ bool is_on_disk(const std::string& path) {
 /// What parsing one option at a time doesn't see. Raises CLI::ValidationError.
 void finish(options& chosen) {
     const auto& archives = chosen.archives;
+    if (archives.empty() && chosen.to_run == options::command::list && chosen.human_sizes)
+        throw CLI::CallForHelp();
+    if (archives.empty() && chosen.to_run != options::command::formats)
+        throw CLI::ValidationError("no archive or file is named");
     const auto stdin_used = std::count(archives.begin(), archives.end(), standard_input);
     if (stdin_used > 1)
         throw CLI::ValidationError("the standard input can be read only once");
@@ -301,11 +320,50 @@ void finish(options& chosen) {
     read_pattern_files(chosen.exclude);
 }
 
+/// What is wrong with the option `argument`, which `command` doesn't have.
+std::string unknown_option_text(const CLI::App& program, const CLI::App& command,
+                                const std::string& argument) {
+    const auto name = argument.substr(0, argument.starts_with("--") ? argument.find('=') : 2);
+    if (is_on_disk(argument))
+        return argument + ": no such option; the file of that name is ./" + argument;
+    for (const auto* const other : program.get_subcommands([](const CLI::App*) { return true; }))
+        if (other->get_option_no_throw(name))
+            return name + " is an option of " + other->get_name() + ", not of " + command.get_name();
+    std::vector<std::string> known;
+    for (const auto* const option : command.get_options())
+        for (const auto& each : option->get_lnames())
+            known.push_back("--" + each);
+    const auto meant = most_similar(name, known);
+    return name + ": no such option" + (meant.empty() ? "" : "; did you mean " + meant + "?");
+}
+
+/// What CLI11 found, in the words of this program.
+std::string complaint_of(const CLI::App& program, const CLI::Error& error,
+                         const std::vector<std::string>& arguments) {
+    const std::string text = error.what();
+    const auto kind = static_cast<CLI::ExitCodes>(error.get_exit_code());
+    const auto chosen = program.get_subcommands();
+    if (kind == CLI::ExitCodes::RequiredError)
+        return "no command is given";
+    if (kind == CLI::ExitCodes::ExtrasError && !chosen.empty()) {
+        for (const auto& argument : arguments)
+            if (argument.starts_with('-') && (text + ' ').find(' ' + argument + ' ') != text.npos)
+                return unknown_option_text(program, *chosen.front(), argument);
+    }
+    if (kind == CLI::ExitCodes::ArgumentMismatch)
+        return text.substr(0, text.find(':')) +
+               (text.ends_with(" missing") ? " needs a value" : " is given more than once");
+    if (const auto between = text.find(" excludes ");
+        kind == CLI::ExitCodes::ExcludesError && between != text.npos)
+        return text.substr(0, between) + " and " + text.substr(between + 10) + " cannot be used together";
+    return text;
+}
+
 /// The arguments as CLI11 takes them, and what stands behind "--".
 struct divided_arguments {
     std::vector<std::string> front; ///< in reverse order
     std::vector<std::string> patterns;
-    bool bare = false; ///< an archive took the place of the command
+    bool bare = false; ///< there is no command
 };
 
 divided_arguments divide(int count, char** arguments) {
@@ -320,9 +378,13 @@ divided_arguments divide(int count, char** arguments) {
         return result;
     if (result.front.front() == "help")
         result.front.front() = "--help";
+    for (const auto& argument : result.front)
+        if (argument.size() > 3 && argument.starts_with("--") && argument.find('=') == argument.size() - 1)
+            throw CLI::ValidationError(argument.substr(0, argument.size() - 1) + " needs a value");
     const auto& first = result.front.front();
-    result.bare = (first == standard_input || first[0] != '-') && !find_command(first);
-    if (result.bare && !is_on_disk(first))
+    const bool is_option = first.size() > 1 && first[0] == '-';
+    result.bare = !find_command(first) && first != "--help" && first != "-h" && first != "--version";
+    if (result.bare && !is_option && !is_on_disk(first))
         throw CLI::ValidationError(unknown_command_text(first));
     if (result.bare)
         result.front.insert(result.front.begin(), "list");
@@ -340,35 +402,37 @@ std::variant<options, exit_status> parse_command_line(int count, char** argument
     program.set_help_flag("-h,--help", "Print this help and exit");
     program.footer(general_help);
     program.formatter(std::make_shared<help_format>());
-    program.failure_message([](const CLI::App* failed, const CLI::Error& error) {
+    program.failure_message([&chosen, count, arguments](const CLI::App* failed, const CLI::Error& error) {
         const auto given = failed->get_subcommands();
-        const auto command = given.empty() ? std::string() : ' ' + given.front()->get_name();
-        const bool lacks = error.get_name() == "RequiredError";
-        const auto text = !lacks          ? nio::printable(error.what())
-                          : given.empty() ? "no command is given"
-                                          : "no archive or file is named";
-        return "harbor: " + text + "\nSee harbor" + command + " --help.\n";
+        const auto command = given.empty() || chosen.bare ? std::string() : ' ' + given.front()->get_name();
+        const std::vector<std::string> all(arguments, arguments + count);
+        return "harbor: " + nio::printable(complaint_of(*failed, error, all)) + "\nSee harbor" + command +
+               " --help.\n";
     });
     const command_text texts[] = {
-        {options::command::expand, "Write the files of archives to disk", expand_help},
-        {options::command::list, "Show what archives contain", list_help},
-        {options::command::test, "Read archives completely, test checksums and names", test_help},
-        {options::command::find, "Find archives anywhere inside files", find_help},
-        {options::command::formats, "Show the formats that the plug-ins provide", ""},
+        {options::command::expand, "Write the files of archives to disk", expand_help, "Print errors only",
+         "Print the name of each file, and what happens to it"},
+        {options::command::list, "Show what archives contain", list_help, "Leave out headings and totals",
+         "Add compression method, cabinet folder and place in it"},
+        {options::command::test, "Read archives completely, test checksums and names", test_help,
+         "Print errors only", "Print the name of each file, and what happens to it"},
+        {options::command::find, "Find archives anywhere inside files", find_help, "Leave out headings",
+         "Add long name and MIME type of the formats"},
+        {options::command::formats, "Show the formats that the plug-ins provide", "",
+         "Print their names only", "Add what each can do"},
     };
     for (const auto& text : texts) {
         auto& command = add_command(program, chosen, word_of(text.meaning), text);
-        if (text.meaning == options::command::formats || text.meaning == options::command::find) {
-            add_reading(command, chosen);
-            if (text.meaning == options::command::find)
-                add_find(command, chosen);
+        add_general(command, chosen, text);
+        if (text.meaning == options::command::find)
+            add_find(command, chosen);
+        if (text.meaning == options::command::formats || text.meaning == options::command::find)
             continue;
-        }
         command.footer(std::string(text.examples) + '\n' + pattern_help);
         add_common(command, chosen);
         if (text.meaning == options::command::list)
             add_list(command, chosen);
-        if (text.meaning != options::command::list)
+        else
             add_work(command, chosen);
         if (text.meaning == options::command::expand)
             add_expand(command, chosen);
@@ -389,7 +453,12 @@ std::variant<options, exit_status> parse_command_line(int count, char** argument
         chosen.only.insert(chosen.only.end(), divided.patterns.begin(), divided.patterns.end());
         finish(chosen);
     } catch (const CLI::ParseError& error) {
-        return program.exit(error) == 0 ? exit_status::ok : exit_status::usage;
+        if (program.exit(error) != 0)
+            return exit_status::usage;
+        if (std::cout.flush())
+            return exit_status::ok;
+        std::cerr << "harbor: cannot write to the standard output\n";
+        return exit_status::failed;
     }
     return chosen;
 }

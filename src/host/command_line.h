@@ -50,7 +50,6 @@ struct options {
     bool dry_run = false;
     bool sync = false; ///< what was expanded survives a crash of the machine
 
-    bool long_format = false;
     bool human_sizes = false;
     bool tree = false;
     bool check = false; ///< list reads the data too
@@ -60,7 +59,7 @@ struct options {
     bool sha256 = false; ///< test prints digests
 
     bool quiet = false;
-    bool verbose = false;
+    bool verbose = false; ///< more is said of each file or format
     bool json = false;
 };
 

@@ -1,5 +1,7 @@
 #include "host/command_words.h"
 
+#include "host/selection.h"
+
 #include <algorithm>
 #include <numeric>
 #include <vector>
@@ -25,6 +27,7 @@ constexpr struct {
     {"ls", options::command::list},           {"dir", options::command::list},
     {"show", options::command::list},         {"view", options::command::list},
     {"check", options::command::test},        {"verify", options::command::test},
+    {"search", options::command::find},       {"scan", options::command::find},
 };
 
 /// How many letters must be inserted, removed or replaced to turn one word into the other.
@@ -43,32 +46,42 @@ std::size_t distance(std::string_view one, std::string_view other) {
 }
 
 /// The command that may have been meant; null if none is similar.
-const command_word* guess(std::string_view word) {
+const command_word* guess(const std::string& given) {
+    const auto word = lower_case(given);
     for (const auto& synonym : synonyms)
         if (word == synonym.word)
             return &word_of(synonym.meaning);
-    const command_word* best = nullptr;
-    std::size_t least = 3;
+    std::vector<std::string> known;
     for (const auto& each : words)
-        if (const auto steps = word.size() > 32 ? least : distance(word, each.name); steps < least) {
+        known.emplace_back(each.name);
+    return find_command(most_similar(word, known));
+}
+
+} // namespace
+
+std::string most_similar(std::string_view word, const std::vector<std::string>& known) {
+    std::string best;
+    std::size_t least = 3;
+    for (const auto& each : known)
+        if (const auto steps = word.size() > 32 ? least : distance(word, each); steps < least) {
             least = steps;
-            best = &each;
+            best = each;
         }
     return best;
 }
 
-/// In quotes if a shell would not take it as one plain word.
 std::string quoted(const std::string& argument) {
     const auto plain = [](char c) {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
                std::string_view("-_./,+@%=:").find(c) != std::string_view::npos;
     };
-    return !argument.empty() && std::all_of(argument.begin(), argument.end(), plain)
-               ? argument
-               : std::string("'").append(argument).append("'");
+    if (!argument.empty() && std::all_of(argument.begin(), argument.end(), plain))
+        return argument;
+    std::string text = "'";
+    for (const char c : argument)
+        text += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return text + '\'';
 }
-
-} // namespace
 
 const command_word& word_of(options::command meaning) {
     return *std::find_if(std::begin(words), std::end(words),

@@ -3,11 +3,13 @@
 #include "harbor6/groundwork/text.h"
 #include "harbor6/model/format.h"
 #include "host/extraction.h"
+#include "host/json_line.h"
 #include "host/platform/sandbox.h"
 #include "host/platform/terminal.h"
 
 #include <cstdlib>
 #include <filesystem>
+#include <limits>
 #include <string_view>
 
 namespace host {
@@ -35,7 +37,7 @@ bool colored(color_choice when, bool on_terminal) {
 report::style style_for(const options& chosen) {
     const bool lists = chosen.to_run == options::command::list;
     return {.quiet = chosen.quiet,
-            .verbose = chosen.verbose && !lists,
+            .verbose = chosen.verbose && chosen.to_run == options::command::expand,
             .json = chosen.json,
             .progress = !chosen.quiet && !lists && errors_on_terminal(),
             .color_output = colored(chosen.color, output_on_terminal()),
@@ -59,14 +61,30 @@ reachable_paths paths_for(const options& chosen) {
         paths.readable.push_back(archive);
         paths.readable.push_back(folder_of(archive)); // of a set of archives the others are beside it
     }
+    const char* const scratch = std::getenv("TMPDIR");
     if (chosen.to_run != options::command::expand)
         return paths;
+    if (chosen.to_stdout) {
+        paths.writable.emplace_back(scratch ? scratch : "/tmp");
+        return paths;
+    }
     const auto top = folder_around(chosen.target.empty() ? "." : chosen.target);
     paths.writable.push_back(top);
     paths.listable = {folder_of(top)}; // --sync opens the folder above
-    if (const char* const scratch = std::getenv("TMPDIR"); chosen.nested && scratch)
+    if (chosen.nested && scratch)
         paths.writable.emplace_back(scratch);
     return paths;
+}
+
+/// "long name" for "longName".
+std::string in_words(std::string_view key) {
+    std::string text;
+    for (const char c : key)
+        if (c >= 'A' && c <= 'Z')
+            text.append({' ', static_cast<char>(c - 'A' + 'a')});
+        else
+            text += c;
+    return text;
 }
 
 } // namespace
@@ -121,27 +139,45 @@ exit_status run(const options& chosen) {
     } catch (...) {
         log.error(failure_text(std::current_exception()));
     }
-    if (const auto cause = out.finish(); !cause.empty())
-        log.error("cannot write to the standard output: " + cause);
+    if (const auto cause = out.finish(); !cause.empty()) {
+        print_error_line(red("harbor:", log.form.color_errors) +
+                         " cannot write to the standard output: " + cause);
+        log.note_failure();
+    }
     return log.status();
 }
 
 void show_formats(command_context& context) {
     namespace key = harbor6::key;
     auto& out = context.log.out;
+    const auto& chosen = context.chosen;
     for (const auto& format : context.formats.classifier.formats()) {
-        out.print(nio::printable(format->string(key::formatName)) + '\n');
-        for (const auto* const text : {key::longName, key::suffix, key::mimeType})
-            if (const auto value = format->string(text); !value.empty())
-                out.print("  " + std::string(text) + ": " + nio::printable(value) + '\n');
-        for (const auto* const flag : {key::expandsArchives, key::createsArchives, key::recoversArchives,
+        const auto name = format->string(key::formatName);
+        std::string names, abilities;
+        json_line object("format");
+        object.add("name", name);
+        for (const auto* const each : {key::longName, key::suffix, key::mimeType})
+            if (const auto value = format->string(each); !value.empty()) {
+                names += "  " + in_words(each) + ": " + nio::printable(value) + '\n';
+                object.add(each, value);
+            }
+        for (const auto* const each : {key::expandsArchives, key::createsArchives, key::recoversArchives,
                                        key::isFolder, key::isFile, key::isSegmented})
-            if (format->hasBoolean(flag))
-                out.print("  " + std::string(flag) + ": " + (format->boolean(flag) ? "yes" : "no") + '\n');
+            if (format->hasBoolean(each)) {
+                abilities += "  " + in_words(each) + ": " + (format->boolean(each) ? "yes" : "no") + '\n';
+                object.add(each, format->boolean(each));
+            }
+        if (chosen.json)
+            out.print(object.text());
+        else
+            out.print(bold(nio::printable(name), context.log.form.color_output) + '\n' +
+                      (chosen.quiet ? "" : names) + (chosen.verbose ? abilities : ""));
     }
 }
 
-void tally_archive(command_context& context, const archive_source& archive, tally& counts) {
+void tally_archive(command_context& context, const archive_source& archive, tally& counts,
+                   bool one_after_another) {
+    context.client.files_at_once = one_after_another ? 1 : std::numeric_limits<std::size_t>::max();
     const pattern::AcquiredPtr<TallyFolder> top(new TallyFolder(counts));
     extract_archive(context, archive, *top);
 }

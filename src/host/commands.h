@@ -10,6 +10,7 @@
 #include "host/report.h"
 
 #include <functional>
+#include <map>
 #include <string>
 
 namespace host {
@@ -22,6 +23,7 @@ struct command_context {
     harbor6::Format& plain_format; ///< the format of items outside any archive
     report& log;
     VolumeFinder& volumes;
+    std::map<std::string, unsigned> numbers{}; ///< archive_source::number of each file
     harbor6::ScratchSpace* scratch = nullptr; ///< of the archives' item trees; null: ScratchSpace::standard()
 };
 
@@ -42,7 +44,9 @@ void show_formats(command_context& context);
 /// reports the patterns that matched no file.
 void work_on_archives(command_context& context, const std::function<void(const archive_source&)>& work);
 
-/// Reads the archive, counting its wanted files in `counts`.
-void tally_archive(command_context& context, const archive_source& archive, tally& counts);
+/// Reads the archive, counting its wanted files in `counts`. Files that share bytes get them at the same
+/// time, or one after another.
+void tally_archive(command_context& context, const archive_source& archive, tally& counts,
+                   bool one_after_another = false);
 
 } // namespace host

@@ -1,6 +1,6 @@
 #include "harbor6/groundwork/text.h"
 #include "harbor6/hosts/disk_folder.h"
-#include "harbor6/posix/temporary_files.h"
+#include "harbor6/posix/directory_tree.h"
 #include "host/commands.h"
 #include "host/extraction.h"
 #include "host/placement.h"
@@ -13,17 +13,28 @@ namespace host {
 
 namespace {
 
-/// "expanded 12 files, 3.4 MB, into x/".
-void print_closing_line(const options& chosen, report& log, const std::string& folder) {
-    if (chosen.quiet || chosen.json)
-        return;
+namespace key = harbor6::key;
+using pattern::AcquiredPtr;
+
+/// "expanded 12 files, 3.4 MB, into x/"; nothing where it is reported why there are none.
+void print_closing_line(const options& chosen, report& log, const placement& where) {
+    log.settle();
     const auto& sums = log.archive_totals();
-    std::string line = chosen.dry_run ? "would expand " : "expanded ";
-    line += counted(sums.files, "file") + ", " + human_size(sums.bytes) + ", into " +
-            nio::printable(folder == "." ? "the current folder" : folder + '/');
-    if (sums.skipped > 0)
-        line += ", kept " + counted(sums.skipped, "existing file");
-    log.out.print(line + '\n');
+    const bool explained = !log.is_sound() || !chosen.only.empty();
+    if (chosen.quiet || chosen.json || (sums.files == 0 && sums.skipped == 0 && explained))
+        return;
+    const auto folder = where.shown.empty() ? where.folder : where.shown;
+    const auto place = nio::printable(folder == "."           ? "the current folder"
+                                      : folder.ends_with('/') ? folder
+                                                              : folder + '/');
+    const auto kept = counted(sums.skipped, "existing file");
+    if (sums.files == 0 && sums.skipped > 0) {
+        log.out.print((chosen.dry_run ? "would keep " : "kept ") + kept + " in " + place + '\n');
+        return;
+    }
+    log.out.print((chosen.dry_run ? "would expand " : "expanded ") + counted(sums.files, "file") + ", " +
+                  human_size(sums.bytes) + ", into " + place +
+                  (sums.skipped > 0 ? ", kept " + kept : std::string()) + '\n');
 }
 
 /// What becomes of the names, times and attributes of files.
@@ -39,45 +50,56 @@ void apply_options(const options& chosen, directory_tree& target, expansion_stat
 }
 
 /// Reads the head of the archive, and says what would become of its files.
-bool show_plan(command_context& context, const archive_source& archive, DiskFolder& top) {
+void show_plan(command_context& context, const archive_source& archive, DiskFolder& top) {
     auto& client = context.client;
     auto& log = context.log;
+    std::vector<AcquiredPtr<harbor6::File>> planned; // reserve their names
     client.announce = [&](const harbor6::File& file, harbor6::Folder& target, const std::string& path) {
-        const auto name = file.string(harbor6::key::name);
-        const bool exists = dynamic_cast<DiskFolder&>(target).hasItemNamed(name);
-        const auto fault = name_fault(name);
-        if (!fault.empty())
+        auto name = file.string(key::name);
+        auto& folder = dynamic_cast<DiskFolder&>(target);
+        auto parent = AcquiredPtr<harbor6::Folder>::sharing(target);
+        if (const auto fault = folder.prepareFor(name); !fault.empty())
             return log.refused(path, fault);
-        if (exists && client.policy == clash_policy::never)
-            return log.skipped(path, "kept");
-        log.planned(path, static_cast<std::uint64_t>(file.integer(harbor6::key::uncompressedSize)),
-                    exists ? "exists" : "");
+        const AcquiredPtr<harbor6::Item> existing(folder.acquireItemFromName(name));
+        const auto wanted = name;
+        if (existing && !client.targetNameConflict(name, *existing, false, file, &parent))
+            return;
+        planned.emplace_back(folder._newFile());
+        planned.back()->setString(key::name, name);
+        log.planned(folder.pathOf(folder.nameHere(name)),
+                    static_cast<std::uint64_t>(file.integer(key::uncompressedSize)),
+                    existing && name == wanted);
     };
     client.head_only = true;
-    return extract_archive(context, archive, top);
+    client.may_ask = false;
+    extract_archive(context, archive, top);
+    client.announce = nullptr;
 }
 
 /// A folder on disk that archives are expanded into, and what is known of the files that they made there.
 struct destination {
     destination(command_context& context, const placement& place)
         : where(place), scratch(folder_around(where.folder)), tree(where.folder, where.follows_links),
-          expansion(tree, context.plain_format, context.log) {
+          expansion(tree, context.plain_format,
+                    context.chosen.dry_run ? static_cast<journal&>(ignored) : context.log) {
         const auto& chosen = context.chosen;
         const auto& client = context.client;
         tree.most_open_folders = descriptors_for_folders();
         apply_options(chosen, tree, expansion);
+        expansion.writes_nothing = chosen.dry_run;
         expansion.folders_on_demand = chosen.dry_run || chosen.flat || !client.wanted.everything();
         expansion.replaces_all = where.may_replace && client.policy == clash_policy::always;
         if (has_several_processors())
-            expansion.behind = std::make_unique<write_behind>();
+            expansion.write_on_a_thread();
         top = new DiskFolder(expansion);
     }
 
     const placement where;
     harbor6::ScratchSpace scratch;
+    quiet_journal ignored; ///< takes what a plan would say
     directory_tree tree;
     expansion_state expansion;
-    pattern::AcquiredPtr<DiskFolder> top;
+    AcquiredPtr<DiskFolder> top;
 };
 
 /// Expands the archive into `into`, which is set first unless the archive follows one that it goes with.
@@ -93,11 +115,12 @@ void expand_one(command_context& context, const archive_source& archive, std::op
     context.scratch = &into->scratch;
     context.client.may_replace = into->where.may_replace;
     const auto how = chosen.nested ? traversal::item_by_item : traversal::one_pass;
-    const bool ended = chosen.dry_run ? show_plan(context, archive, *into->top)
-                                      : extract_archive(context, archive, *into->top, how);
+    if (chosen.dry_run)
+        show_plan(context, archive, *into->top);
+    else
+        extract_archive(context, archive, *into->top, how);
     into->tree.sync_folders();
-    if (ended || context.log.archive_totals().files > 0)
-        print_closing_line(chosen, context.log, into->where.folder);
+    print_closing_line(chosen, context.log, into->where);
 }
 
 class printed_file : public tally_sink {
@@ -113,7 +136,7 @@ private:
 void print_files(command_context& context, const archive_source& archive) {
     tally counts{context.plain_format, context.log};
     counts.sink_for = [&](const std::string&) { return std::make_shared<printed_file>(context.log.out); };
-    tally_archive(context, archive, counts);
+    tally_archive(context, archive, counts, true);
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 #include "harbor6/model/format.h"
 #include "host/commands.h"
 
+#include <filesystem>
+
 namespace host {
 
 namespace {
@@ -35,6 +37,42 @@ std::string build_tree(const harbor6::Archive& archive, file_input& storage) {
     }
 }
 
+/// Extracts the archive on `file`; that it is none is reported.
+void extract(command_context& context, SourceFile& file, harbor6::Folder& target, traversal how) {
+    const auto archive = acquire_archive(context, file);
+    if (!archive)
+        return context.log.archive_error(why_unrecognised(context.formats, file.storage()));
+    archive->open(harbor6::Archive::mode_read);
+    const bool by_item = how == traversal::item_by_item;
+    const auto obstacle = by_item ? build_tree(*archive, file.storage()) : std::string();
+    if (!obstacle.empty())
+        context.log.archive_error("archives inside it are kept as files: " + obstacle);
+    if (by_item && obstacle.empty()) {
+        context.client.budget =
+            context.chosen.limited ? nesting_budget(file.storage().tell()) : nesting_budget();
+        target._addContent(*archive, nullptr); // without a list of what was added
+    } else {
+        archive->addContentTo(target, nullptr);
+    }
+    archive->close();
+}
+
+/// Reports the failure that is being handled. A decoder may read beyond the end without needing what is
+/// missing there: only together with a failure does such a read mean that the archive is cut short.
+void report_failure(report& log, const file_input& storage) {
+    const auto failure = std::current_exception();
+    if (!storage.came_short())
+        return log.damage(failure);
+    log.archive_error(storage.cut_short().message());
+    try {
+        std::rethrow_exception(failure);
+    } catch (const stream::exception&) {
+        // It only says that the input ended.
+    } catch (...) {
+        log.damage(failure);
+    }
+}
+
 } // namespace
 
 AcquiredPtr<harbor6::Archive> acquire_archive(command_context& context, harbor6::File& file) {
@@ -50,58 +88,27 @@ AcquiredPtr<harbor6::Archive> acquire_archive(command_context& context, harbor6:
     return archive;
 }
 
-bool extract_archive(command_context& context, const archive_source& source, harbor6::Folder& target,
+void extract_archive(command_context& context, const archive_source& source, harbor6::Folder& target,
                      traversal how) {
     auto& log = context.log;
     AcquiredPtr<SourceFile> file;
-    std::string failure;
-    bool in_data = false; ///< the failure is in a file's data
     try {
         file = new SourceFile(context.plain_format, nio::leaf(source.path, '/'), source.open(&log.meter));
         log.meter.begin(source.name(), file->storage().size());
-        const auto archive = acquire_archive(context, *file);
-        if (!archive) {
-            log.archive_error(why_unrecognised(context.formats, file->storage()));
-            return false;
-        }
-        archive->open(harbor6::Archive::mode_read);
-        const bool by_item = how == traversal::item_by_item;
-        const auto obstacle = by_item ? build_tree(*archive, file->storage()) : std::string();
-        if (!obstacle.empty())
-            log.archive_error("archives inside it are kept as files: " + obstacle);
-        if (by_item && obstacle.empty()) {
-            context.client.budget =
-                context.chosen.limited ? nesting_budget(file->storage().tell()) : nesting_budget();
-            target._addContent(*archive, nullptr); // without a list of what was added
-        } else {
-            archive->addContentTo(target, nullptr);
-        }
-        archive->close();
-        return true;
+        extract(context, *file, target, how);
     } catch (const fs::Exception&) {
         // The disk is at fault, however far the archive was read.
-        log.archive_error(failure_text(std::current_exception()));
-        return false;
-    } catch (const format::exception&) {
-        failure = failure_text(std::current_exception());
-        in_data = true;
-    } catch (const basic::algorithm_exception&) {
-        failure = failure_text(std::current_exception());
-        in_data = true;
+        std::error_code error;
+        const bool misplaced = !file && source.path != context.chosen.archives.front() &&
+                               !std::filesystem::exists(source.path, error);
+        log.archive_error(failure_text(std::current_exception()) +
+                          (misplaced ? " (names of files in an archive go behind --)" : ""));
     } catch (...) {
-        failure = failure_text(std::current_exception());
+        if (file)
+            report_failure(log, file->storage());
+        else
+            log.damage(std::current_exception());
     }
-    // A decoder may read beyond the end without needing what is missing there. Only together with a failure
-    // does such a read mean that the archive is cut short.
-    const bool cut = file && file->storage().came_short();
-    const auto cut_text = cut ? file->storage().cut_short().message() : std::string();
-    if (failure != cut_text && in_data)
-        log.data_error(failure);
-    else if (failure != cut_text)
-        log.archive_error(failure);
-    if (cut)
-        log.archive_error(cut_text);
-    return false;
 }
 
 } // namespace host

@@ -18,10 +18,10 @@ enum class traversal {
 /// if no format recognises it. Raises what reading raises.
 pattern::AcquiredPtr<harbor6::Archive> acquire_archive(command_context& context, harbor6::File& file);
 
-/// Extracts the archive into `target`, and reports what ends that early. Returns whether the end was reached;
-/// the target reports failures of single files. Where the whole archive can't be read first, it is extracted
-/// in one pass, and that its archives stay files is reported.
-bool extract_archive(command_context& context, const archive_source& source, harbor6::Folder& target,
+/// Extracts the archive into `target`, and reports what ends that early; the target reports failures of
+/// single files. Where the whole archive can't be read first, it is extracted in one pass, and that its
+/// archives stay files is reported.
+void extract_archive(command_context& context, const archive_source& source, harbor6::Folder& target,
                      traversal how = traversal::one_pass);
 
 } // namespace host

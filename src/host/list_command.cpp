@@ -1,6 +1,7 @@
 #include "harbor6/groundwork/text.h"
 #include "harbor6/groundwork/time.h"
 #include "harbor6/model/file.h"
+#include "host/command_words.h"
 #include "host/commands.h"
 #include "host/json_line.h"
 #include "host/listing_tree.h"
@@ -85,7 +86,7 @@ public:
         for (const auto& each : attributes)
             line += flags.*each.flag ? each.letter : '-';
         line += "  ";
-        if (chosen.long_format)
+        if (chosen.verbose)
             line += left(file.string(key::compMethod), method_width) + "  " +
                     right(std::to_string(file.integer(key::folderIndex)), 6) + "  " +
                     right(std::to_string(file.integer(key::folderOffset)), size_width) + "  ";
@@ -105,7 +106,7 @@ private:
         if (std::exchange(begun, true) || chosen.quiet)
             return;
         const auto head = right("Size", size_width) + "  " + left("Modified", time_width) + "  Attr   " +
-                          (chosen.long_format ? "Method   Folder      Offset  " : "") + "Name";
+                          (chosen.verbose ? "Method   Folder      Offset  " : "") + "Name";
         log.out.print(bold(head, log.form.color_output) + '\n');
     }
     std::string written(std::uint64_t size) const {
@@ -172,6 +173,7 @@ void list_one(command_context& context, const archive_source& archive, bool with
     tally_archive(context, archive, counts);
     if (chosen.tree && (sums.files > 0 || log.is_sound()))
         tree.print(log.out, nio::printable(archive.name()));
+    log.settle();
     if (lines)
         lines->end(sums);
 }
@@ -181,6 +183,7 @@ void list_one(command_context& context, const archive_source& archive, bool with
 void list(command_context& context) {
     const auto& chosen = context.chosen;
     bool first = true;
+    bool any = false;
     work_on_archives(context, [&](const archive_source& archive) {
         const bool plain = !chosen.json && !chosen.quiet;
         if (plain && !first)
@@ -188,10 +191,16 @@ void list(command_context& context) {
         first = false;
         const bool several = chosen.archives.size() > 1 || archive.is_one_of_several;
         list_one(context, archive, plain && several && !chosen.tree);
+        any = any || context.log.archive_totals().files > 0;
     });
-    if (chosen.bare && context.log.status() == exit_status::ok && !chosen.quiet)
-        context.log.out.print("\nTo write these files to disk: harbor expand " +
-                              nio::printable(chosen.archives.front()) + '\n');
+    // What came from the standard input is gone, and what isn't printable can't be typed.
+    std::string to_write;
+    for (const auto& archive : chosen.archives) {
+        to_write += ' ' + quoted(archive);
+        any = any && archive != "-" && nio::printable(archive) == archive;
+    }
+    if (chosen.bare && context.log.status() == exit_status::ok && any && !chosen.quiet && !chosen.json)
+        context.log.out.print("\nTo write these files to disk: harbor expand" + to_write + '\n');
 }
 
 } // namespace host

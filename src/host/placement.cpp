@@ -1,11 +1,13 @@
 #include "host/placement.h"
 
 #include "harbor6/groundwork/text.h"
+#include "harbor6/hosts/expansion_state.h"
 #include "harbor6/hosts/source_file.h"
 #include "harbor6/hosts/target.h"
 #include "harbor6/model/archive.h"
 #include "harbor6/model/single_fork_file.h"
 #include "harbor6/posix/directory_tree.h"
+#include "harbor6/stream/output.h"
 #include "host/extraction.h"
 
 #include <filesystem>
@@ -45,9 +47,11 @@ struct archive_head {
     }
 };
 
+/// Drops the data of formats that deliver it although only the records are wanted.
 struct HeadFork : harbor6::Fork {
-    /// The files' data begins: all names were seen.
-    harbor6::data::CountedOutput output(bool /*expanding*/) override { throw enough_read(); }
+    harbor6::data::CountedOutput output(bool /*expanding*/) override {
+        return harbor6::data::CountedOutput(new stream::infinite_output);
+    }
 };
 
 class HeadFile : public TargetFile, public harbor6::OneForkFile<HeadFork>, public PlainItem<HeadFile> {
@@ -95,7 +99,7 @@ private:
 };
 
 /// The item at the top of the archive if there is one alone, as far as the archive can be read. Reads up to
-/// the data of the first file.
+/// the second one.
 std::optional<top_item> only_item_in(command_context& context, const archive_source& archive) {
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(archive.path, ignored))
@@ -124,11 +128,13 @@ std::optional<top_item> only_item_in(command_context& context, const archive_sou
 } // namespace
 
 std::string own_folder(const archive_source& archive) {
-    if (archive.is_one_of_several && !archive.file_is_archive)
-        return nio::leaf(archive.name(), '/');
-    const auto name = nio::leaf(archive.path, '/');
-    const auto suffix = name.rfind('.');
-    return suffix == name.npos || suffix == 0 ? name + ".contents" : name.substr(0, suffix);
+    const bool apart = archive.is_one_of_several && !archive.file_is_archive;
+    const auto name = nio::leaf(apart ? archive.name() : archive.path, '/');
+    auto own = apart ? name : name.substr(0, name.rfind('.'));
+    // Of "...cab" would be left "..", which leads out of the target.
+    if ((own == name && !apart) || !name_fault(own).empty())
+        own = name + ".contents";
+    return archive.number == 1 ? own : numbered_name(own, archive.number);
 }
 
 bool needs_own_folder(const command_context& context, const archive_source& archive) {
@@ -151,11 +157,12 @@ std::optional<placement> place(command_context& context, const archive_source& a
         const bool taken = current.look_up({}, own) == entry_kind::file;
         return placement{.folder = taken ? own + ".contents" : own};
     }
+    const auto shown = only->is_folder ? only->name : std::string();
     if (only->is_folder && only->name == own)
-        return placement{.folder = ".", .follows_links = true};
+        return placement{.folder = ".", .follows_links = true, .shown = shown};
     switch (current.look_up({}, only->name)) {
     case entry_kind::none:
-        return placement{.folder = ".", .follows_links = true, .may_replace = false};
+        return placement{.folder = ".", .follows_links = true, .may_replace = false, .shown = shown};
     case entry_kind::file:
         if (chosen.policy == clash_policy::rename && !only->is_folder)
             return placement{.folder = ".", .follows_links = true};

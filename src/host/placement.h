@@ -13,6 +13,7 @@ struct placement {
     bool follows_links =
         false; ///< the top may be a symbolic link, as the user named it or it is the current folder
     bool may_replace = true; ///< as the user asked; false: nothing is replaced, whatever the user asked
+    std::string shown{};     ///< the folder in it that the content goes into; empty if that is itself
 };
 
 /// The name of the folder for the content of an archive: that of its file without the suffix, or of the

@@ -54,6 +54,7 @@ std::string progress_line(std::uint64_t done, std::uint64_t total, double second
 }
 
 void progress::begin(const std::string& archive, std::uint64_t total) {
+    end();
     const std::lock_guard lock(mutex);
     what = nio::printable(archive);
     file.clear();

@@ -17,7 +17,7 @@ public:
     /// Nothing is drawn unless `shown`.
     explicit progress(bool shown) : draws(shown) {}
 
-    /// Begins with nothing of `total` bytes, which may be `unknown`.
+    /// Begins anew, with nothing of `total` bytes, which may be `unknown`.
     void begin(const std::string& archive, std::uint64_t total);
     /// The data of the file `path` begins.
     void at_file(const std::string& path);

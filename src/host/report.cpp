@@ -77,15 +77,31 @@ void report::print_error(const std::string& path, const std::string& text) {
     out.print(line.add("message", text).text());
 }
 
-void report::data_error(const std::string& failure) {
-    print_error(std::exchange(ended_early, 0) == 1 ? at_hand : std::string(), failure);
+void report::damage(const std::exception_ptr& failure) {
+    const auto in_data = [this] { return std::exchange(ended_early, 0) == 1 ? at_hand : std::string(); };
+    std::string path;
+    try {
+        std::rethrow_exception(failure);
+    } catch (const format::exception&) {
+        path = in_data();
+    } catch (const basic::algorithm_exception&) {
+        path = in_data();
+    } catch (...) {
+        path.clear(); // the archive as a whole
+    }
+    print_error(path, failure_text(failure));
+}
+
+void report::settle() {
+    for (const auto& [path, text] : std::exchange(afterwards, {}))
+        print_error(path, text);
 }
 
 bool report::end_archive() {
     meter.end();
-    for (const auto& [path, text] : afterwards)
-        print_error(path, text);
-    afterwards.clear();
+    settle();
+    ++archives.all;
+    archives.sound += sound;
     return sound;
 }
 
@@ -142,14 +158,14 @@ void report::moved(const std::string& from, const std::string& to) {
         });
 }
 
-void report::planned(const std::string& path, std::uint64_t size, const std::string& remark) {
+void report::planned(const std::string& path, std::uint64_t size, bool replaces) {
     count(size);
     if (form.json) {
         json_line line("plan");
-        line.add("archive", archive).add("path", path).add("size", size).add("exists", !remark.empty());
+        line.add("archive", archive).add("path", path).add("size", size).add("exists", replaces);
         out.print(line.text());
     } else if (!form.quiet) {
-        out.print(nio::printable(path) + (remark.empty() ? "\n" : " (" + remark + ")\n"));
+        out.print(nio::printable(path) + (replaces ? " (replaces the existing file)\n" : "\n"));
     }
 }
 

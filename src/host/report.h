@@ -30,9 +30,19 @@ std::string red(const std::string& text, bool colored);
 std::string green(const std::string& text, bool colored);
 std::string bold(const std::string& text, bool colored);
 
+/// Of a pass whose files are reported elsewhere.
+class quiet_journal : public journal {
+public:
+    void done(const std::string& /*path*/, std::uint64_t /*size*/) override {}
+    void refused(const std::string& /*path*/, const std::string& /*reason*/) override {}
+    void unfinished(const std::string& /*path*/, std::uint64_t /*size*/,
+                    const std::string& /*reason*/) override {}
+    void missing(const std::string& /*path*/) override {}
+};
+
 /// What the program says about its work, archive by archive. Errors go to the standard error, one line each,
 /// "harbor: ARCHIVE: TEXT", or with `json` as objects to the standard output. Incomplete and missing files
-/// are reported by end_archive(), after the error that ended the archive. The operations of the journal raise
+/// are reported by settle(), after the error that ended the archive. The operations of the journal raise
 /// nothing where memory runs out: that is reported instead, and counts as an error. One thread.
 class report : public journal {
 public:
@@ -52,12 +62,14 @@ public:
     void begin_archive(const std::string& name);
     /// An error of the archive as a whole; `text` must be printable.
     void archive_error(const std::string& text) { print_error({}, text); }
-    /// Reports that `failure`, which must be printable, ended the data of the archive's files: under the path
-    /// of the file at hand, if that is known.
-    void data_error(const std::string& failure);
+    /// Reports what an archive's bytes made a format or decoder raise. Damage in the files' data is reported
+    /// under the path of the file at hand, if that is known.
+    void damage(const std::exception_ptr& failure);
     /// Whether the archive has had no error up to now.
     bool is_sound() const { return sound && afterwards.empty(); }
-    /// Ends the archive, and returns whether it had no error.
+    /// Reports what is known of the archive's files once its end was reached.
+    void settle();
+    /// Ends the archive, and returns whether it had no error. Includes settle().
     bool end_archive();
     /// An error outside any archive; `text` must be printable.
     void error(const std::string& text);
@@ -72,8 +84,8 @@ public:
     void unfinished(const std::string& path, std::uint64_t size, const std::string& reason) override;
     void missing(const std::string& path) override;
     void moved(const std::string& from, const std::string& to) override;
-    /// A file of `size` bytes would be written; `remark` is printable, and may be empty.
-    void planned(const std::string& path, std::uint64_t size, const std::string& remark);
+    /// A file of `size` bytes would be written, and might replace an existing one.
+    void planned(const std::string& path, std::uint64_t size, bool replaces);
     /// A new file is not called `from`, as a file of that name exists.
     void renamed(const std::string& from, const std::string& to);
     void skipped(const std::string& path, const std::string& reason) override;
@@ -87,6 +99,12 @@ public:
     const totals& archive_totals() const { return sums; }
     /// Counts a file that done() is not told of.
     void count(std::uint64_t size);
+    /// How many archives have ended, and how many of them had no error.
+    struct archive_counts {
+        std::uint64_t all = 0;
+        std::uint64_t sound = 0;
+    };
+    archive_counts archives;
     /// The archive's name as the user gave it.
     const std::string& archive_name() const { return archive; }
 

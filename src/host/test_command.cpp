@@ -2,6 +2,7 @@
 #include "host/commands.h"
 #include "host/json_line.h"
 #include "host/placement.h"
+#include "host/platform/terminal.h"
 #include "host/sha256.h"
 
 namespace host {
@@ -29,7 +30,10 @@ class digested_file : public tally_sink {
 public:
     /// `folder` is put in front of the path in what is printed as text.
     digested_file(report& reports, std::string file_path, const std::string& folder)
-        : log(reports), path(std::move(file_path)), shown(folder.empty() ? path : folder + '/' + path) {}
+        : log(reports), path(std::move(file_path)), shown(folder.empty() ? path : folder + '/' + path) {
+        if (output_on_terminal())
+            shown = nio::printable(shown); // no program checks it there
+    }
 
     void write(std::string_view bytes) override {
         digest.update(bytes);
@@ -68,26 +72,35 @@ void test_one(command_context& context, const archive_source& archive) {
             return std::make_shared<digested_file>(log, path, folder);
         };
     const bool speaks = !log.form.quiet && !log.form.json && !chosen.sha256;
+    const auto name = nio::printable(archive.name());
+    const auto ok = green("OK", log.form.color_output);
     if (speaks)
         counts.counted = [&](const tally_entry& entry) {
-            log.out.print(nio::printable(entry.path) + ": " + green("OK", log.form.color_output) + '\n');
+            log.out.print((several ? name + ": " : "") + nio::printable(entry.path) + ": " + ok +
+                          (chosen.verbose ? ", " + human_size(entry.size) + '\n' : "\n"));
         };
     tally_archive(context, archive, counts);
+    log.settle();
     if (!speaks)
         return;
-    const auto name = nio::printable(archive.name());
     if (archive.bytes_behind > 0)
         log.out.print(name + ": " + counted(archive.bytes_behind, "byte") + " behind the archive\n");
     const auto& sums = log.archive_totals();
+    const auto whole = counted(sums.files, "file") + ", " + human_size(sums.bytes);
     if (log.is_sound())
-        log.out.print(name + ": " + green("OK", log.form.color_output) + ", " + counted(sums.files, "file") +
-                      ", " + human_size(sums.bytes) + '\n');
+        log.out.print(name + ": " + ok + ", " + whole + '\n');
+    else if (several || sums.files > 0)
+        log.out.print(name + ": " + red("FAILED", log.form.color_output) + ", " + whole + " OK\n");
 }
 
 } // namespace
 
 void test(command_context& context) {
     work_on_archives(context, [&](const archive_source& archive) { test_one(context, archive); });
+    const auto& log = context.log;
+    const auto& [all, sound] = log.archives;
+    if (all > 1 && !log.form.quiet && !log.form.json && !context.chosen.sha256)
+        log.out.print(un::write(sound, 10, 1) + " of " + counted(all, "archive") + " OK\n");
 }
 
 } // namespace host

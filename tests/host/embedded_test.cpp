@@ -13,8 +13,13 @@ TEST_F(Embedded, FindsThemWithPlaceSizeAndFormat) {
     const auto one = cabinet().file("a", "one").bytes();
     write_file(place / "two.bin", "stub" + one + "x" + one);
     write_file(place / "cut\x1b.bin", "." + support::cut(one, 70));
-    EXPECT_EQ(run("find two.bin"), fine("           4            73  cab\n"
-                                        "          78            73  cab\n"));
+    const std::string head = "      Offset          Size  Format\n";
+    const std::string lines = "           4            73  cab\n          78            73  cab\n";
+    EXPECT_EQ(run("find two.bin"), fine(head + lines));
+    EXPECT_EQ(run("find -q two.bin two.bin"), fine(lines + lines));
+    EXPECT_EQ(run("find -v --color always two.bin | head -n 2"),
+              fine("\x1b[1m" + head.substr(0, head.size() - 1) +
+                   "\x1b[0m\n           4            73  cab: CAB, application/x-cab\n"));
     EXPECT_EQ(
         run("find --json -", "cat two.bin |"),
         fine("{\"type\":\"found\",\"file\":\"-\",\"offset\":4,\"size\":73,\"format\":\"cab\",\"cut\":false}\n"
@@ -23,7 +28,8 @@ TEST_F(Embedded, FindsThemWithPlaceSizeAndFormat) {
     EXPECT_EQ(run("find cut*.bin none /dev/null"),
               failed("harbor: none: No such file or directory\n"
                      "harbor: /dev/null: no archive of a known format found\n",
-                     "cut\\x1b.bin:\n           1            73  cab, cut short\nnone:\n/dev/null:\n"));
+                     "cut\\x1b.bin:\n" + head +
+                         "           1            73  cab, cut short\n\nnone:\n\n/dev/null:\n"));
 }
 
 TEST_F(Embedded, AreReadWhereAFileBeginsWithNoneOrOthersFollow) {
@@ -37,7 +43,7 @@ TEST_F(Embedded, AreReadWhereAFileBeginsWithNoneOrOthersFollow) {
               fine("sfx.exe: OK, 2 files, 76 B\n2.bin@0: OK, 1 file, 3 B\n2.bin@73: OK, 2 files, 76 B\n"
                    "-@0: OK, 1 file, 3 B\n-@73: OK, 2 files, 76 B\n"));
     EXPECT_EQ(run("test cut.cab").err.find('@'), std::string::npos) << "its own archives are its files";
-    EXPECT_EQ(run("test - plain", "cat sfx.exe |"),
+    EXPECT_EQ(run("test -q - plain", "cat sfx.exe |"),
               failed("harbor: -: not an archive of a known format (archives inside other data are found in "
                      "files only)\nharbor: plain: not an archive of a known format\n"));
     EXPECT_EQ(run("list --tree 2.bin"),

@@ -20,9 +20,8 @@ TEST_F(Expand, ReplacesOnlyOnRequest) {
     EXPECT_EQ(run("expand -q x.cab"),
               failed("harbor: x.cab: a: exists already (--overwrite says what to do then)\n"
                      "harbor: x.cab: d/b: exists already (--overwrite says what to do then)\n"));
-    EXPECT_EQ(run("expand x.cab --overwrite never -v"),
-              fine("a: kept\nd/b: kept\nd/c: kept\n"
-                   "expanded 0 files, 0 B, into x/, kept 3 existing files\n"));
+    EXPECT_EQ(run("expand x.cab --overwrite never -v"), fine("a: kept\nd/b: kept\nd/c: kept\n"
+                                                             "kept 3 existing files in x/\n"));
     EXPECT_EQ(read_file(place / "x/a") + read_file(place / "x/d/b") + read_file(place / "x/d/c"),
               "onetwofive");
     EXPECT_EQ(run("expand -q x.cab --overwrite always"), fine());
@@ -70,6 +69,10 @@ TEST_F(Expand, StaysInsideItsFolder) {
     EXPECT_EQ(read_file(place / "u/a"), "new");
     EXPECT_EQ(run("expand -q x.cab y.cab -C v").status, 1);
     EXPECT_EQ(tree(place / "v/y"), "a ") << "several archives get a folder each";
+    save(cabinet().file("a", "new"), "t/y.cab");
+    EXPECT_EQ(run("expand -q y.cab t/y.cab ...cab ..cab -C w", "cp y.cab ...cab; cp y.cab ..cab;"), fine());
+    EXPECT_EQ(tree(place / "w"), "...cab.contents/ ...cab.contents/a ..cab.contents/ ..cab.contents/a y (2)/ "
+                                 "y (2)/a y/ y/a ");
 }
 
 TEST_F(Expand, ExpandsOnlySelectedFiles) {
@@ -106,8 +109,7 @@ TEST_F(Expand, PutsFilesWhereTheOptionsSay) {
     run("expand -q x.cab -C t", "umask 022;");
     EXPECT_EQ(run("expand x.cab -n -C t --lower").out, "top.txt\nd/e/b.exe\nd/f\nwould expand 3 files, 9 B, "
                                                        "into t/\n");
-    EXPECT_EQ(run("expand x.cab -n -C t --overwrite never").out, "would expand 0 files, 0 B, into t/, kept 3 "
-                                                                 "existing files\n");
+    EXPECT_EQ(run("expand x.cab -n -C t --overwrite never").out, "would keep 3 existing files in t/\n");
     struct stat b = {}, plain = {};
     ASSERT_EQ(stat((place / "t/D/E/B.exe").c_str(), &b), 0);
     EXPECT_EQ(b.st_mode & 0777, 0555u);
@@ -172,6 +174,46 @@ TEST_F(Expand, SettlesClashesAsAsked) {
     EXPECT_EQ(tree(place / "v"), "");
     run("expand -q x.cab -C v --keep-broken");
     EXPECT_EQ(tree(place / "v") + read_file(place / "v/a.partial"), "a.partial ha");
+}
+
+TEST_F(Expand, ADryRunSaysWhatARunDoes) {
+    save(cabinet()
+             .file("old", "1")
+             .file("new", "2")
+             .file("new", "3")
+             .file("d\\e", "4")
+             .file("new\\f", "5")
+             .file("..", "6"));
+    for (const std::string policy : {"", "never", "always", "rename", "newer"}) {
+        std::filesystem::remove_all(place / "t");
+        std::filesystem::create_directories(place / "t/d/e");
+        write_file(place / "t/old", "old");
+        const auto arguments = "expand x.cab -C t --json" + (policy.empty() ? "" : " --overwrite " + policy) +
+                               (policy == "newer" ? " --lower" : "");
+        const auto before = tree(place / "t");
+        const auto planned =
+            run("--version >/dev/null",
+                "'" HARBOR_PROGRAM "' " + arguments +
+                    " -n >plan; status=$?; sed 's/\"plan\"/\"file\"/; s/,\"exists\":[a-z]*//' "
+                    "plan | sort; rm plan; [ $status = 0 ] &&");
+        EXPECT_EQ(tree(place / "t"), before);
+        EXPECT_EQ(planned, run(arguments + " >made; status=$?; sort made; rm made; exit $status")) << policy;
+    }
+}
+
+TEST_F(Expand, PrintsFilesThatShareBytesOneAfterAnother) {
+    for (const std::string name : {"share.cab", "overlap.cab"}) {
+        run("expand -q " HARBOR_TEST_DATA "/" + name + " -C " + name);
+        const auto printed = run("expand --stdout " HARBOR_TEST_DATA "/" + name);
+        std::size_t size = 0;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(place / name))
+            if (entry.is_regular_file()) {
+                const auto bytes = read_file(entry.path());
+                EXPECT_NE(printed.out.find(bytes), std::string::npos) << entry.path();
+                size += bytes.size();
+            }
+        EXPECT_EQ(printed.out.size(), size);
+    }
 }
 
 TEST_F(Expand, PutsASingleItemIntoNoFolder) {

@@ -48,6 +48,11 @@ TEST_F(List, ShowsWhatTheHeadSays) {
     };
     for (const auto& each : cases)
         EXPECT_EQ(run(each.arguments), fine(each.output)) << each.arguments;
+    cabinet named;
+    named.folder(support::stored).file({.name = "\xC3\xA4", .attributes = 0xA0}).file({.name = "\xC3\xA4"});
+    save(named, "y.cab");
+    EXPECT_EQ(run("list -q y.cab --encoding CP437 | cut -c 42-"), fine("\xC3\xA4\n\xE2\x94\x9C\xC3\xB1\n"))
+        << "one is marked as UTF-8";
     write_file(place / "patterns", "none\r\n\na.txt\n");
     EXPECT_EQ(run("list -q x.cab -- @patterns"),
               failed("harbor: none: not found in the archive\n",
@@ -67,12 +72,22 @@ TEST_F(List, ShowsWhatTheHeadSays) {
 
 TEST_F(List, ExplainsTheCommandLine) {
     save(cabinet().file("a", "1"));
+    save(cabinet().file("a", "1"), "-x.cab");
     const struct {
         std::string arguments, complaint, command;
     } cases[] = {
         {"extract x.cab", "extract: no such command; did you mean expand?", ""},
         {"lst x.cab", "lst: no such command; did you mean list?", ""},
-        {"-q", "no command is given", ""},
+        {"-q", "no archive or file is named", ""},
+        {"EXTRACT x.cab", "EXTRACT: no such command; did you mean expand?", ""},
+        {"x.cab -C t", "-C is an option of expand, not of list", ""},
+        {"expand x.cab -C ''", "--directory: the name of the folder is empty", " expand"},
+        {"expand --directory= x.cab", "--directory needs a value", ""},
+        {"expand x.cab -C a -C b", "--directory is given more than once", " expand"},
+        {"expand x.cab --overwrite", "--overwrite needs a value", " expand"},
+        {"list x.cab --tree --json", "--json and --tree cannot be used together", " list"},
+        {"test -j x.cab", "--jobs: x.cab is no number from 1 to 256", " test"},
+        {"test -x.cab", "-x.cab: no such option; the file of that name is ./-x.cab", " test"},
         {"expand -q", "no archive or file is named", " expand"},
         {"y.cab", "y.cab: neither a command nor a file", ""},
         {"expand x.cab 'a b'",
@@ -82,12 +97,18 @@ TEST_F(List, ExplainsTheCommandLine) {
         {"expand x.cab --overwrite all", "--overwrite: all is none of ask, never, always, rename, newer",
          " expand"},
         {"list x.cab -- @none", "cannot read patterns from none", " list"},
-        {"list x.cab --deep", "The following argument was not expected: --deep", " list"},
+        {"list x.cab --jsno", "--jsno: no such option; did you mean --json?", " list"},
     };
     for (const auto& each : cases)
         EXPECT_EQ(run(each.arguments),
                   (support::transcript{
                       2, "", "harbor: " + each.complaint + "\nSee harbor" + each.command + " --help.\n"}));
+    EXPECT_EQ(run("list -h"), run("list --help"));
+    for (const std::string printing : {"--help", "list --json x.cab", "x.cab"}) {
+        const auto full = run(printing + " >/dev/full");
+        EXPECT_EQ(full.status, 1) << printing;
+        EXPECT_TRUE(full.err.starts_with("harbor: cannot write to the standard output")) << full;
+    }
     const auto none = run("");
     EXPECT_TRUE(none.status == 2 && none.err == run("help").out && none.err.starts_with("Usage: harbor"));
     for (const std::string command : {"", "expand", "list", "test", "formats"}) {

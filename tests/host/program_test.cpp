@@ -123,7 +123,8 @@ TEST_F(Program, WorksOnSeveralArchivesAtATime) {
     EXPECT_EQ(run("expand -q -j 3 -C t 10.cab 11.cab 12.cab"), fine());
     for (const std::string i : {"10", "11", "12"})
         EXPECT_TRUE(std::filesystem::exists(place.path / "t" / i / "399"));
-    EXPECT_EQ(run("test -j 2 10.cab 11.cab | head -n 1").out, "0: OK\n");
+    EXPECT_EQ(run("test -j 2 10.cab 11.cab | head -n 1").out, "10.cab: 0: OK\n");
+    EXPECT_TRUE(run("test -j 2 10.cab 14.cab 11.cab").out.ends_with("\n2 of 3 archives OK\n"));
 }
 
 TEST_F(Program, ColorsAndShowsProgressOnATerminalOnly) {
@@ -135,9 +136,12 @@ TEST_F(Program, ColorsAndShowsProgressOnATerminalOnly) {
     };
     EXPECT_NE(on_terminal("list x.cab").find("\x1b[1m      Size"), std::string::npos);
     EXPECT_EQ(on_terminal("list none", "NO_COLOR=1 "), "harbor: none: No such file or directory\r\n");
-    EXPECT_EQ(run("test x.cab none --color always"),
-              failed("\x1b[1;31mharbor:\x1b[0m none: No such file or directory\n",
-                     "a: \x1b[1;32mOK\x1b[0m\nx.cab: \x1b[1;32mOK\x1b[0m, 1 file, 1 B\n"));
+    EXPECT_EQ(
+        run("test x.cab none --color always"),
+        failed("\x1b[1;31mharbor:\x1b[0m none: No such file or directory (names of files in an archive go "
+               "behind --)\n",
+               "x.cab: a: \x1b[1;32mOK\x1b[0m\nx.cab: \x1b[1;32mOK\x1b[0m, 1 file, 1 B\n"
+               "none: \x1b[1;31mFAILED\x1b[0m, 0 files, 0 B OK\n1 of 2 archives OK\n"));
     const auto slow =
         on_terminal("test p --json", "mkfifo p; { head -c 50 x.cab; sleep 0.7; tail -c +51 x.cab; } >p & ");
     EXPECT_NE(slow.find(" B/s  p"), std::string::npos) << slow;
@@ -162,13 +166,18 @@ TEST_F(Program, PrintsDigestsThatOthersCheck) {
 }
 
 TEST_F(Program, DescribesItsFormats) {
-    EXPECT_EQ(run("formats"), fine("cab\n  longName: CAB\n  suffix: .cab\n  mimeType: application/x-cab\n"
-                                   "  expandsArchives: yes\n  createsArchives: no\n  recoversArchives: no\n"
-                                   "  isFolder: yes\n  isFile: no\n  isSegmented: no\n"
-                                   "cfb\n  longName: Compound document\n  suffix: .msi\n"
-                                   "  mimeType: application/x-ole-storage\n"
-                                   "  expandsArchives: yes\n  createsArchives: no\n  recoversArchives: no\n"
-                                   "  isFolder: yes\n  isFile: no\n  isSegmented: no\n"));
+    const std::string cab = "cab\n  long name: CAB\n  suffix: .cab\n  mime type: application/x-cab\n";
+    const std::string cfb =
+        "cfb\n  long name: Compound document\n  suffix: .msi\n  mime type: application/x-ole-storage\n";
+    const std::string abilities = "  expands archives: yes\n  creates archives: no\n  recovers archives: no\n"
+                                  "  is folder: yes\n  is file: no\n  is segmented: no\n";
+    EXPECT_EQ(run("formats"), fine(cab + cfb));
+    EXPECT_EQ(run("formats -v"), fine(cab + abilities + cfb + abilities));
+    EXPECT_EQ(run("formats -q"), fine("cab\ncfb\n"));
+    EXPECT_EQ(run("formats --json | head -n 1").out,
+              "{\"type\":\"format\",\"name\":\"cab\",\"longName\":\"CAB\",\"suffix\":\".cab\","
+              "\"mimeType\":\"application/x-cab\",\"expandsArchives\":true,\"createsArchives\":false,"
+              "\"recoversArchives\":false,\"isFolder\":true,\"isFile\":false,\"isSegmented\":false}\n");
 }
 
 TEST_F(Program, ExplainsEachRefusal) {

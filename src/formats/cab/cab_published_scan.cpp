@@ -42,7 +42,8 @@ bool if_of_content(const std::exception_ptr& failure, Handle handle) {
 } // namespace
 
 PublishedScan::PublishedScan(Archive& scanned, Folder& into, ContainerAdaptor* list)
-    : archive(scanned), targets(scanned, into, list), texts{scanned.options.longest_path, true} {}
+    : archive(scanned), targets(scanned, into, list), texts{scanned.options.longest_path, true, false, true} {
+}
 
 void PublishedScan::run() {
     openFirst();
@@ -193,6 +194,7 @@ void PublishedScan::addFile(const std::set<Identity>& known, std::vector<RangeSp
                 return;
         }
     }
+    record->folder_index = static_cast<std::uint16_t>(*folder); // what the items tell
     pattern::AcquiredPtr<File> target;
     if (!targets.find(record, here->folders[*folder].compression, target)) {
         ended = true;
@@ -216,6 +218,7 @@ void PublishedScan::tellCutRecords(const std::exception_ptr& failure) {
 
 auto PublishedScan::newFiles() const -> Files {
     auto files = std::make_shared<RangeSplitter>(archive.scratchSpace());
+    files->at_once = archive.options.files_at_once;
     files->damaged = [this](File& target) {
         archive.shell().client().itemFailed(ClientInterface::checksum_failed, archive, target);
     };

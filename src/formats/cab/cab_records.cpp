@@ -40,9 +40,9 @@ bool read_text(stream::input& input, const text_rules& rules, std::string& text)
 }
 
 /// The same for a field that is a file name.
-bool read_name(stream::input& input, const text_rules& rules, std::string& name) {
+bool read_name(stream::input& input, const text_rules& rules, std::string& name, int encoding = -1) {
     const bool whole = read_text(input, rules, name);
-    name = nio::to_utf8(nio::decode(name, -1));
+    name = nio::to_utf8(nio::decode(name, encoding));
     return whole;
 }
 
@@ -166,7 +166,8 @@ std::uint32_t file_header::read(stream::input& input, bool /*verify*/) {
     attributes.from_dos_flags(fields.read16());
 
     // Only after decoding: in some code pages the second byte of a letter is a backslash.
-    name_shortened = !read_name(input, texts, name);
+    const bool is_utf8 = texts.utf8_flag && attributes.utf8_name;
+    name_shortened = !read_name(input, texts, name, is_utf8 ? nio::encoding_utf8 : -1);
     // It stays too long, however short the part that was kept is once it is decoded.
     if (name_shortened && name.size() < texts.longest)
         name.resize(texts.longest, '?');

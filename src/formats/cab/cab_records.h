@@ -35,7 +35,8 @@ struct text_rules {
     /// Whether a text that the end of the stream cuts raises stream::cut_short. Otherwise it is what was
     /// read.
     bool must_end = false;
-    bool must_fit = false; ///< whether a longer text raises format::exception, and isn't read further
+    bool must_fit = false;  ///< whether a longer text raises format::exception, and isn't read further
+    bool utf8_flag = false; ///< whether a name that its record marks as UTF-8 is that in every code page
 };
 
 /// The sizes of the reserve areas, which cabinet writers use as they like and readers skip.

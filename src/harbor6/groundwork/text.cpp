@@ -100,8 +100,9 @@ std::string leaf(std::string_view path, char separator) {
     return std::string(last == path.npos ? path : path.substr(last + 1));
 }
 
-std::wstring decode(std::string_view text, int /*encoding*/) {
-    if (const auto page = chosen_page())
+std::wstring decode(std::string_view text, int encoding) {
+    const auto page = chosen_page();
+    if (page && encoding != encoding_utf8)
         return page->decode(text);
     if (is_ascii(text))
         return {text.begin(), text.end()};
@@ -112,6 +113,8 @@ std::wstring decode(std::string_view text, int /*encoding*/) {
         wide += static_cast<wchar_t>(point);
     if (rest.empty())
         return wide;
+    if (page)
+        return page->decode(text);
     wide.clear();
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);

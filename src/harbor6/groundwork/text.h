@@ -18,7 +18,9 @@ HARBOR6_API std::string stem(std::string_view path, char separator);
 /// The part of `path` after its last `separator`; all of it if there is none.
 HARBOR6_API std::string leaf(std::string_view path, char separator);
 
-/// Unicode from 8-bit text. `encoding` is -1, the only value defined: the code page set by set_code_page;
+/// For decode(): UTF-8 where the whole text is valid as that, whatever the code page is.
+inline constexpr int encoding_utf8 = 65001;
+/// Unicode from 8-bit text. `encoding` is encoding_utf8, else -1: the code page set by set_code_page;
 /// without one UTF-8 if the whole text is valid UTF-8, otherwise Windows-1252, whose five undefined bytes
 /// become the C1 control of the same number. Bytes that are invalid in a chosen code page become U+FFFD.
 HARBOR6_API std::wstring decode(std::string_view text, int encoding);

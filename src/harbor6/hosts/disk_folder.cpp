@@ -28,6 +28,12 @@ DiskFolder::DiskFolder(expansion_state& shared_expansion, std::shared_ptr<const 
 void DiskFolder::make() {
     if (!obstacle.empty() || expansion.target.is_open(path()))
         return;
+    if (!path().empty() && expansion.is_promised(nio::stem(path(), '/'), nio::leaf(path(), '/')))
+        obstacle = unusable(path(), "it is not a folder");
+    else if (expansion.writes_nothing)
+        obstacle = expansion.imagine_folder(path());
+    if (!obstacle.empty() || expansion.writes_nothing)
+        return;
     try {
         expansion.target.make_folder(path());
     } catch (const fs::Exception& failure) {
@@ -118,6 +124,8 @@ entry_kind DiskFolder::lookUp(const std::string& asked) const {
         return entry_kind::none;
     if (expansion.is_promised(path(), name))
         return entry_kind::file;
+    if (expansion.writes_nothing && expansion.is_imagined(pathOf(name)))
+        return entry_kind::folder;
     try {
         return expansion.target.look_up(path(), name);
     } catch (const fs::Exception&) {

@@ -41,6 +41,23 @@ std::string expansion_state::folder_name(const std::string& parent, const std::s
     return free;
 }
 
+std::string expansion_state::imagine_folder(const std::string& folder) {
+    if (folder.empty() || is_imagined(folder))
+        return {};
+    const auto above = nio::stem(folder, '/');
+    if (auto obstacle = imagine_folder(above); !obstacle.empty())
+        return obstacle;
+    switch (target.look_up(above, nio::leaf(folder, '/'))) {
+    case entry_kind::file:
+        return "cannot use folder " + nio::printable(folder) + ": it is a file";
+    case entry_kind::other:
+        return "cannot use folder " + nio::printable(folder) + ": it is a symbolic link";
+    default:
+        imagined.insert(folder);
+        return {};
+    }
+}
+
 bool expansion_state::promise(const DiskFile& file) {
     return promised.insert(&file).second;
 }

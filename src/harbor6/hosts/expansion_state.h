@@ -31,6 +31,7 @@ public:
     harbor6::Format& format; ///< of items outside any archive
     journal& log;
     bool folders_on_demand = false; ///< a folder is created with the first file in it, not before
+    bool writes_nothing = false;    ///< folders are only imagined, and files only reserve their names
 
     unsigned leave_out = 0; ///< so many folders of each path, from the top on, are not made
     std::function<std::string(const std::string&)> change_name; ///< of each file and folder; empty: none
@@ -55,6 +56,11 @@ public:
     /// call.
     std::string folder_name(const std::string& parent, const std::string& name);
 
+    /// From now on the folder counts as existing, with those above it, unless the result says why it couldn't
+    /// be created.
+    std::string imagine_folder(const std::string& folder);
+    bool is_imagined(const std::string& folder) const { return imagined.contains(folder); }
+
     /// Reserves the path of a file that doesn't exist on disk yet, until forget(). Returns false if another
     /// file has reserved that path. The file keeps its path and stays alive meanwhile.
     bool promise(const DiskFile& file);
@@ -75,6 +81,7 @@ private:
 
     std::optional<std::pair<std::string, std::string>> replaceable;
     std::map<std::pair<std::string, std::string>, std::string> renamed_folders; ///< by parent and name
+    std::set<std::string> imagined;                                             ///< folders
     std::set<const DiskFile*, by_place> promised; ///< ordered: archives choose the names
 };
 

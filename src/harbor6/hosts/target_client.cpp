@@ -15,7 +15,8 @@ harbor6::Archive::Options TargetClient::archiveOptions() {
     return options;
 }
 
-bool TargetClient::wants(const harbor6::File& /*file*/, const std::string& /*path*/) {
+bool TargetClient::wants(const harbor6::File& /*file*/, harbor6::Folder& /*target*/,
+                         const std::string& /*path*/) {
     return true;
 }
 
@@ -24,7 +25,7 @@ bool TargetClient::sourceFile(const harbor6::File& file, harbor6::Folder& target
     const auto name = file.string(harbor6::key::name);
     auto* const folder = dynamic_cast<TargetFolder*>(&target);
     const auto path = folder ? folder->pathOf(name) : name;
-    if (!wants(file, path))
+    if (!wants(file, target, path))
         return false;
     const auto reason = path.size() >= TargetFolder::longest_path ? "its path is too long"
                         : folder                                  ? folder->prepareFor(name)
@@ -34,10 +35,8 @@ bool TargetClient::sourceFile(const harbor6::File& file, harbor6::Folder& target
     return reason.empty();
 }
 
-/// Whether what is called `name` may be stored in `parent`, where `other` has that name. When `moving`, an
-/// archive's only item is to leave the folder made for the archive, and stays there otherwise.
-bool TargetClient::mayTakeName(const std::string& name, const harbor6::Item& other, TargetFolder& parent,
-                               bool moving) {
+bool TargetClient::mayTakeName(std::string& name, const harbor6::Item& other,
+                               const harbor6::Attributes& /*model*/, TargetFolder& parent, bool moving) {
     const auto path = parent.pathOf(name);
     const std::string stays = moving ? "; the new one stays in the folder made for it" : "";
     const auto* const file = dynamic_cast<const TargetFile*>(&other);
@@ -62,7 +61,7 @@ bool TargetClient::mayTakeName(const std::string& name, const harbor6::Item& oth
         }
         break;
     }
-    reports.refused(path, reason + stays);
+    reports.refused(path, reason + (replaceable && !moving ? advice : stays));
     return false;
 }
 
@@ -76,9 +75,10 @@ bool TargetClient::targetNameConflict(std::string& name, harbor6::Item& other, b
         return false;
     const auto* const source = dynamic_cast<const harbor6::Item*>(&model);
     if (moving || !source || !source->asFolder())
-        return mayTakeName(name, other, *folder, moving);
-    if (!other.asFolder())
-        *target = folder->makeUnusable(name, "it is not a folder");
+        return mayTakeName(name, other, model, *folder, moving);
+    if (const auto* const file = dynamic_cast<const TargetFile*>(&other); !other.asFolder())
+        *target = folder->makeUnusable(name, file && !file->isRegular() ? "it is a link or device"
+                                                                        : "it is not a folder");
     return true;
 }
 

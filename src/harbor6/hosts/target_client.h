@@ -21,6 +21,8 @@ public:
         replace, ///< the new file replaces it once it is complete
     };
     Existing existing = Existing::fail;
+    /// Follows the report that a file exists, where another choice would have let it be replaced.
+    std::string advice;
 
     /// How an archive is to be read for such a target: damage is told, and paths are bounded.
     static harbor6::Archive::Options archiveOptions();
@@ -32,12 +34,17 @@ public:
                             pattern::AcquiredPtr<harbor6::Folder>* target) override;
 
 protected:
-    /// Whether the file, which would be at `path` in the target, is wanted; here every file is.
-    virtual bool wants(const harbor6::File& file, const std::string& path);
+    /// Whether the file, which would go into the folder `target` and have the path `path`, is wanted; here
+    /// every file is.
+    virtual bool wants(const harbor6::File& file, harbor6::Folder& target, const std::string& path);
+
+    /// Whether what `model` describes may be stored in `parent`, where `other` has the name; it may get
+    /// another name. When `moving`, an archive's only item is to leave the folder made for the archive, and
+    /// stays there otherwise.
+    virtual bool mayTakeName(std::string& name, const harbor6::Item& other, const harbor6::Attributes& model,
+                             TargetFolder& parent, bool moving);
 
 private:
-    bool mayTakeName(const std::string& name, const harbor6::Item& other, TargetFolder& parent, bool moving);
-
     journal& reports;
 };
 

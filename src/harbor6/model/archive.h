@@ -137,6 +137,9 @@ public:
         /// With `published_rules`: the client is asked about all files, and no data is read. No file that the
         /// pass makes in its target is opened or committed.
         bool records_only = false;
+        /// With `published_rules`: of files that share bytes so many are written at once; what the others
+        /// need waits in `scratch` meanwhile. With 1 each file is complete before the next one begins.
+        std::size_t files_at_once = 16;
         /// What items answer of their records.
         Details item_details = Details::none;
         /// Only what the wanted files need is read: those for which the client returned true and the target

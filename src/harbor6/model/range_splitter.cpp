@@ -60,7 +60,7 @@ void RangeSplitter::write(const char* buffer, unsigned length) {
     while (advanceTo(end))
         begin(takeNext(), buffer, length);
     written = end;
-    if (kept && written >= kept_end)
+    if (kept && written >= kept_end && (at_once > 1 || active.empty()))
         deliverDeferred();
 }
 
@@ -93,7 +93,8 @@ void RangeSplitter::begin(range file, const char* buffer, unsigned length) {
     }
     const auto before = file.size == 0 ? 0 : static_cast<unsigned>(file.offset - written);
     const bool whole = file.size <= length - before;
-    if (!whole && active.size() >= most_open) {
+    const bool others_first = active.size() >= at_once || (at_once == 1 && kept);
+    if (others_first && (at_once == 1 ? file.size > 0 : !whole)) {
         defer(std::move(file), buffer + before, length - before);
         return;
     }

@@ -16,14 +16,14 @@ class ScratchSpace;
 /// Splits a stream into files that are stated by offset and size: ranges may share bytes, overlap, leave gaps
 /// and be added in any order. Each byte is passed on once to every file that covers it, in one pass. A file
 /// is opened when its first byte arrives, and closed and committed when it has all of them. Of more than
-/// `most_open` files that overlap, the rest waits in the scratch space until its last byte has arrived.
+/// `at_once` files that overlap, the rest waits in the scratch space until its last byte has arrived.
 ///
 /// The owner adds ranges, before the first write or between writes, writes, and calls finish(). A file of
 /// whose bytes none arrived is released without a commit, unless it begins where the stream ended. What a
 /// target raises passes through. It doesn't own the space. One thread at a time.
 class HARBOR6_API RangeSplitter : public stream::output {
 public:
-    static constexpr std::size_t most_open = 16;
+    static constexpr std::size_t usual_at_once = 16;
     /// A few records can state any number of copies of a long stream, so the bytes that are passed on or
     /// deferred are limited: a file that begins beyond that is released as one that never began.
     static constexpr std::uint64_t shared_bytes = 1u << 30;
@@ -64,6 +64,8 @@ public:
     /// States that the next `length` bytes to be written may be wrong.
     void markDamaged(std::uint64_t length);
 
+    /// At least 1. With 1 a file has all its bytes before the next one gets any.
+    std::size_t at_once = usual_at_once;
     /// Called with each file that contains bytes marked as damaged, before it is committed.
     std::function<void(File&)> damaged;
 

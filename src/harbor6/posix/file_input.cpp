@@ -22,8 +22,7 @@ static_assert(ring_size - chunk >= history && (ring_size & (ring_size - 1)) == 0
 } // namespace
 
 file_input::file_input(file_descriptor opened, std::string input_name, std::uint64_t offset)
-    : source(std::move(opened)), name(std::move(input_name)),
-      ring(std::make_unique_for_overwrite<char[]>(ring_size)) {
+    : source(std::move(opened)), name(std::move(input_name)) {
     struct stat status = {};
     regular = fstat(source.get(), &status) == 0 && S_ISREG(status.st_mode);
     if (regular)
@@ -37,6 +36,8 @@ std::uint64_t file_input::oldest() const {
 }
 
 bool file_input::refill() {
+    if (!ring)
+        ring = std::make_unique_for_overwrite<char[]>(ring_size);
     const auto at = filled & (ring_size - 1);
     const auto room = static_cast<std::size_t>(std::min(chunk, ring_size - at));
     const auto came = read_some(source.get(), ring.get() + at, room,
@@ -92,6 +93,13 @@ void file_input::restart_at(std::uint64_t value) {
     begun = filled = place = value;
 }
 
+void file_input::release_memory() {
+    if (!regular)
+        return;
+    restart_at(place);
+    ring.reset();
+}
+
 void file_input::step_back(std::uint64_t count) {
     if (short_read)
         throw cut_short();
@@ -127,7 +135,7 @@ std::uint64_t file_input::size() const {
 }
 
 stream::cut_short file_input::cut_short() const {
-    return {filled, "host::file_input"};
+    return {origin + filled, "host::file_input"};
 }
 
 file_descriptor file_input::duplicate() const {

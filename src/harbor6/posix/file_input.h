@@ -31,11 +31,14 @@ public:
     /// All ones on a pipe.
     std::uint64_t size() const override;
 
+    /// Gives the ring's memory back until the next read, if this is a plain file.
+    void release_memory();
     /// A second descriptor of the input if it is a plain file read from its first byte, else none.
     file_descriptor duplicate() const;
     /// Whether the last read or skip reached the end before it had what was asked for.
     bool came_short() const { return short_read; }
-    /// What to raise if the bytes that such a read missed are needed.
+    /// What to raise if the bytes that such a read missed are needed. It names the end of the file, not of
+    /// the part of it that is read.
     stream::cut_short cut_short() const;
 
 protected:
@@ -52,7 +55,7 @@ private:
 
     file_descriptor source;
     std::string name;
-    std::unique_ptr<char[]> ring;
+    std::unique_ptr<char[]> ring; ///< null before the first read
     bool regular = false;
     bool short_read = false;
     std::uint64_t origin = 0; ///< file offset of the stream's place 0

@@ -40,17 +40,11 @@ void keep_time_zone() {
 }
 
 std::size_t descriptors_for_folders() {
-    constexpr rlim_t wanted = 65536;
     constexpr rlim_t fewest = 16;
-    constexpr rlim_t most = 16384;
+    constexpr rlim_t most = 64;
     rlimit limit = {};
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0)
         return fewest;
-    if (limit.rlim_cur < std::min(wanted, limit.rlim_max)) {
-        const rlimit raised = {std::min(wanted, limit.rlim_max), limit.rlim_max};
-        if (setrlimit(RLIMIT_NOFILE, &raised) == 0)
-            limit = raised;
-    }
     return std::clamp(limit.rlim_cur / 2, fewest, most);
 }
 

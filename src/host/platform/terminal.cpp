@@ -34,6 +34,7 @@ std::optional<std::string> ask_on_terminal(const std::string& question) {
             return line;
         line += next;
     }
+    write_all(terminal.get(), "\n");
     return std::nullopt;
 }
 
