@@ -21,7 +21,8 @@ _harbor() {
         --encoding) mapfile -t COMPREPLY < <(compgen -W 'CP437 CP850 CP932 CP936 CP949 CP950 CP1250 CP1251 CP1252 UTF-8' -- "$current") && return ;;
         --only | --exclude | --strip | --depth | -j | --jobs) return ;;
     esac
-    local common='--help --json --only --exclude --ignore-case --encoding --formats --no-sandbox --quiet --verbose --color'
+    local every='--help --json --formats --no-sandbox --quiet --verbose --color'
+    local common="$every --only --exclude --ignore-case --encoding"
     case $command in
         expand | x)
             words="$common --directory --overwrite --lower --flat --strip --ignore-checksums --keep-broken --no-mtime --no-attributes
@@ -29,8 +30,7 @@ _harbor() {
             ;;
         list | l) words="$common --long --human --tree --check" ;;
         test | t) words="$common --sha256 --jobs" ;;
-        find) words='--help --json --formats --no-sandbox' ;;
-        formats) words='--help --formats --no-sandbox' ;;
+        find | formats) words=$every ;;
     esac
     if [[ $current == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")

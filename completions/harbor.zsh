@@ -2,7 +2,7 @@
 # Completion of harbor's command line for zsh.
 
 _harbor() {
-    local -a common work commands
+    local -a every common verbose work commands
     commands=(
         'expand:write the files of archives to disk'
         'list:show what archives contain'
@@ -10,20 +10,25 @@ _harbor() {
         'find:find archives anywhere inside files'
         'formats:show the formats that the plug-ins provide'
     )
-    common=(
+    every=(
         '--help[print the help]'
         '--json[print one JSON object a line]'
+        '--formats[folder of further format plug-ins]:folder:_files -/'
+        '--no-sandbox[keep rights that reading archives does not need]'
+        '(-q --quiet)'{-q,--quiet}'[print less]'
+        '--color[when to use colors]:when:(auto never always)'
+    )
+    verbose=('(-v --verbose)'{-v,--verbose}'[print more]')
+    common=(
+        $every
         '*--only[take only files that match]:pattern:'
         '*--exclude[leave out files that match]:pattern:'
         '--ignore-case[patterns match capital and small letters alike]'
         '--encoding[code page of names]:code page:(CP437 CP850 CP932 CP936 CP949 CP950 CP1250 CP1251 CP1252 UTF-8)'
-        '--formats[folder of further format plug-ins]:folder:_files -/' '--no-sandbox[keep rights that reading archives does not need]'
-        '(-q --quiet)'{-q,--quiet}'[print errors only]'
-        '--color[when to use colors]:when:(auto never always)'
         '*:cabinet:_files'
     )
     work=(
-        '(-v --verbose)'{-v,--verbose}'[print the name of each file]'
+        $verbose
         '(-j --jobs)'{-j,--jobs}'[archives at a time]:number:'
     )
     if ((CURRENT == 2)); then
@@ -59,9 +64,8 @@ _harbor() {
                 '--check[read and test the data too]'
             ;;
         test | t) _arguments $common $work '--sha256[print the digest of each file]' ;;
-        find) _arguments '--help[print the help]' '--json[print one JSON object a line]' \
-            '--formats[folder of further format plug-ins]:folder:_files -/' '--no-sandbox[keep rights that reading archives does not need]' '*:file:_files' ;;
-        formats) _arguments '--help[print the help]' '--formats[folder of further format plug-ins]:folder:_files -/' '--no-sandbox[keep rights that reading archives does not need]' ;;
+        find) _arguments $every $verbose '*:file:_files' ;;
+        formats) _arguments $every $verbose ':command:' ;;
     esac
 }
 
