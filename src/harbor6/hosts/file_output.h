@@ -25,6 +25,7 @@ public:
     std::uint64_t tell() const override;
     void flush() override;
     void segment_begins(std::uint64_t size) override;
+    void segment_failed() override { data->fail({}); }
 
 private:
     void pass_on(std::string_view bytes);

@@ -27,6 +27,7 @@ public:
     void write(char byte) override { write(&byte, 1); }
     std::uint64_t tell() const override { return bytes->size(); }
     void segment_begins(std::uint64_t size) override { data->expect(size); }
+    void segment_failed() override { data->fail({}); }
 
 private:
     memory_target& target;

@@ -15,8 +15,8 @@ namespace host {
 /// One file of a memory_target.
 struct memory_file {
     std::shared_ptr<std::string> bytes = std::make_shared<std::string>();
-    std::optional<fs::time> modified{};
-    bool complete = false; ///< all bytes arrived
+    std::optional<fs::time> modified{}; ///< as the archive states it; empty if it doesn't
+    bool complete = false;              ///< all bytes arrived, and none is damaged
 };
 
 /// What the folders and files of one tree in memory share, and what they leave. It outlives them. One thread.
@@ -26,7 +26,7 @@ struct memory_target {
         : plain_format(format), most(bound) {}
 
     harbor6::Format& plain_format;
-    const std::uint64_t most;
+    const std::uint64_t most; ///< bytes of all files together
 
     std::map<std::string, memory_file> files{}; ///< by their path from the top
     std::set<std::string> folders{};            ///< their paths

@@ -36,6 +36,7 @@ public:
     void write(char byte) override { write(&byte, 1); }
     std::uint64_t tell() const override { return data->received(); }
     void segment_begins(std::uint64_t size) override { data->expect(size); }
+    void segment_failed() override { data->fail({}); }
 
 private:
     tally& shared;

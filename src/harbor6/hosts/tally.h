@@ -26,7 +26,7 @@ HARBOR6_API std::optional<attribute_value> value_of(const harbor6::Attributes& i
 
 /// One file of an archive, as a pass over the archive delivered it.
 struct tally_entry {
-    std::string path;
+    std::string path;       ///< from the top, with '/' between names; it need not be safe
     std::uint64_t size = 0; ///< bytes that arrived
     /// By key: those of tally::keys that the archive's item has.
     std::map<std::string, attribute_value> attributes;

@@ -66,12 +66,14 @@ public:
     using stream::output::write;
 
     void write(const char* buffer, unsigned count) override {
-        stored.append(state->bytes.size(), count);
+        const auto place = state->bytes.size();
         state->bytes.append(buffer, count);
+        stored.append(place, count);
     }
     void write(char byte) override { write(&byte, 1); }
     std::uint64_t tell() const override { return stored.length(); }
     void segment_begins(std::uint64_t size) override { expected = size; }
+    void segment_failed() override { expected = EntryFork::damaged; }
 
 private:
     std::shared_ptr<WalkState> state;
@@ -84,6 +86,33 @@ constexpr std::uint16_t first_free_id = 0x2000;
 constexpr std::uint16_t last_free_id = 0x2FFF;
 
 constexpr std::uint64_t stack_reserve = 24u << 10; ///< for what happens in the deepest folder
+
+/// Raises `failure` when it comes to the end, each time.
+template<class Base>
+class FailingIterator : public Base {
+public:
+    template<class Items>
+    FailingIterator(Items& items, std::exception_ptr ending) : Base(items), failure(std::move(ending)) {}
+
+    void first() override {
+        Base::first();
+        tellAtEnd();
+    }
+    void next() override {
+        if (this->isDone())
+            return;
+        Base::next();
+        tellAtEnd();
+    }
+
+private:
+    void tellAtEnd() const {
+        if (this->isDone())
+            std::rethrow_exception(failure);
+    }
+
+    const std::exception_ptr failure;
+};
 
 /// Calls `use` with each class of structure that a value can have, until it returns true.
 template<class Use>
@@ -359,11 +388,31 @@ EntryFolder::~EntryFolder() {
 }
 
 std::unique_ptr<pattern::Iterator<Item*>> EntryFolder::createIterator() {
+    if (depth == 0 && state->failure)
+        return std::make_unique<FailingIterator<StdVectorContainer::STLContainerIterator>>(items,
+                                                                                           state->failure);
     return std::make_unique<StdVectorContainer::STLContainerIterator>(items);
 }
 
 std::unique_ptr<pattern::Iterator<const Item*>> EntryFolder::createIterator() const {
+    if (depth == 0 && state->failure)
+        return std::make_unique<FailingIterator<StdVectorContainer::STLConstContainerIterator>>(
+            items, state->failure);
     return std::make_unique<StdVectorContainer::STLConstContainerIterator>(items);
+}
+
+void EntryFolder::dropIncomplete() {
+    std::vector<EntryFolder*> waiting{this};
+    while (!waiting.empty()) {
+        auto& present = waiting.back()->items;
+        waiting.pop_back();
+        std::erase_if(present, [&](const AcquiredPtr<Item>& item) {
+            if (auto* const folder = dynamic_cast<EntryFolder*>(item.get()))
+                waiting.push_back(folder);
+            const auto* const file = dynamic_cast<const EntryFile*>(item.get());
+            return file && !file->isComplete();
+        });
+    }
 }
 
 Item* EntryFolder::acquireItemFromName(const std::string& wanted) {

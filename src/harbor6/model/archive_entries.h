@@ -21,7 +21,8 @@ struct WalkState {
     WalkState(Archive& walked, ScratchSpace& space) : archive(&walked), bytes(space) {}
 
     Archive* archive;
-    bool building = true; ///< the pass is running: entries can be made and changed
+    bool building = true;            ///< the pass is running: entries can be made and changed
+    std::exception_ptr failure = {}; ///< what ended the pass, or was wrong in it
     std::uint64_t entries = 0;
     ScratchLog bytes;
     static constexpr std::size_t most_flags = 31;
@@ -130,7 +131,8 @@ public:
     bool complete = false; ///< the file was committed with all its bytes
     EntryBytes bytes;
     static constexpr std::uint64_t unknown = ~std::uint64_t{0};
-    std::uint64_t expected = unknown; ///< the length that the archive states
+    static constexpr std::uint64_t damaged = unknown - 1; ///< no length is right
+    std::uint64_t expected = unknown;                     ///< the length that the archive states
 
 private:
     const std::shared_ptr<WalkState>& state() const;
@@ -146,6 +148,8 @@ public:
     bool hasInteger(const std::string& key) const override;
     /// Computes "uncompressedSize" from the bytes.
     bool getInteger(const std::string& key, std::int64_t& value) const override;
+    /// It was committed with all its bytes.
+    bool isComplete() const { return fork.complete; }
 
 private:
     friend class EntryFork;
@@ -163,8 +167,11 @@ public:
     /// Destroys the folders in it one after another, not within each other.
     ~EntryFolder() override;
 
+    /// At the top, the iterator raises what was wrong with the archive when it comes to the end.
     std::unique_ptr<pattern::Iterator<Item*>> createIterator() override;
     std::unique_ptr<pattern::Iterator<const Item*>> createIterator() const override;
+    /// Removes the files below this folder that have no input.
+    void dropIncomplete();
     /// While the tree is built, finds folders only: an archive may contain two files of one name, or a file
     /// with the name of a folder, and each of them is an entry.
     Item* acquireItemFromName(const std::string& name) override;

@@ -19,7 +19,7 @@ class Format;
 
 /// An archive inside a stream of other bytes.
 struct FoundArchive {
-    static constexpr std::uint64_t unknown_size = ~std::uint64_t{0};
+    static constexpr std::uint64_t unknown_size = ~std::uint64_t{0}; ///< only the data's end tells it
 
     Format* format = nullptr; ///< owned by the registry
     std::uint64_t offset = 0; ///< of its first byte

@@ -11,8 +11,25 @@ ArchiveWalk::ArchiveWalk(Archive& walked, ScratchSpace& space)
 ArchiveWalk::~ArchiveWalk() = default;
 
 void ArchiveWalk::build() {
-    archive.addContentTo(*tree, nullptr);
+    try {
+        archive.addContentTo(*tree, nullptr);
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const basic::bad_alloc&) {
+        throw;
+    } catch (...) {
+        client.sourceArchiveDamaged(archive, std::current_exception());
+    }
     state->building = false;
+    state->failure = client.first_failure;
+    if (state->failure)
+        tree->dropIncomplete();
+}
+
+bool ArchiveWalk::Client::sourceArchiveDamaged(Archive& /*archive*/, const std::exception_ptr& failure) {
+    if (!first_failure)
+        first_failure = failure;
+    return true;
 }
 
 EntryFolder& ArchiveWalk::root() const {

@@ -8,13 +8,16 @@ namespace harbor6 {
 
 /// The item tree of an open archive whose format has none: the archive's content pass runs once into folders
 /// and files in memory, which are the archive's entries from then on. Owned by the archive.
+///
+/// If the archive is damaged, the tree has the files that came whole, and whoever iterates over its top is
+/// told the first failure at the end, by an exception.
 class ArchiveWalk {
 public:
     /// The bytes of the entries are kept in `space`, which must outlive the walk and its entries.
     ArchiveWalk(Archive& archive, ScratchSpace& space);
     ~ArchiveWalk();
 
-    /// Runs the archive's content pass. What it raises passes through, and the walk is unusable then.
+    /// Runs the archive's content pass. A lack of memory passes through, and the walk is unusable then.
     void build();
     EntryFolder& root() const;
     /// Whether the pass is running.
@@ -23,8 +26,14 @@ public:
     HarborShell& shell();
 
 private:
+    /// Accepts everything, and has the pass go on behind damage.
+    struct Client : ClientInterface {
+        bool sourceArchiveDamaged(Archive& archive, const std::exception_ptr& failure) override;
+        std::exception_ptr first_failure;
+    };
+
     Archive& archive;
-    ClientInterface client; ///< accepts everything
+    Client client;
     HarborShell own_shell;
     std::shared_ptr<WalkState> state;
     pattern::AcquiredPtr<EntryFolder> tree;

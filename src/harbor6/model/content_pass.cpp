@@ -66,20 +66,23 @@ private:
     const std::string name;
 };
 
-/// Closes and commits a file, in whatever way its data ended.
+/// Closes and commits a file, which is damaged if that isn't asked for.
 class OpenFile {
 public:
     OpenFile(File& made, const ContentEntry& entry) : file(made) {
         if (Fork* const fork = file.getMainFork())
             output = fork->output(true);
-        auto* const listener = dynamic_cast<stream::segment_listener*>(output.get());
-        if (listener && entry.size)
-            listener->segment_begins(*entry.size);
+        if (auto* const told = entry.size ? listener() : nullptr)
+            told->segment_begins(*entry.size);
     }
     OpenFile(const OpenFile&) = delete;
     OpenFile& operator=(const OpenFile&) = delete;
     ~OpenFile() {
+        if (committed)
+            return;
         try {
+            if (auto* const told = listener())
+                told->segment_failed();
             commit();
         } catch (...) {
             // Another failure ends the pass.
@@ -88,13 +91,15 @@ public:
 
     void commit() {
         output.reset();
-        if (!std::exchange(committed, true))
-            file.commitItem();
+        committed = true;
+        file.commitItem();
     }
 
     data::CountedOutput output;
 
 private:
+    stream::segment_listener* listener() { return dynamic_cast<stream::segment_listener*>(output.get()); }
+
     File& file;
     bool committed = false;
 };
@@ -129,6 +134,8 @@ bool ContentPass::add(const ContentEntry& entry, const std::function<void(stream
         return false;
     if (added && stem.empty())
         added->containerAdd(*file);
+    if (archive.options.records_only)
+        return false;
     OpenFile open(*file, entry);
     deliver(*open.output);
     open.commit();

@@ -23,15 +23,15 @@ class ScratchSpace;
 /// target raises passes through. It doesn't own the space. One thread at a time.
 class HARBOR6_API RangeSplitter : public stream::output {
 public:
-    static constexpr std::size_t usual_at_once = 16;
+    static constexpr std::size_t usual_at_once = 16; ///< files that are open
     /// A few records can state any number of copies of a long stream, so the bytes that are passed on or
     /// deferred are limited: a file that begins beyond that is released as one that never began.
     static constexpr std::uint64_t shared_bytes = 1u << 30;
     static constexpr std::uint64_t shared_times = 64;
 
     struct range {
-        std::uint64_t offset = 0;
-        std::uint64_t size = 0;
+        std::uint64_t offset = 0;          ///< of its first byte in the stream
+        std::uint64_t size = 0;            ///< in bytes
         pattern::AcquiredPtr<File> target; ///< not null
     };
 

@@ -10,6 +10,8 @@ multi_output::~multi_output() = default;
 
 segment_listener::~segment_listener() = default;
 
+void segment_listener::segment_failed() {}
+
 void multi_output::write(const char* buffer, unsigned length) {
     if (length == 0)
         return;

@@ -17,6 +17,8 @@ public:
 
     /// Called when the output is attached: up to `size` bytes follow.
     virtual void segment_begins(std::uint64_t size) = 0;
+    /// The segment is damaged, however many bytes came, and nothing follows; nothing by default.
+    virtual void segment_failed();
 };
 
 /// Writes to a series of streams, `segment_size` bytes to each. A derived class sets `segment_size` and

@@ -1,3 +1,4 @@
+#include "harbor6/model/content_pass.h"
 #include "harbor6/model/scratch_space.h"
 #include "support/cabinet_host.h"
 #include "support/cabinet_writer.h"
@@ -101,12 +102,67 @@ TEST(ArchiveWalk, GivesEntriesWhileTheArchiveIsOpen) {
     EXPECT_TRUE(host.archive->hasItemNamed("d"));
 }
 
-TEST(ArchiveWalk, RaisesTheFailureOfThePassEachTime) {
-    const cabinet_host host(cabinet().block({.payload = "bad", .checksum = 1}).bytes());
-    host.archive->open(Archive::mode_read);
-    for (int i = 0; i < 2; ++i)
-        EXPECT_EQ(support::refusal_of([&] { host.archive->acquireFirstItem(); }),
-                  "crc format::cab::data_header: CRC mismatch, data is invalid");
+TEST(ArchiveWalk, GivesWhatIsWholeOfADamagedArchiveAndTellsTheFailureAtTheEnd) {
+    cabinet made;
+    made.file("a", "1").folder(support::stored).file("d\\b", "22").file({.name = "d\\bad", .size = 9});
+    made.block({.payload = "3"}).block({.payload = "bad", .checksum = 1});
+    const auto bytes = made.folder(support::stored).file("c", "444").bytes();
+    const struct {
+        bool published;
+        const char* found;
+        std::string bytes, failure;
+    } cases[] = {
+        {false, "a=1 d/b=2 ", bytes, "crc format::cab::data_header: CRC mismatch, data is invalid"},
+        {true, "a=1 d/b=2 c=3 ", bytes,
+         "crc harbor6::cab::Archive::addContentTo: CRC mismatch, data is invalid"},
+        {true, "a=1 d/b=2 ", support::cut(bytes, 158),
+         "format::cab::data_header: cut short: the input ends at byte 158"},
+        {false, "", support::cut(bytes, 40), "stream::little_endian_input: unexpected end of stream"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.found);
+        const cabinet_host host(c.bytes);
+        host.archive->options.published_rules = c.published;
+        host.archive->open(Archive::mode_walk);
+        for (int i = 0; i < 2; ++i) {
+            std::string found;
+            const std::function<void(const harbor6::Folder&, const std::string&)> list =
+                [&](const harbor6::Folder& folder, const std::string& path) {
+                    harbor6::ConstItemIterator items(folder);
+                    for (items.first(); !items.isDone(); items.next()) {
+                        const AcquiredPtr<const Item> item(items.current());
+                        const auto name = path + item->string("name");
+                        if (const auto* const file = item->asFile())
+                            found +=
+                                name + "=" + std::to_string(file->getMainFork()->input(true)->size()) + " ";
+                        else
+                            list(*item->asFolder(), name + "/");
+                    }
+                };
+            EXPECT_EQ(support::refusal_of([&] { list(*host.archive, ""); }), c.failure);
+            EXPECT_EQ(found, c.found);
+        }
+    }
+}
+
+TEST(ArchiveWalk, AFileIsNotWholeIfItsDataFailsBehindTheLastByte) {
+    support::memory_host host;
+    for (const auto size : {std::optional<std::uint64_t>(3), std::optional<std::uint64_t>()}) {
+        const Archive* self = nullptr;
+        const AcquiredPtr archive(new filled_archive(host, [&](harbor6::Folder& target) {
+            harbor6::ContentPass pass(*self, target, nullptr);
+            pass.add({"a", size, {}}, [](stream::output& out) { out.write("abc"); });
+            pass.add({"b", size, {}}, [](stream::output& out) {
+                out.write("abc");
+                throw format::exception("wrong", "test");
+            });
+        }));
+        self = archive.get();
+        harbor6::ConstItemIterator items(*archive);
+        items.first();
+        EXPECT_EQ(AcquiredPtr(items.current())->string("name"), "a");
+        EXPECT_EQ(support::refusal_of([&] { items.next(); }), "test: wrong");
+    }
 }
 
 TEST(ArchiveWalk, KeepsContentBeyondWhatFitsItsMemory) {
@@ -164,7 +220,10 @@ TEST(ArchiveWalk, MakesNoMoreLevelsThanTheStackAllows) {
         return cabinet().file(path + "x", "").bytes();
     };
     const auto walk_of = [](const cabinet_host& host) {
-        return support::refusal_of([&] { AcquiredPtr<const Item>(host.archive->acquireFirstItem()); });
+        return support::refusal_of([&] {
+            std::int64_t items = 0;
+            host.archive->getNumItems(items, false);
+        });
     };
     const cabinet_host shallow(nested(16)), deep(nested(512)), deepest(nested(513));
     const std::string too_deep = "harbor6::EntryFolder: the archive's folders lie too deep in one another";
