@@ -3,6 +3,7 @@
 #include "harbor6/hosts/disk_folder.h"
 #include "harbor6/hosts/file_output.h"
 #include "harbor6/posix/file_input.h"
+#include "harbor6/posix/file_writer.h"
 #include "harbor6/posix/random_file.h"
 #include "harbor6/posix/system_error.h"
 #include "harbor6/stream/output.h"
@@ -107,8 +108,8 @@ void DiskFile::cloneAttributes(const harbor6::Attributes& source, bool withName)
     File::cloneAttributes(source, withName);
     if (!expansion.keeps_attributes)
         return;
-    source.getBoolean(harbor6::key::readOnly, permissions.read_only);
-    source.getBoolean(harbor6::key::executable, permissions.executable);
+    source.getBoolean(harbor6::key::readOnly, read_only);
+    source.getBoolean(harbor6::key::executable, executable);
 }
 
 harbor6::Folder* DiskFile::acquireParent() {
@@ -137,7 +138,7 @@ bool DiskFile::begin() {
                                                      replacing || expansion.replaces_all);
         if (modified != no_time)
             begun->writer.set_time(modified);
-        begun->writer.set_permissions(permissions);
+        begun->writer.set_permissions({read_only, executable});
         data = begun;
         state = writing;
         expansion.log.begun(path());

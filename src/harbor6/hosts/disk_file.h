@@ -4,13 +4,13 @@
 #include "harbor6/hosts/plain_item.h"
 #include "harbor6/hosts/target.h"
 #include "harbor6/model/single_fork_file.h"
-#include "harbor6/posix/file_writer.h"
 
 #include <limits>
 
 namespace host {
 
 class DiskFile;
+class file_writer;
 
 /// The data of a file on disk.
 class HARBOR6_API DiskFork : public harbor6::Fork {
@@ -90,7 +90,8 @@ private:
     bool made = false; ///< it was completed here
     bool replacing = false;
     bool promised = false;
-    file_permissions permissions;
+    bool read_only = false;
+    bool executable = false;
     expansion_state& expansion;
     std::shared_ptr<const std::string> folder_path;
     std::string file_name;

@@ -4,6 +4,7 @@
 #include "harbor6/hosts/disk_file.h"
 #include "harbor6/hosts/owning_iterator.h"
 #include "harbor6/posix/system_error.h"
+#include "harbor6/posix/temporary_files.h"
 
 namespace host {
 
@@ -78,8 +79,8 @@ harbor6::Folder* DiskFolder::acquireParent() {
 void DiskFolder::erase() {
     const uninterrupted_step one_step;
     expansion.target.remove_folder(path());
-    if (path() == expansion.renamed.path())
-        expansion.renamed.clear();
+    if (path() == expansion.renamed->path())
+        expansion.renamed->clear();
 }
 
 std::vector<pattern::AcquiredPtr<harbor6::Item>> DiskFolder::content() const {
@@ -171,10 +172,10 @@ bool DiskFolder::setItemName(const std::string& value) {
         const auto moved = join_path(nio::stem(path(), '/'), value);
         const uninterrupted_step one_step;
         expansion.target.rename(path(), moved, false);
-        if (path() == expansion.renamed.path())
-            expansion.renamed.clear();
+        if (path() == expansion.renamed->path())
+            expansion.renamed->clear();
         else
-            expansion.renamed.set(path(), moved);
+            expansion.renamed->set(path(), moved);
         folder_path = expansion.target.intern(moved);
         return true;
     }

@@ -2,6 +2,8 @@
 
 #include "harbor6/groundwork/text.h"
 #include "harbor6/hosts/disk_file.h"
+#include "harbor6/posix/temporary_files.h"
+#include "harbor6/posix/write_behind.h"
 
 namespace host {
 
@@ -9,6 +11,16 @@ std::string numbered_name(const std::string& name, unsigned number) {
     const auto dot = name.rfind('.');
     const auto suffix = dot == name.npos || dot == 0 ? name.size() : dot;
     return name.substr(0, suffix) + " (" + un::write(number, 10, 1) + ")" + name.substr(suffix);
+}
+
+expansion_state::expansion_state(directory_tree& target_tree, harbor6::Format& plain_format, journal& reports)
+    : target(target_tree), format(plain_format), log(reports),
+      renamed(std::make_unique<renamed_folder>(target_tree)) {}
+
+expansion_state::~expansion_state() = default;
+
+void expansion_state::write_on_a_thread() {
+    behind = std::make_unique<write_behind>();
 }
 
 expansion_state::place expansion_state::by_place::of(const DiskFile* file) {

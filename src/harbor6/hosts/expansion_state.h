@@ -3,11 +3,10 @@
 #include "harbor6/hosts/journal.h"
 #include "harbor6/model/format.h"
 #include "harbor6/posix/directory_tree.h"
-#include "harbor6/posix/temporary_files.h"
-#include "harbor6/posix/write_behind.h"
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -16,6 +15,8 @@
 namespace host {
 
 class DiskFile;
+class renamed_folder;
+class write_behind;
 
 /// `name` with a number before its suffix: "name (2).txt".
 HARBOR6_API std::string numbered_name(const std::string& name, unsigned number);
@@ -23,11 +24,15 @@ HARBOR6_API std::string numbered_name(const std::string& name, unsigned number);
 /// What the folders and files on disk of one expansion share. It outlives them all. One thread.
 class HARBOR6_API expansion_state {
 public:
-    expansion_state(directory_tree& target_tree, harbor6::Format& plain_format, journal& reports)
-        : target(target_tree), renamed(target_tree), format(plain_format), log(reports) {}
+    expansion_state(directory_tree& target, harbor6::Format& plain_format, journal& reports);
+    expansion_state(const expansion_state&) = delete;
+    expansion_state& operator=(const expansion_state&) = delete;
+    ~expansion_state();
+
+    /// From now on large files are written on another thread: a gain where there are several processors.
+    void write_on_a_thread();
 
     directory_tree& target;
-    renamed_folder renamed;  ///< while the only item of a folder takes its place
     harbor6::Format& format; ///< of items outside any archive
     journal& log;
     bool folders_on_demand = false; ///< a folder is created with the first file in it, not before
@@ -39,8 +44,6 @@ public:
     bool keeps_times = true;      ///< files get the times that the archive states
     bool keeps_attributes = true; ///< files get the attributes read-only and executable
 
-    /// Large files are written by it, and so on another thread; null where nothing is gained by that.
-    std::unique_ptr<write_behind> behind;
     bool replaces_all = false; ///< a plain file that appears under the name of a new one is replaced
 
     /// Lets the next file replace the existing entry `name` of `folder`. Only the last call counts.
@@ -68,6 +71,10 @@ public:
     bool is_promised(const std::string& folder, const std::string& name) const;
 
 private:
+    friend class DiskFile;
+    friend class DiskFolder;
+    friend class DiskFork;
+
     using place = std::pair<const std::string&, const std::string&>;
     struct by_place {
         using is_transparent = void;
@@ -79,6 +86,8 @@ private:
         }
     };
 
+    const std::unique_ptr<renamed_folder> renamed; ///< while the only item of a folder takes its place
+    std::unique_ptr<write_behind> behind;          ///< writes large files; null if they need no thread
     std::optional<std::pair<std::string, std::string>> replaceable;
     std::map<std::pair<std::string, std::string>, std::string> renamed_folders; ///< by parent and name
     std::set<std::string> imagined;                                             ///< folders

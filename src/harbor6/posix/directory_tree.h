@@ -24,6 +24,11 @@ bool rename_without_replacing(int from_folder, const char* from, int to_folder, 
 /// Why `name` can't be the name of a file or folder; empty if it can.
 HARBOR6_API std::string name_fault(const std::string& name);
 
+/// Lets SIGINT, SIGTERM, SIGHUP and SIGQUIT, unless ignored, remove the temporary files, and give a renamed
+/// folder its name back, before they end the process. To be called before any other thread is started: these
+/// signals are then taken by a thread of their own. Does nothing if that thread can't be started.
+HARBOR6_API void remove_temporary_files_on_signals();
+
 /// What exists under a name. A symbolic link is `other`, wherever it leads.
 enum class entry_kind { none, file, folder, other };
 

@@ -39,8 +39,8 @@ HARBOR6_API std::ptrdiff_t read_some(int descriptor, char* buffer, std::size_t l
                                      std::optional<std::uint64_t> offset = {});
 /// What a write_all achieved. `error` is 0 if all was written.
 struct write_result {
-    std::size_t written = 0;
-    int error = 0;
+    std::size_t written = 0; ///< bytes
+    int error = 0;           ///< its number
 };
 HARBOR6_API write_result write_all(int descriptor, std::string_view bytes,
                                    std::optional<std::uint64_t> offset = {});

@@ -26,7 +26,7 @@ struct file_permissions {
 ///   writing      open         none or temporary
 ///   set aside    closed       temporary
 ///   in place     closed       its own
-class HARBOR6_API file_writer {
+class file_writer {
 public:
     /// Makes the file and the folders above it. With `replacing` an existing plain file of that name is
     /// replaced, unless it was made in this tree too; its permission bits are kept, and its owner and group

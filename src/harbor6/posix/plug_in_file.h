@@ -10,6 +10,6 @@ namespace host {
 /// this version of the library's interface: the number in the name of the library that it needs. Loading a
 /// FIFO would wait for its writer, and loading a file without all of its segments would end the process on
 /// the first access to what is missing. Opens the file for reading, and never waits.
-HARBOR6_API std::string plug_in_fault(const std::string& path);
+std::string plug_in_fault(const std::string& path);
 
 } // namespace host

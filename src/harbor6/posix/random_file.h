@@ -8,7 +8,7 @@
 namespace host {
 
 /// Reads a plain file in any order. One thread at a time. A failed read raises fs::Exception.
-class HARBOR6_API random_file_input : public stream::random::input {
+class random_file_input : public stream::random::input {
 public:
     /// `name` is for messages.
     random_file_input(file_descriptor source, std::string name);
@@ -31,7 +31,7 @@ private:
 };
 
 /// Writes a file of the target in any order. Fails as file_writer does.
-class HARBOR6_API random_file_output : public stream::random::output {
+class random_file_output : public stream::random::output {
 public:
     explicit random_file_output(std::shared_ptr<file_writer> file);
     /// Closes the file's descriptor.

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "harbor6/groundwork/export.h"
-
 #include <string>
 
 namespace host {
@@ -13,13 +11,8 @@ class directory_tree;
 // files first; those of a process that was killed are removed by the next one that writes to the folder.
 // A folder that is renamed for a moment is treated alike.
 
-/// Lets SIGINT, SIGTERM, SIGHUP and SIGQUIT, unless ignored, remove the temporary files, and give a renamed
-/// folder its name back, before they end the process. To be called before any other thread is started: these
-/// signals are then taken by a thread of their own. Does nothing if that thread can't be started.
-HARBOR6_API void remove_temporary_files_on_signals();
-
 /// A name that no temporary file of this process has had.
-HARBOR6_API std::string new_temporary_name();
+std::string new_temporary_name();
 /// Whether `name` is of the kind that new_temporary_name returns, in any process.
 bool is_temporary_name(const std::string& name);
 /// Removes the temporary files in the open folder `folder` whose processes no longer exist. Failures are
@@ -27,7 +20,7 @@ bool is_temporary_name(const std::string& name);
 void remove_abandoned_files(int folder);
 
 /// While one lives, no signal is answered: a change on disk and its note count as one. Not to be nested.
-class HARBOR6_API uninterrupted_step {
+class uninterrupted_step {
 public:
     uninterrupted_step();
     uninterrupted_step(const uninterrupted_step&) = delete;
@@ -37,7 +30,7 @@ public:
 
 /// A note of what a signal is to undo on disk. Notes are made and dropped within an uninterrupted_step, like
 /// the change that they go with.
-class HARBOR6_API undo_note {
+class undo_note {
 public:
     undo_note() = default;
     undo_note(const undo_note&) = delete;
@@ -52,7 +45,7 @@ protected:
 };
 
 /// The name of one temporary file, to be removed by a signal while it is not empty.
-class HARBOR6_API temporary_name final : public undo_note {
+class temporary_name final : public undo_note {
 public:
     /// Both arguments outlive it.
     temporary_name(const directory_tree& target, const std::string& folder_path)
@@ -74,7 +67,7 @@ private:
 
 /// The folder that has another name for a moment. A signal removes it if it is empty, and otherwise gives it
 /// its own name back.
-class HARBOR6_API renamed_folder final : public undo_note {
+class renamed_folder final : public undo_note {
 public:
     explicit renamed_folder(const directory_tree& target) : tree(target) {}
     ~renamed_folder();

@@ -16,7 +16,7 @@ namespace host {
 ///
 /// A failure of the disk is kept by the file_writer, and what follows for that file is dropped; other
 /// failures are raised by the next write().
-class HARBOR6_API write_behind final : private basic::runnable {
+class write_behind final : private basic::runnable {
 public:
     /// A file of fewer bytes is better written by its caller: there is nothing to gain from two threads.
     static constexpr std::uint64_t smallest_file = 131072;

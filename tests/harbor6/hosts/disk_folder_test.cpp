@@ -1,6 +1,7 @@
 #include "harbor6/hosts/disk_file.h"
 #include "harbor6/hosts/disk_folder.h"
-#include "harbor6/posix/temporary_files.h"
+#include "harbor6/posix/directory_tree.h"
+#include "harbor6/posix/system_error.h"
 #include "harbor6/stream/multi_output.h"
 #include "support/faults.h"
 #include "support/memory_streams.h"
@@ -14,6 +15,7 @@
 
 namespace {
 
+namespace faults = support::faults;
 using pattern::AcquiredPtr;
 using support::read_file;
 using support::tree;
@@ -38,7 +40,7 @@ struct recorder : host::journal {
 
 struct DiskFolder : testing::Test {
     AcquiredPtr<harbor6::Folder> folder(const std::string& path) {
-        AcquiredPtr<harbor6::Folder> found(new host::DiskFolder(expansion));
+        AcquiredPtr<harbor6::Folder> found(new host::DiskFolder(*used));
         for (std::size_t start = 0, end; start < path.size(); start = end + 1) {
             end = std::min(path.find('/', start), path.size());
             found = found->acquireCreatedFolder(path.substr(start, end - start));
@@ -66,6 +68,7 @@ struct DiskFolder : testing::Test {
     recorder log;
     harbor6::Format format{nullptr};
     host::expansion_state expansion{target, format, log};
+    host::expansion_state* used = &expansion;
 };
 
 TEST_F(DiskFolder, ContainsFilesOnceTheyAreCommitted) {
@@ -253,7 +256,7 @@ TEST_F(DiskFolder, WritesLargeFilesOnAnotherThreadWithTheSameResult) {
     const auto expected = write_all("all", 32768);
     EXPECT_NE(expected.find("3000000 only 1234567"), expected.npos);
     for (const unsigned piece : {32768U, 1000U, 700'000U}) {
-        expansion.behind = std::make_unique<host::write_behind>();
+        expansion.write_on_a_thread();
         EXPECT_TRUE(write_all("p" + std::to_string(piece), piece) == expected) << piece;
     }
 }
@@ -292,6 +295,131 @@ TEST_F(DiskFolder, ASignalGivesARenamedFolderItsNameBack) {
     EXPECT_EXIT(interrupted(true), testing::KilledBySignal(SIGTERM), "");
     EXPECT_EQ(tree(place / "out"), "one ");
 }
+
+enum class file_system { complete, names_all_files, plain };
+
+/// Not every file system has files without a name, or a rename that replaces nothing.
+struct DiskFile : DiskFolder, testing::WithParamInterface<file_system> {
+    DiskFile() {
+        target.unnamed_files = GetParam() == file_system::complete;
+        faults::can_keep_others = GetParam() != file_system::plain;
+    }
+    ~DiskFile() override { faults::can_keep_others = true; }
+
+    /// A file with bytes that aren't said to be all.
+    AcquiredPtr<harbor6::File> part(const std::string& path, const std::string& name, bool replacing) {
+        if (replacing)
+            expansion.replace_next(path, name);
+        auto made = file(path, name);
+        made->getMainFork()->output(true)->write("part");
+        return made;
+    }
+};
+
+TEST_P(DiskFile, ASignalRemovesEveryPartialFile) {
+    std::filesystem::create_directories(place / "out");
+    write_file(place / "out/old", "old");
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+        EXPECT_EXIT(
+            {
+                host::remove_temporary_files_on_signals();
+                put("", "done" + std::to_string(signal), "all");
+                const auto aside = part("d", "aside", false);
+                expansion.replace_next("", "old");
+                const auto half = file("", "old")->getMainFork()->output(true);
+                const auto other = file("d", "new")->getMainFork()->output(true);
+                other->write(std::string(100'000, 'x'));
+                kill(getpid(), signal);
+                pause();
+            },
+            testing::KilledBySignal(signal), "");
+    EXPECT_EQ(tree(place / "out"), "d/ done1 done15 done2 done3 old ");
+    EXPECT_EQ(read_file(place / "out/old"), "old");
+}
+
+TEST_P(DiskFile, IsNamedWhenItIsWhole) {
+    const auto x = file("", "x");
+    auto out = x->getMainFork()->output(true);
+    dynamic_cast<stream::segment_listener&>(*out).segment_begins(5);
+    out->write("whole");
+    EXPECT_EQ(tree(place / "out").find('x'), std::string::npos);
+    out.reset();
+    EXPECT_EQ(read_file(place / "out/x"), "whole");
+    x->commitItem();
+    part("", "y", true);
+    target.keeps_unfinished = true;
+    part("", "y", false);
+    part("", "y", true);
+    EXPECT_EQ(read_file(place / "out/y.partial") + read_file(place / "out/y.partial2"), "partpart");
+    target.keeps_unfinished = false;
+    part("", "gone", false)->erase();
+
+    // Names that something else took meanwhile.
+    const auto refused = part("", "z", false);
+    const auto replacing = part("", "w", true);
+    write_file(place / "out/z", "theirs");
+    write_file(place / "out/w", "theirs");
+    log.take();
+    refused->commitItem();
+    replacing->commitItem();
+    EXPECT_EQ(log.take(), "z: cannot create z: File exists\nw 4\n");
+    EXPECT_EQ(read_file(place / "out/z") + read_file(place / "out/w"), "theirspart");
+    EXPECT_EQ(tree(place / "out"), "w x y.partial y.partial2 z ");
+}
+
+TEST_P(DiskFile, IsSyncedWithItsFoldersOnRequest) {
+    for (const bool syncs : {false, true}) {
+        host::directory_tree own((place / (syncs ? "b/out" : "a/out")).string(), true);
+        own.unnamed_files = GetParam() == file_system::complete;
+        own.syncs = syncs;
+        host::expansion_state state(own, format, log);
+        used = &state;
+        faults::synced_files = faults::synced_folders = 0;
+        put("d/e", "x", "");
+        own.sync_folders();
+        EXPECT_EQ(faults::synced_files, syncs ? 1u : 0u);
+        EXPECT_EQ(faults::synced_folders, syncs ? 5u : 0u)
+            << "d/e, d, the top, its new parent and the one above";
+    }
+}
+
+TEST_P(DiskFile, IsRenamedWithoutReplacing) {
+    put("", "file", "");
+    put("folder", "new", "");
+    put("", "other", "");
+    target.rename("folder", "renamed", false);
+    target.rename("file", "renamed/file", false);
+    EXPECT_THROW(target.rename("other", "renamed/file", false), host::path_error);
+    EXPECT_THROW(target.rename("renamed", "other", false), host::path_error);
+    EXPECT_EQ(tree(place / "out"), "other renamed/ renamed/file renamed/new ");
+}
+
+TEST_P(DiskFile, IsWrittenAndReadInAnyOrder) {
+    const auto made = file("d", "f");
+    {
+        const auto out = made->getMainFork()->randomOutput(true);
+        out->write("0123456789", 10);
+        EXPECT_TRUE(!out->seek(11) && out->seek(3)) << "no holes";
+        out->write("abcd");
+        EXPECT_EQ(out->tell() * 100 + out->size(), 710u);
+        out->resize(9);
+    }
+    made->commitItem();
+    EXPECT_EQ(read_file(place / "out/d/f"), "012abcd78");
+
+    const auto in = made->getMainFork()->randomInput(true, false);
+    char bytes[16];
+    EXPECT_EQ(in->skip(7), 7u);
+    EXPECT_EQ(in->read(bytes, 16), 2u);
+    in->unread("??", 2);
+    EXPECT_EQ(in->skip(9), 2u);
+    EXPECT_TRUE(!in->seek(10) && in->seek(1));
+    EXPECT_EQ(std::string(bytes, in->read(bytes, 3)), "12a");
+}
+
+INSTANTIATE_TEST_SUITE_P(Systems, DiskFile,
+                         testing::Values(file_system::complete, file_system::names_all_files,
+                                         file_system::plain));
 
 /// Turns out damaged behind its last byte.
 struct damaged_fork : harbor6::Fork {

@@ -1,5 +1,4 @@
 #include "harbor6/posix/file_input.h"
-#include "harbor6/posix/random_file.h"
 #include "support/refusal.h"
 #include "support/temporary_folder.h"
 #include "support/zlib_streams.h"
@@ -115,31 +114,6 @@ TEST(RegularFileInput, SkipsWithoutReading) {
     EXPECT_EQ(input.read(), 0);
     ASSERT_TRUE(input.seek(1));
     EXPECT_EQ(input.read(), 'e');
-}
-
-TEST(RandomFile, WritesAndReadsInAnyOrder) {
-    const support::temporary_folder place;
-    host::directory_tree target(place.path.string(), true);
-    const auto writer = std::make_shared<host::file_writer>(target, "d", "f", false);
-    {
-        host::random_file_output out(writer);
-        out.write("0123456789", 10);
-        EXPECT_TRUE(!out.seek(11) && out.seek(3)) << "no holes";
-        out.write("abcd");
-        EXPECT_EQ(out.tell() * 100 + out.size(), 710u);
-        out.resize(9);
-    }
-    writer->finish();
-    EXPECT_EQ(support::read_file(place / "d/f"), "012abcd78");
-
-    host::random_file_input in(host::open_input((place / "d/f").string()), "f");
-    char bytes[16];
-    EXPECT_EQ(in.skip(7), 7u);
-    EXPECT_EQ(in.read(bytes, 16), 2u);
-    in.unread("??", 2);
-    EXPECT_EQ(in.skip(9), 2u);
-    EXPECT_TRUE(!in.seek(10) && in.seek(1));
-    EXPECT_EQ(std::string(bytes, in.read(bytes, 3)), "12a");
 }
 
 } // namespace
