@@ -27,7 +27,7 @@ class Receiver(ctypes.Structure):
 
 
 class Expansion(ctypes.Structure):
-    _fields_ = [("context", c_void_p), ("existing", c_int), ("wants", Wants), ("report", Report)]
+    _fields_ = [("context", c_void_p), ("existing", c_int), ("wants", Wants), ("report", Report), ("flags", c_uint32)]
 
 
 class Found(ctypes.Structure):

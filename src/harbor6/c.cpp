@@ -3,6 +3,7 @@
 #include "harbor6/c_archive.h"
 #include "harbor6/groundwork/text.h"
 #include "harbor6/hosts/disk_folder.h"
+#include "harbor6/hosts/volume_finder.h"
 #include "harbor6/model/scratch_log.h"
 #include "harbor6/posix/file_input.h"
 #include "harbor6/stream/positioned_input.h"
@@ -59,6 +60,16 @@ harbor6_status keep_in_flight(harbor6_archive& archive) noexcept {
     }
 }
 
+std::unique_ptr<stream::input> supplied(const harbor6_source& source) {
+    const auto read = [from = source](std::uint64_t offset, char* buffer, std::size_t length) {
+        std::size_t came = 0;
+        if (from.read(from.context, offset, buffer, length, &came) != 0)
+            throw aborted();
+        return std::min(came, length);
+    };
+    return std::make_unique<stream::positioned_input>(read, source.size);
+}
+
 } // namespace c_interface
 
 namespace {
@@ -74,7 +85,7 @@ public:
     too_long() : Cloneable("the entry has more bytes than wanted", "harbor6/c.h") {}
 };
 
-/// Opens what `bytes` makes.
+/// Opens what `bytes` makes, which may set the archive's volumes.
 template<class Bytes>
 harbor6_status open_archive(const harbor6_formats* formats, harbor6_archive** result, Bytes bytes) noexcept {
     *result = new (std::nothrow) harbor6_archive;
@@ -82,7 +93,9 @@ harbor6_status open_archive(const harbor6_formats* formats, harbor6_archive** re
         return HARBOR6_NO_MEMORY;
     auto& archive = **result;
     try {
-        archive.reader = std::make_unique<host::ArchiveReader>(formats->registry, bytes());
+        auto opened = bytes(archive);
+        archive.reader = std::make_unique<host::ArchiveReader>(formats->registry, std::move(opened),
+                                                               archive.volumes.get());
         archive.format = archive.reader->format().string(harbor6::key::formatName);
         if (archive.reader->head_failure())
             std::rethrow_exception(archive.reader->head_failure());
@@ -127,19 +140,57 @@ std::unique_ptr<stream::input> opened(host::file_descriptor descriptor, const st
     return file;
 }
 
+/// Finds the volumes of an archive among the parts that the caller supplied.
+class part_list : public harbor6::VolumeSource {
+public:
+    part_list(const harbor6_part* first, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i)
+            parts.emplace_back(first[i].name ? first[i].name : "", first[i].source);
+    }
+
+    harbor6::data::CountedInput openVolume(const harbor6::VolumeRequest& request) override {
+        const auto find = [&](bool same_name, bool matching) -> harbor6::data::CountedInput {
+            for (const auto& [name, source] : parts) {
+                if ((name == request.name) != same_name)
+                    continue;
+                harbor6::data::CountedInput bytes(c_interface::supplied(source));
+                if (!matching || (request.matches(*bytes) && bytes->seek(0)))
+                    return bytes;
+            }
+            return {};
+        };
+        // The number of a set is often that of others too, so the name decides first. One of that name that
+        // doesn't fit is returned too: the archive says what is wrong with it.
+        auto found = find(true, true);
+        if (!found)
+            found = find(false, true);
+        return found ? found : find(true, false);
+    }
+
+private:
+    std::vector<std::pair<std::string, harbor6_source>> parts;
+};
+
 class c_receiver : public host::entry_receiver {
 public:
     explicit c_receiver(const harbor6_receiver& functions) : to(functions) {}
 
-    bool wants(std::size_t entry) override { return !to.wants || to.wants(to.context, entry) != 0; }
+    bool wants(std::size_t entry) override {
+        const bool wanted = !to.wants || to.wants(to.context, entry) != 0;
+        missing += wanted ? 1 : 0;
+        return wanted;
+    }
     void bytes(std::size_t entry, std::string_view more) override {
         if (to.bytes && to.bytes(to.context, entry, more.data(), more.size()) != 0)
             throw aborted();
     }
     void ended(std::size_t entry, bool complete) override {
+        missing -= complete ? 1 : 0;
         if (to.ended)
             to.ended(to.context, entry, complete ? 1 : 0);
     }
+
+    std::size_t missing = 0; ///< wanted entries that are not complete
 
 private:
     const harbor6_receiver& to;
@@ -225,6 +276,9 @@ harbor6_status harbor6_formats_load(harbor6_formats* formats, const char* folder
         for (const auto& each : folders)
             for (const auto& complaint : formats->registry.load(each))
                 formats->error += (formats->error.empty() ? "" : "\n") + complaint;
+        formats->names.clear();
+        for (const auto& format : formats->registry.classifier.formats())
+            formats->names.push_back(format->string(harbor6::key::formatName));
         return formats->error.empty() ? HARBOR6_OK : HARBOR6_FAILED;
     } catch (...) {
         return HARBOR6_NO_MEMORY;
@@ -235,20 +289,39 @@ const char* harbor6_formats_error(const harbor6_formats* formats) {
     return formats->error.c_str();
 }
 
+const char* harbor6_formats_name(const harbor6_formats* formats, size_t number) {
+    return number < formats->names.size() ? formats->names[number].c_str() : nullptr;
+}
+
+harbor6_status harbor6_set_code_page(const char* name) {
+    try {
+        nio::set_code_page(name);
+        return HARBOR6_OK;
+    } catch (...) {
+        return c_interface::status_in_flight();
+    }
+}
+
 harbor6_status harbor6_open_path(const harbor6_formats* formats, const char* path,
                                  harbor6_archive** archive) {
-    return open_archive(formats, archive, [&] { return opened(host::open_input(path), "the archive"); });
+    return open_archive(formats, archive, [&](harbor6_archive& made) {
+        auto finder = std::make_unique<host::VolumeFinder>(std::vector<std::string>());
+        finder->beginArchive(path);
+        made.volumes = std::move(finder);
+        return opened(host::open_input(path), "the archive");
+    });
 }
 
 harbor6_status harbor6_open_descriptor(const harbor6_formats* formats, int descriptor,
                                        harbor6_archive** archive) {
-    return open_archive(formats, archive,
-                        [&] { return opened(host::duplicate_descriptor(descriptor), "the archive"); });
+    return open_archive(formats, archive, [&](harbor6_archive&) {
+        return opened(host::duplicate_descriptor(descriptor), "the archive");
+    });
 }
 
 harbor6_status harbor6_open_memory(const harbor6_formats* formats, const void* bytes, size_t length,
                                    harbor6_archive** archive) {
-    return open_archive(formats, archive, [&] {
+    return open_archive(formats, archive, [&](harbor6_archive&) {
         const std::string_view all(static_cast<const char*>(bytes), length);
         const auto read = [all](std::uint64_t offset, char* buffer, std::size_t wanted) {
             return all.copy(buffer, wanted, static_cast<std::size_t>(offset));
@@ -259,14 +332,16 @@ harbor6_status harbor6_open_memory(const harbor6_formats* formats, const void* b
 
 harbor6_status harbor6_open_source(const harbor6_formats* formats, const harbor6_source* source,
                                    harbor6_archive** archive) {
-    return open_archive(formats, archive, [&] {
-        const auto read = [from = *source](std::uint64_t offset, char* buffer, std::size_t length) {
-            std::size_t came = 0;
-            if (from.read(from.context, offset, buffer, length, &came) != 0)
-                throw aborted();
-            return std::min(came, length);
-        };
-        return std::make_unique<stream::positioned_input>(read, source->size);
+    return open_archive(formats, archive, [&](harbor6_archive&) { return c_interface::supplied(*source); });
+}
+
+harbor6_status harbor6_open_parts(const harbor6_formats* formats, const harbor6_part* parts, size_t count,
+                                  harbor6_archive** archive) {
+    return open_archive(formats, archive, [&](harbor6_archive& made) {
+        if (count == 0)
+            throw un::exception("an archive has at least one part", "harbor6/c.h");
+        made.volumes = std::make_unique<part_list>(parts, count);
+        return c_interface::supplied(parts->source);
     });
 }
 
@@ -352,10 +427,17 @@ int harbor6_number(const harbor6_archive* archive, size_t entry, const char* key
     return found ? 1 : 0;
 }
 
+harbor6_status harbor6_ignore_checksums(harbor6_archive* archive, int ignored) {
+    return guarded(archive, [&] { archive->reader->ignore_checksums(ignored != 0); });
+}
+
 harbor6_status harbor6_read(harbor6_archive* archive, const harbor6_receiver* receiver) {
     return guarded(archive, [&] {
         c_receiver target(*receiver);
         archive->reader->read(target);
+        if (target.missing > 0)
+            throw format::exception("entries that are incomplete: " + un::write(target.missing, 10, 1),
+                                    "harbor6/c.h");
     });
 }
 
@@ -370,7 +452,12 @@ harbor6_status harbor6_open_entry(harbor6_archive* archive, size_t entry, uint64
         }
         made = std::make_unique<harbor6_stream>();
         kept_entry target(entry, most, *made);
-        archive->reader->read(target);
+        try {
+            archive->reader->read(target);
+        } catch (...) {
+            if (!target.complete) // otherwise the damage is in another part of the archive
+                throw;
+        }
         if (!target.complete)
             throw format::exception("the entry is incomplete", "harbor6/c.h");
     });
@@ -413,15 +500,27 @@ harbor6_status harbor6_expand(harbor6_archive* archive, const char* folder,
                                                                  : Existing::fail;
         c_journal reports(chosen);
         host::directory_tree tree(folder, true);
+        tree.keeps_unfinished = (chosen.flags & HARBOR6_KEEP_PARTIAL) != 0;
+        tree.syncs = (chosen.flags & HARBOR6_SYNC) != 0;
         host::expansion_state state(tree, archive->reader->plain_format(), reports);
+        state.keeps_times = (chosen.flags & HARBOR6_NO_TIMES) == 0;
+        state.keeps_attributes = (chosen.flags & HARBOR6_NO_ATTRIBUTES) == 0;
         state.folders_on_demand = chosen.wants != nullptr;
         state.replaces_all = existing == Existing::replace;
         const pattern::AcquiredPtr<host::DiskFolder> top(new host::DiskFolder(state));
-        archive->reader->expand(*top, reports, existing, [&](std::size_t entry) {
-            if (reports.stop)
-                throw aborted();
-            return !chosen.wants || chosen.wants(chosen.context, entry) != 0;
-        });
+        std::exception_ptr failure;
+        try {
+            archive->reader->expand(*top, reports, existing, [&](std::size_t entry) {
+                if (reports.stop)
+                    throw aborted();
+                return !chosen.wants || chosen.wants(chosen.context, entry) != 0;
+            });
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        tree.sync_folders();
+        if (failure)
+            std::rethrow_exception(failure);
         if (reports.stop)
             throw aborted();
         if (!reports.first_failure.empty())

@@ -2,11 +2,13 @@
 
 #include "harbor6/c.h"
 #include "harbor6/hosts/archive_reader.h"
+#include "harbor6/model/volume_source.h"
 
 #include <map>
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 // What the sources of the C interface share.
 
@@ -14,9 +16,11 @@ struct harbor6_formats {
     harbor6::ClientInterface unused; ///< the formats here are only shared, each archive has its own client
     host::Registry registry{unused};
     std::string error;
+    std::vector<std::string> names; ///< of the formats
 };
 
 struct harbor6_archive {
+    std::unique_ptr<harbor6::VolumeSource> volumes; ///< null if the archive is one file
     std::unique_ptr<host::ArchiveReader> reader;
     std::string format;
     std::map<std::string, std::size_t> by_path; ///< made by the first lookup
@@ -36,6 +40,8 @@ public:
 harbor6_status status_in_flight();
 harbor6_status keep(harbor6_archive& archive, harbor6_status code, std::string text) noexcept;
 harbor6_status keep_in_flight(harbor6_archive& archive) noexcept;
+/// What the caller supplies, as a stream.
+std::unique_ptr<stream::input> supplied(const harbor6_source& source);
 
 /// Runs `act`, and keeps how it ended.
 template<class Act>

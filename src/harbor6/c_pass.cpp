@@ -239,13 +239,17 @@ harbor6_status harbor6_pass_close(harbor6_pass* pass) {
     return harbor6_error_code(archive);
 }
 
-harbor6_status harbor6_find(const harbor6_formats* formats, int descriptor, void* context,
-                            int (*report)(void* context, const harbor6_found* found)) {
+namespace {
+
+/// Searches what `open` makes.
+template<class Open>
+harbor6_status find(const harbor6_formats* formats, Open open, void* context,
+                    int (*report)(void* context, const harbor6_found* found)) noexcept {
     try {
         harbor6::ClientInterface unused;
         const host::Registry own(unused, formats->registry);
-        host::file_input bytes(host::duplicate_descriptor(descriptor), "the file");
-        harbor6::ArchiveFinder finder(own.classifier, bytes);
+        const std::unique_ptr<stream::input> bytes = open();
+        harbor6::ArchiveFinder finder(own.classifier, *bytes);
         for (harbor6::FoundArchive found; finder.next(found);) {
             const auto name = found.format->string(harbor6::key::formatName);
             const harbor6_found told = {name.c_str(), found.offset, found.size, found.cut ? 1 : 0};
@@ -256,4 +260,20 @@ harbor6_status harbor6_find(const harbor6_formats* formats, int descriptor, void
     } catch (...) {
         return c_interface::status_in_flight();
     }
+}
+
+} // namespace
+
+harbor6_status harbor6_find(const harbor6_formats* formats, int descriptor, void* context,
+                            int (*report)(void* context, const harbor6_found* found)) {
+    const auto open = [descriptor] {
+        return std::make_unique<host::file_input>(host::duplicate_descriptor(descriptor), "the file");
+    };
+    return find(formats, open, context, report);
+}
+
+harbor6_status harbor6_find_source(const harbor6_formats* formats, const harbor6_source* source,
+                                   void* context, int (*report)(void* context, const harbor6_found* found)) {
+    return find(
+        formats, [source] { return c_interface::supplied(*source); }, context, report);
 }

@@ -1,5 +1,9 @@
 #include "harbor6/c.h"
 
+#include "harbor6/hosts/archive_reader.h"
+#include "harbor6/hosts/memory_folder.h"
+#include "harbor6/hosts/volume_finder.h"
+#include "host/sha256.h"
 #include "support/cabinet_writer.h"
 #include "support/temporary_folder.h"
 
@@ -113,6 +117,103 @@ TEST_F(CInterface, GivesTheSameBytesOnEveryRoad) {
     }
 }
 
+/// The bytes of each file by its path, as the archive in the file `path` gives them to a folder in memory.
+contents in_memory(const std::string& path) {
+    struct quiet : host::journal {
+        void done(const std::string&, std::uint64_t) override {}
+        void refused(const std::string&, const std::string&) override {}
+        void unfinished(const std::string&, std::uint64_t, const std::string&) override {}
+        void missing(const std::string&) override {}
+    } reports;
+    harbor6::ClientInterface client;
+    host::Registry formats(client);
+    for (const auto& folder : host::Registry::standard_folders())
+        formats.load(folder);
+    host::VolumeFinder volumes({});
+    volumes.beginArchive(path);
+    host::ArchiveReader reader(formats, std::make_unique<host::file_input>(host::open_input(path), path),
+                               &volumes);
+    host::memory_target memory(reader.plain_format());
+    const pattern::AcquiredPtr<host::MemoryFolder> top(new host::MemoryFolder(memory));
+    reader.expand(*top, reports, host::TargetClient::Existing::fail, {});
+    contents files;
+    for (const auto& [name, file] : memory.files)
+        files[name] = *file.bytes;
+    return files;
+}
+
+contents on_disk(const std::filesystem::path& folder) {
+    contents files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+        if (entry.is_regular_file())
+            files[entry.path().lexically_relative(folder).string()] = support::read_file(entry.path());
+    return files;
+}
+
+TEST_F(CInterface, GivesEachCorpusCabinetAsTheOtherHostsDo) {
+    std::string digests;
+    for (const auto& file : std::filesystem::directory_iterator(HARBOR_TEST_DATA)) {
+        const auto name = file.path().filename().string();
+        if (file.path().extension() != ".cab" || name.starts_with("refuse"))
+            continue;
+        SCOPED_TRACE(name);
+        harbor6_archive* made = nullptr;
+        ASSERT_EQ(harbor6_open_path(formats.get(), file.path().c_str(), &made), HARBOR6_OK);
+        const archive_ptr archive(made);
+        auto [status, files] = read_all(made);
+        EXPECT_EQ(status, HARBOR6_OK);
+        const support::temporary_folder place;
+        EXPECT_EQ(harbor6_expand(made, place.path.c_str(), nullptr), HARBOR6_OK);
+        EXPECT_TRUE(in_memory(file.path()) == files);
+        EXPECT_TRUE(on_disk(place.path) == files);
+        for (const auto& [path, bytes] : files) {
+            host::sha256 digest;
+            digest.update(bytes);
+            digests += digest.finish() + "  " + (name + "/").append(path) + "\n";
+        }
+    }
+    std::istringstream expected(support::read_file(HARBOR_TEST_DATA "/SHA256SUMS"));
+    for (std::string line; std::getline(expected, line);)
+        EXPECT_NE(digests.find(line + "\n"), digests.npos) << line;
+}
+
+TEST_F(CInterface, OpensAnArchiveOfSeveralParts) {
+    const std::string set = HARBOR_TEST_DATA "/set-tiny";
+    std::string bytes[3];
+    harbor6_part parts[3] = {};
+    const auto supply = [](void* context, uint64_t offset, void* buffer, size_t length, size_t* came) {
+        *came = static_cast<std::string*>(context)->copy(static_cast<char*>(buffer), length, offset);
+        return 0;
+    };
+    for (std::size_t i = 0; i < 3; ++i) {
+        bytes[i] = support::read_file(set + std::to_string(i + 1) + ".cab");
+        parts[i].source = {&bytes[i], bytes[i].size(), supply};
+    }
+    std::vector<contents> found;
+    for (const size_t first : {0u, 1u}) { // the whole set, and it without its first part
+        harbor6_archive* made = nullptr;
+        harbor6_open_parts(formats.get(), parts + first, 3 - first, &made);
+        const archive_ptr archive(made);
+        const auto [status, files] = read_all(made);
+        EXPECT_EQ(status, first ? HARBOR6_FAILED : HARBOR6_OK) << harbor6_error(made);
+        found.push_back(files);
+    }
+    std::swap(parts[0], parts[2]);
+    harbor6_archive* from_last = nullptr;
+    EXPECT_EQ(harbor6_open_parts(formats.get(), parts, 3, &from_last), HARBOR6_OK);
+    EXPECT_EQ(read_all(archive_ptr(from_last).get()).second, found[0]);
+    EXPECT_EQ(found[0], in_memory(set + "1.cab"));
+    EXPECT_EQ(found[1].count("note.bin"), 0u);
+
+    // A part of the name that the set states, but of another set.
+    auto other = support::flip(bytes[1], 32);
+    parts[1] = {"set-tiny2.cab", {&other, other.size(), supply}};
+    harbor6_archive* wrong = nullptr;
+    EXPECT_EQ(harbor6_open_parts(formats.get(), parts, 3, &wrong), HARBOR6_FAILED);
+    EXPECT_STREQ(harbor6_error(archive_ptr(wrong).get()),
+                 "set-tiny2.cab is a part of another set of cabinets");
+}
+
 /// The entries of a pass from `first` on, each with '!' behind its bytes if it was incomplete.
 std::pair<harbor6_status, contents> pass_from(harbor6_archive* archive, size_t first, size_t piece) {
     harbor6_pass* pass = nullptr;
@@ -162,6 +263,21 @@ TEST_F(CInterface, FindsArchivesInsideFiles) {
               HARBOR6_ABORTED);
     EXPECT_EQ(found, "cab4");
     close(file);
+    harbor6_source failing = {nullptr, 100, [](void*, uint64_t, void*, size_t, size_t*) { return 1; }};
+    EXPECT_EQ(
+        harbor6_find_source(formats.get(), &failing, nullptr, [](void*, const harbor6_found*) { return 0; }),
+        HARBOR6_ABORTED);
+}
+
+TEST_F(CInterface, NamesFormatsAndCodePages) {
+    EXPECT_STREQ(harbor6_formats_name(formats.get(), 0), "cab");
+    EXPECT_EQ(harbor6_formats_name(formats.get(), 99), nullptr);
+    EXPECT_EQ(harbor6_set_code_page("none such"), HARBOR6_FAILED);
+    EXPECT_EQ(harbor6_set_code_page("CP437"), HARBOR6_OK);
+    const auto bytes = cabinet().file("\x81", "1").bytes();
+    EXPECT_STREQ(harbor6_path(open(bytes).get(), 0), "\xC3\xBC");
+    EXPECT_EQ(harbor6_set_code_page(""), HARBOR6_OK);
+    EXPECT_STREQ(harbor6_path(open(bytes).get(), 0), "\xC2\x81");
 }
 
 TEST_F(CInterface, KnowsEntriesBeforeTheirData) {
@@ -222,13 +338,49 @@ TEST_F(CInterface, GivesWhatIsWholeOfADamagedArchive) {
     EXPECT_STREQ(harbor6_error(archive.get()), "cut short: the input ends at byte 50000");
     EXPECT_EQ(files.at("a"), "1");
     EXPECT_EQ(files.at("b").back(), '!');
-    EXPECT_EQ(files.count("c"), 0u);
+    EXPECT_EQ(files.at("c"), "!");
     harbor6_stream* part = nullptr;
     EXPECT_EQ(harbor6_open_entry(archive.get(), 1, UINT64_MAX, &part), HARBOR6_BAD_CONTENT);
     EXPECT_GT(harbor6_stream_size(part), 100u);
     harbor6_stream_close(part);
     EXPECT_EQ(read_entry(archive.get(), 0), "1");
     EXPECT_EQ(pass_from(archive.get(), 0, 7000), std::pair(HARBOR6_BAD_CONTENT, files));
+}
+
+TEST_F(CInterface, DamageCostsOnlyWhatNeedsIt) {
+    cabinet made;
+    made.folder(support::stored).file({.name = "bad", .size = 4});
+    made.block({.payload = "ha"}).block({.payload = "lf", .checksum = 1});
+    const auto bytes = made.folder(support::stored).file("good", "whole").bytes();
+    const auto archive = open(bytes);
+    EXPECT_EQ(read_all(archive.get()),
+              std::pair(HARBOR6_BAD_CONTENT, contents({{"bad", "ha!"}, {"good", "whole"}})));
+    EXPECT_STREQ(harbor6_error(archive.get()), "CRC mismatch, data is invalid");
+    EXPECT_EQ(read_entry(archive.get(), 1), "whole");
+    const support::temporary_folder place;
+    harbor6_expansion options = {};
+    options.flags = HARBOR6_KEEP_PARTIAL | HARBOR6_NO_TIMES | HARBOR6_SYNC;
+    EXPECT_EQ(harbor6_expand(archive.get(), place.path.c_str(), &options), HARBOR6_BAD_CONTENT);
+    EXPECT_EQ(on_disk(place.path), contents({{"bad.partial", "ha"}, {"good", "whole"}}));
+    EXPECT_GT(std::filesystem::last_write_time(place / "good"),
+              std::filesystem::file_time_type::clock::now() - std::chrono::hours(24));
+
+    EXPECT_EQ(harbor6_ignore_checksums(archive.get(), 1), HARBOR6_OK);
+    EXPECT_EQ(read_all(archive.get()),
+              std::pair(HARBOR6_BAD_CONTENT, contents({{"bad", "half!"}, {"good", "whole"}})));
+    harbor6_stream* all = nullptr;
+    EXPECT_EQ(harbor6_open_entry(archive.get(), 0, 9, &all), HARBOR6_BAD_CONTENT);
+    EXPECT_EQ(harbor6_stream_size(all), 4u);
+    harbor6_stream_close(all);
+    harbor6_expand(archive.get(), place.path.c_str(), nullptr);
+    EXPECT_EQ(support::read_file(place / "bad"), "half");
+
+    // All blocks are sound, but the last file goes on behind them.
+    const auto short_bytes =
+        cabinet().file("a", "1").file({.name = "b", .size = 2, .folder_offset = 5}).bytes();
+    const auto cut_folder = open(short_bytes);
+    EXPECT_EQ(read_all(cut_folder.get()), std::pair(HARBOR6_BAD_CONTENT, contents({{"a", "1"}})));
+    EXPECT_STREQ(harbor6_error(cut_folder.get()), "entries that are incomplete: 1");
 }
 
 TEST_F(CInterface, EndsWhereTheCallerWants) {

@@ -32,7 +32,7 @@ HARBOR6_API std::string to_utf8(std::wstring_view wide);
 HARBOR6_API void set_code_page(const std::string& name);
 
 /// `utf8` made safe for a terminal: control characters (C0, DEL, C1), bidirectional overrides, line and
-/// paragraph separators and bytes that are no UTF-8 become \xHH or \u{H}; a backslash stays as it is.
+/// paragraph separators and bytes that are no UTF-8 become `\xHH` or `\u{H}`; a backslash stays as it is.
 HARBOR6_API std::string printable(std::string_view utf8);
 
 /// The text of a failure, printable and never empty.

@@ -21,11 +21,11 @@ namespace fs {
 /// A calendar time without a zone, as DOS stores it: local time of the writer, in steps of two seconds.
 struct HARBOR6_API time {
     std::uint32_t year = 1980;
-    std::uint32_t month = 1;
-    std::uint32_t day = 1;
-    std::uint32_t hour = 0;
-    std::uint32_t minute = 0;
-    std::uint32_t second = 0;
+    std::uint32_t month = 1;  ///< 1 to 12
+    std::uint32_t day = 1;    ///< of the month, from 1 on
+    std::uint32_t hour = 0;   ///< 0 to 23
+    std::uint32_t minute = 0; ///< 0 to 59
+    std::uint32_t second = 0; ///< 0 to 59
 
     time() = default;
     /// From six words in the order of the members; not checked.

@@ -32,6 +32,7 @@ public:
     void write(char byte) override { write(&byte, 1); }
     std::uint64_t tell() const override { return data->received(); }
     void segment_begins(std::uint64_t size) override { data->expect(size); }
+    void segment_failed() override { data->fail({}); }
 
 private:
     entry_receiver& target;
@@ -56,6 +57,12 @@ public:
     explicit PartFile(part_target& shared)
         : OneForkFile(static_cast<PartFile*>(this)), PlainItem(shared.plain_format), target(shared),
           number(shared.current) {}
+
+    /// A checksum over its bytes is wrong.
+    void spoil() {
+        if (data)
+            data->fail({});
+    }
 
     void commitItem() override {
         if (auto* const receiver = data && !ended ? target.receiver : nullptr) {
@@ -120,10 +127,26 @@ public:
     journal* to = nullptr;
 };
 
-/// Counts the files that an archive asks about, and decides about each.
+/// Counts the files that an archive asks about, and decides about each. The pass goes on behind damage, and
+/// the first is kept.
 class ReaderClient : public TargetClient {
 public:
-    explicit ReaderClient(relay& log) : TargetClient(log) {}
+    explicit ReaderClient(relay& log) : TargetClient(log), reports(log) {}
+
+    bool sourceArchiveDamaged(harbor6::Archive& /*archive*/, const std::exception_ptr& failure) override {
+        if (!damage)
+            damage = failure;
+        return true;
+    }
+    void itemFailed(std::uint32_t /*code*/, const harbor6::Item& /*source*/, harbor6::Item& target) override {
+        const std::string reason = "a checksum over its data is wrong";
+        if (auto* const part = dynamic_cast<PartFile*>(&target))
+            part->spoil();
+        else if (const auto* const file = dynamic_cast<const TargetFile*>(&target))
+            reports.refused(file->path(), reason + "; it is kept");
+        if (!damage)
+            damage = std::make_exception_ptr(format::crc_exception(reason, "host::ArchiveReader"));
+    }
 
     bool sourceFile(const harbor6::File& file, harbor6::Folder& target, bool* expand,
                     const harbor6::Format** format) override {
@@ -135,6 +158,10 @@ public:
     std::function<bool(std::size_t, const harbor6::File&, harbor6::Folder&)> decide;
     std::size_t next = 0;
     bool expanding = false;
+    std::exception_ptr damage;
+
+private:
+    relay& reports;
 };
 
 } // namespace
@@ -159,8 +186,11 @@ struct ArchiveReader::Body {
     void pass(harbor6::Folder& target, decltype(ReaderClient::decide) decide) {
         client.decide = std::move(decide);
         client.next = 0;
+        client.damage = nullptr;
         try {
             archive->addContentTo(target, nullptr);
+            if (client.damage)
+                std::rethrow_exception(client.damage);
         } catch (const format::exception&) {
             tell_cut();
             throw;
@@ -202,18 +232,22 @@ struct ArchiveReader::Body {
     std::exception_ptr failure;
 };
 
-ArchiveReader::ArchiveReader(const Registry& loaded, std::unique_ptr<stream::input> bytes)
+ArchiveReader::ArchiveReader(const Registry& loaded, std::unique_ptr<stream::input> bytes,
+                             harbor6::VolumeSource* volumes)
     : body(std::make_unique<Body>(loaded)) {
     auto& formats = body->formats;
     body->storage = bytes.get();
     const AcquiredPtr<SourceFile> file(new SourceFile(formats.plain, "archive", std::move(bytes)));
     body->archive = formats.classifier.acquireStreamArchive(*file);
+    if (!body->archive && volumes)
+        body->archive = formats.classifier.acquireContinuedArchive(*file);
     if (!body->archive)
         throw format::exception(formats.why_unrecognised(*file->getMainFork()->input(true)),
                                 "host::ArchiveReader");
     body->archive->options = TargetClient::archiveOptions();
     body->archive->options.item_details = harbor6::Archive::Details::all;
     body->archive->options.wanted_only = true;
+    body->archive->volumes = volumes;
     body->archive->open(harbor6::Archive::mode_read);
     try {
         const AcquiredPtr<PartFolder> top(new PartFolder(body->parts));
@@ -244,6 +278,12 @@ const harbor6::Format& ArchiveReader::format() const {
 
 harbor6::Format& ArchiveReader::plain_format() {
     return body->formats.plain;
+}
+
+void ArchiveReader::ignore_checksums(bool ignored) {
+    body->archive->close();
+    body->archive->options.ignore_checksums = ignored;
+    body->archive->open(harbor6::Archive::mode_read);
 }
 
 void ArchiveReader::read(entry_receiver& receiver) {

@@ -16,7 +16,7 @@ public:
     /// States how many bytes will come. Without that, all have come unless something failed.
     void expect(std::uint64_t size) { expected = size; }
     bool is_sized() const { return expected.has_value(); }
-    void set_received(std::uint64_t bytes) { count = bytes; }
+    void set_received(std::uint64_t bytes) { count = bytes; } ///< so far
     std::uint64_t received() const { return count; }
     /// From now on the data counts as incomplete. The first reason is kept; it may be empty.
     void fail(const std::string& reason);
