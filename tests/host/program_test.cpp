@@ -266,6 +266,42 @@ TEST_F(Program, UsesTheOtherPlugInsWhenSomeAreFaulty) {
     EXPECT_EQ(seen.status, 1);
 }
 
+TEST_F(Program, TakesTheItemsOfAPlugInThatHasNoPass) {
+    std::filesystem::create_directories(place / "f");
+    std::filesystem::copy_file(HARBOR_ITEM_PLUG_IN, place / "f/item.so");
+    const auto record = [](const std::string& name, const std::string& content) {
+        return static_cast<char>(name.size()) + name + static_cast<char>(content.size()) + content;
+    };
+    const auto folder = record("d/", record("b", "22") + record("c", "333"));
+    const auto inner = "ITEM" + record("one", "1") + record("two", "2");
+    write_file(place / "x.item", "ITEM" + record("a", "1") + folder + record("in.item", inner));
+    write_file(place / "y.item", "ITEM" + record("d/", record("b", "22") + record("..", "3")));
+    write_file(place / "bad.item", "ITEM" + record("a", "1") + record("bad", "damaged"));
+    const struct {
+        std::string arguments;
+        support::transcript seen;
+        std::string made;
+    } cases[] = {
+        {"list --tree x.item", fine("x.item\n├── a\n├── d/\n│   ├── b\n│   └── c\n└── in.item\n4 files\n"),
+         ""},
+        {"test x.item", fine("a: OK\nd/b: OK\nd/c: OK\nin.item: OK\nx.item: OK, 4 files, 22 B\n"), ""},
+        {"expand -q x.item", fine(), "x/ x/a x/d/ x/d/b x/d/c x/in.item "},
+        {"expand -q x.item -C n --nested", fine(), "n/ n/a n/d/ n/d/b n/d/c n/in/ n/in/one n/in/two "},
+        {"expand -q x.item -C o -- '[bo]'", fine(), "o/ o/d/ o/d/b "},
+        {"expand -q y.item", failed("harbor: y.item: d/..: its name is reserved\n"), "d/ d/b "},
+        {"expand -q bad.item",
+         failed("harbor: bad.item: this file is damaged\nharbor: bad.item: bad: no data arrived\n"),
+         "bad/ bad/a "},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(run(each.arguments, "mkdir t; cp *.item t; cd t; HARBOR_FORMATS=../f"), each.seen);
+        for (const auto* const given : {"x.item", "y.item", "bad.item"})
+            std::filesystem::remove(place / "t" / given);
+        EXPECT_EQ(tree(place / "t"), each.made) << each.arguments;
+        std::filesystem::remove_all(place / "t");
+    }
+}
+
 #ifndef HARBOR_NO_SANDBOX
 TEST_F(Program, KeepsAPlugInFromReachingAnythingElse) {
     std::filesystem::create_directories(place / "f");

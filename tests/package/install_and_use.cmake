@@ -57,6 +57,8 @@ expect_content(out/d/one "old")
 expect_content(out/two "222")
 run(${harbor} expand ${place}/x.toy -C ${place}/out --overwrite=always -- d/one)
 expect_content(out/d/one "11")
+run(${CMAKE_COMMAND} -E chdir ${place}/out ${harbor} expand ${place}/x.toy)
+expect_content(out/x/two "222")
 
 set(built ${place}/consumer/examples)
 set(cabinet ${CMAKE_CURRENT_LIST_DIR}/../data/mszip.cab)
