@@ -51,7 +51,7 @@ TEST_F(List, ShowsWhatTheHeadSays) {
     cabinet named;
     named.folder(support::stored).file({.name = "\xC3\xA4", .attributes = 0xA0}).file({.name = "\xC3\xA4"});
     save(named, "y.cab");
-    EXPECT_EQ(run("list -q y.cab --encoding CP437 | cut -c 42-"), fine("\xC3\xA4\n\xE2\x94\x9C\xC3\xB1\n"))
+    EXPECT_EQ(run("list -q y.cab --encoding CP437 | cut -c 41-"), fine("\xC3\xA4\n\xE2\x94\x9C\xC3\xB1\n"))
         << "one is marked as UTF-8";
     write_file(place / "patterns", "none\r\n\na.txt\n");
     EXPECT_EQ(run("list -q x.cab -- @patterns"),
