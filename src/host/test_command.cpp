@@ -65,6 +65,7 @@ void test_one(command_context& context, const archive_source& archive) {
     auto& log = context.log;
     tally counts{context.plain_format, log};
     counts.check_names = true;
+    const bool several = chosen.archives.size() > 1 || archive.is_one_of_several;
     // Where expand puts several archives.
     const auto folder = needs_own_folder(context, archive) ? own_folder(archive) : std::string();
     if (chosen.sha256)
