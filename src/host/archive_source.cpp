@@ -81,7 +81,7 @@ public:
         if (without_end > most_without_end)
             return "more than " + std::to_string(most_without_end) +
                    " archives in it are cut short; only so many of them are read";
-        return passed_over ? too_many_heads : "";
+        return passed_over || (finder && finder->passedOver()) ? too_many_heads : "";
     }
     /// Gives back the memory that is not needed until the next advance().
     void rest() {

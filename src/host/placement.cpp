@@ -9,6 +9,7 @@
 #include "harbor6/posix/directory_tree.h"
 #include "harbor6/stream/output.h"
 #include "host/extraction.h"
+#include "host/selection.h"
 
 #include <filesystem>
 
@@ -150,8 +151,12 @@ std::optional<placement> place(command_context& context, const archive_source& a
         return placement{.folder = chosen.target, .follows_links = true};
     directory_tree current(".", true);
     // Which of the files are wanted, and what an archive in the archive contains, isn't known yet.
-    const bool looks_inside = context.client.wanted.everything() && !archive.is_one_of_several;
-    const auto only = looks_inside ? only_item_in(context, archive) : std::nullopt;
+    // Without the folders of its path an item may get the name of anything.
+    const bool looks_inside = context.client.wanted.everything() && !archive.is_one_of_several &&
+                              !chosen.flat && chosen.strip == 0;
+    auto only = looks_inside ? only_item_in(context, archive) : std::nullopt;
+    if (only && chosen.lower)
+        only->name = lower_case(only->name);
     if (!only || !name_fault(only->name).empty() || (chosen.nested && !only->is_folder)) {
         // A file of that name may be the only item of this archive as it was earlier.
         const bool taken = current.look_up({}, own) == entry_kind::file;

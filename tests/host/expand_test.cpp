@@ -226,6 +226,7 @@ TEST_F(Expand, PutsASingleItemIntoNoFolder) {
     save(cabinet().file("there\\new", "7"), "there.1.cab");
     save(cabinet().file("inner.cab", cabinet().file(".rc", "theirs").bytes()), "n.cab");
     save(cabinet().file("s", "8").file("s\\t", "9"), "both.cab");
+    save(cabinet().file("f\\.rc", "theirs").file("f\\f.cab", "theirs"), "f.cab");
     const auto before = tree(place.path);
     const auto refusal = [](const std::string& archive, const std::string& name) {
         return failed("harbor: " + archive + ": " + name +
@@ -247,6 +248,8 @@ TEST_F(Expand, PutsASingleItemIntoNoFolder) {
         {"other.cab --overwrite always", refusal("other.cab", "z"), ""},
         {"other.cab -- a", fine(), "other/ other/z/ other/z/a "},
         {"rc.cab --overwrite always", refusal("rc.cab", ".rc"), ""},
+        {"f.cab --overwrite always --flat", fine(), "f/ f/.rc f/f.cab "},
+        {"f.cab --overwrite always --strip 1", fine(), ""},
         {"there.1.cab --overwrite never", refusal("there.1.cab", "there"), ""},
         {"--nested --overwrite always n.cab", fine(), "n/ n/.rc "},
         {"both.cab", failed("harbor: both.cab: s/t: cannot use folder s: it is not a folder\n"),
