@@ -175,7 +175,8 @@ def test_opening_leaves_nothing_behind():
     files, threads, resident = used()
     open_often()
     after = used()
-    assert after[:2] == (files, threads) and after[2] < resident + (1 << 20)
+    assert after[:2] == (files, threads)
+    assert after[2] < resident + (1 << 20) or "ASAN_OPTIONS" in os.environ  # which keeps what is freed for a while
 
 
 @pytest.mark.skipif("HARBOR_TEST_WHEEL" not in os.environ, reason="there is no wheel")
