@@ -21,7 +21,8 @@ def open(file: Input, *, offset: int = 0, allow_damaged: bool = False) -> Archiv
     """Opens an archive for reading.
 
     `file` is a path, bytes, or a file object for bytes; one that can't seek is copied to a temporary file first. The
-    archive begins `offset` bytes further. A file object must stay open, and is left to the caller.
+    archive begins `offset` bytes further. A file object must stay open, and is left to the caller. The other files of an
+    archive that has several are found beside a path, so those of a set of cabinets open by that of its first.
 
     NotAnArchive is raised if no format recognises it, BadArchive if its head is damaged; with `allow_damaged` the
     entries in front of the damage can be read, and the failure is in `archive.damage`.

@@ -61,6 +61,21 @@ class Bytes:
         pass
 
 
+class Place:
+    """A plain file of the system by its path, beside which the other files of an archive are found."""
+
+    calls: Optional["Callbacks"] = None
+
+    def __init__(self, path: bytes) -> None:
+        self.path = path
+
+    def open(self, archive: Any) -> int:
+        return int(lib.open_path(formats, self.path, archive))
+
+    def close(self) -> None:
+        pass
+
+
 class File:
     """A plain file of the system, from its present position."""
 
@@ -104,7 +119,7 @@ class Object:
         pass
 
 
-AnySource = Union[Bytes, File, Object]
+AnySource = Union[Bytes, Place, File, Object]
 
 
 def _copied(file: Any) -> IO[bytes]:
@@ -142,6 +157,9 @@ def source_of(file: Input, offset: int = 0) -> AnySource:
     if not stat.S_ISREG(os.fstat(plain.fileno()).st_mode):
         with plain:
             plain = _copied(plain)
+    elif offset == 0 and isinstance(file, (str, os.PathLike)):
+        plain.close()
+        return Place(os.path.abspath(os.fsencode(file)))
     plain.seek(offset)
     return File(plain)
 
