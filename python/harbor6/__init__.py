@@ -38,7 +38,9 @@ def is_archive(file: Input) -> bool:
     """
     try:
         open(file).close()
-    except (BadArchive, NotAnArchive):
+    except SystemFailure:
+        raise
+    except Error:
         return False
     return True
 
