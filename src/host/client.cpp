@@ -6,6 +6,7 @@
 #include "harbor6/hosts/tally.h"
 #include "harbor6/model/container.h"
 #include "harbor6/model/path_walk.h"
+#include "harbor6/model/volume_source.h"
 #include "host/platform/terminal.h"
 
 namespace host {
@@ -67,6 +68,61 @@ void take_items(const harbor6::Container& content, nesting_budget& budget) {
 
 } // namespace
 
+/// The volumes of an archive inside another: files there, in any folder, that have the stored name.
+class InnerVolumes : public harbor6::VolumeSource {
+public:
+    /// `size` is that of the first volume. The archive around must outlive this.
+    InnerVolumes(harbor6::Archive* archive_around, std::uint64_t size, const nesting_budget& limits)
+        : around(archive_around), opened(size), budget(limits) {}
+
+    harbor6::data::CountedInput openVolume(const harbor6::VolumeRequest& request) override {
+        harbor6::data::CountedInput found;
+        if (around)
+            find(*around, lower_case(nio::leaf(nio::leaf(request.name, '/'), '\\')), request, found);
+        if (found && !budget.covers(opened += found->size()))
+            throw un::exception(request.name +
+                                    ": too much for the limits of archives in archives (--no-limits)",
+                                "host::InnerVolumes");
+        return found;
+    }
+
+private:
+    /// Whether `found` is the volume; it may be another one of that name if not.
+    static bool find(const harbor6::Container& content, const std::string& name,
+                     const harbor6::VolumeRequest& request, harbor6::data::CountedInput& found) {
+        harbor6::ConstItemIterator items(content);
+        for (items.first(); !items.isDone(); items.next()) {
+            const AcquiredPtr<const harbor6::Item> item(items.current());
+            if (const auto* const folder = item->asFolder()) {
+                if (find(*folder, name, request, found))
+                    return true;
+                continue;
+            }
+            auto* const file = const_cast<harbor6::File*>(item->asFile());
+            const auto* const fork =
+                file && lower_case(item->string(harbor6::key::name)) == name ? file->getMainFork() : nullptr;
+            if (auto bytes = fork ? fork->input(true) : harbor6::data::CountedInput()) {
+                found = bytes;
+                const bool right = request.matches(*bytes);
+                bytes->seek(0);
+                if (right)
+                    return true;
+            }
+        }
+        return false;
+    }
+
+    harbor6::Archive* around;
+    std::uint64_t opened; ///< bytes of all volumes
+    const nesting_budget& budget;
+};
+
+Client::Client(report& told) : TargetClient(told), log(told) {
+    advice = " (--overwrite says what to do then)";
+}
+
+Client::~Client() = default;
+
 harbor6::Archive::Options Client::archiveOptions() const {
     auto options = TargetClient::archiveOptions();
     options.item_details = depth > 0 ? harbor6::Archive::Details::attributes : harbor6::Archive::Details::all;
@@ -107,8 +163,9 @@ bool Client::sourceFile(const harbor6::File& file, harbor6::Folder& target, bool
 
 /// Opens an archive inside another and builds its tree of items, if the budget allows that much. Any failure
 /// arises here, before something of it reaches the target; the archive may be open then.
-void Client::openWithinBudget(harbor6::Archive& archive, harbor6::Folder& target) {
+void Client::openWithinBudget(harbor6::Archive& archive, harbor6::Folder& target, InnerVolumes& volumes) {
     archive.options = archiveOptions();
+    archive.volumes = &volumes;
     archive.open(harbor6::Archive::mode_read);
     if (!budget.covers(archive.size())) {
         // The tree would use memory and disk for what the budget may refuse.
@@ -141,14 +198,16 @@ bool Client::sourceArchive(harbor6::Archive& archive, harbor6::Folder& target) {
     const AcquiredPtr<harbor6::Item> found(target.acquireItemFromName(name));
     if (found && !found->asFolder())
         return keep("a file named " + nio::printable(name) + " exists");
+    auto volumes = std::make_unique<InnerVolumes>(file->archive(), archive.size(), budget);
     try {
-        openWithinBudget(archive, target);
+        openWithinBudget(archive, target, *volumes);
     } catch (const std::exception&) {
         const auto reason = failure_text(std::current_exception());
         archive.close();
+        archive.volumes = nullptr;
         return keep(reason);
     }
-    nesting.push_back({&archive, AcquiredPtr<harbor6::Folder>::sharing(target), !found});
+    nesting.push_back({&archive, AcquiredPtr<harbor6::Folder>::sharing(target), !found, std::move(volumes)});
     return true;
 }
 

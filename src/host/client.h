@@ -8,17 +8,19 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <vector>
 
 namespace host {
+
+class InnerVolumes;
 
 /// The program's decisions: it takes the files that the user selected, as far as the target can store them,
 /// asks where a file exists, and expands archives inside archives.
 class Client : public TargetClient {
 public:
-    explicit Client(report& told) : TargetClient(told), log(told) {
-        advice = " (--overwrite says what to do then)";
-    }
+    explicit Client(report& told);
+    ~Client() override;
 
     selection wanted;
     clash_policy policy = clash_policy::ask;
@@ -70,7 +72,7 @@ protected:
 private:
     clash_policy askUser(const std::string& path);
     bool rename(std::string& name, const TargetFolder& parent);
-    void openWithinBudget(harbor6::Archive& archive, harbor6::Folder& target);
+    void openWithinBudget(harbor6::Archive& archive, harbor6::Folder& target, InnerVolumes& volumes);
     bool isInnermost(const harbor6::Archive& archive) const;
 
     report& log;
@@ -79,6 +81,7 @@ private:
         const harbor6::Archive* archive;
         pattern::AcquiredPtr<harbor6::Folder> target;
         bool new_folder; ///< no folder of the archive's name existed
+        std::unique_ptr<InnerVolumes> volumes;
     };
     std::vector<inner_archive> nesting; ///< inner archives that are being expanded, outermost first
 };

@@ -363,6 +363,15 @@ TEST_F(Expand, ExpandsArchivesInsideArchives) {
               "harbor: -: cut.cab: kept as a file: cut short: the input ends at byte 120\n");
     EXPECT_EQ(tree(place / "t"), "3.cab cut.cab d/ d/two/ d/two/a d/two/b/ d/two/b/c none/ one plain ");
 
+    // A set is expanded from its first volume.
+    cabinet set;
+    for (const std::string name : {"set-tiny1.cab", "set-tiny2.cab", "set-tiny3.cab"})
+        set.file((name == "set-tiny2.cab" ? "d\\" : "") + name, read_file(HARBOR_TEST_DATA "/" + name));
+    save(set, "set.cab");
+    EXPECT_EQ(run("expand -q --nested set.cab -C s"), fine());
+    EXPECT_EQ(tree(place / "s"),
+              "d/ d/set-tiny2.cab set-tiny1/ set-tiny1/hello.bin set-tiny1/note.bin set-tiny3.cab ");
+
     // A file that gets fewer bytes than stated is missing, in whichever archive it is.
     cabinet lacking;
     lacking.folder(support::stored).file({.name = "s", .size = 10}).block({.payload = "five5"});

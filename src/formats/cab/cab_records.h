@@ -66,8 +66,8 @@ public:
     std::uint32_t read(stream::input& input, bool verify) override;
 
     text_rules texts;               ///< to be set before read()
-    std::uint64_t cabinet_size = 0; ///< as stated by the writer; not tested
-    std::uint64_t files_offset = 0; ///< of the first file record; not used
+    std::uint64_t cabinet_size = 0; ///< as stated by the writer, who may be wrong
+    std::uint64_t files_offset = 0; ///< of the first file record; for the published rules
     std::uint32_t folder_count = 0;
     std::uint32_t file_count = 0;
     bool has_previous = false; ///< continues an earlier cabinet
@@ -100,7 +100,7 @@ public:
     /// With `verify`, a stream that ends inside the reserve bytes raises "unexpected end of input stream".
     std::uint32_t read(stream::input& input, bool verify) override;
 
-    std::uint64_t data_offset = 0; ///< of the first data block in the cabinet; not used
+    std::uint64_t data_offset = 0; ///< of the first data block in the cabinet; for the published rules
     std::uint32_t block_count = 0;
     std::uint16_t compression = 0; ///< see format::cab::compression
     /// The cabinet's reserve sizes, not owned; to be set before read(). Null if the cabinet has none.
@@ -118,7 +118,7 @@ public:
 
     text_rules texts;                ///< to be set before read()
     std::uint64_t size = 0;          ///< bytes when expanded
-    std::uint64_t folder_offset = 0; ///< in the folder's expanded stream; not used
+    std::uint64_t folder_offset = 0; ///< in the folder's expanded stream; for the published rules
     std::uint16_t folder_index = 0;
     bool continued_from_previous = false;
     bool continued_to_next = false;

@@ -110,7 +110,7 @@ Volume::Complaint Volume::goToData(std::size_t folder) {
         goBehindLast(folder);
     }
     data_begin = input->tell();
-    last_folder = folder + 1;
+    next_folder = folder + 1;
     at_data = true;
     return complaint;
 }
@@ -121,16 +121,16 @@ void Volume::passOver(std::size_t folder) {
         return; // its blocks are counted with those of the folder before it
     behind_last = start + record.data_offset;
     blocks_left = record.block_count;
-    last_folder = folder + 1;
+    next_folder = folder + 1;
 }
 
 /// Goes behind the data that were read last, and behind those of the folders from there up to `folder`.
 void Volume::goBehindLast(std::size_t folder) {
     goTo(behind_last);
-    for (auto i = last_folder; i < folder; ++i)
+    for (auto i = next_folder; i < folder; ++i)
         blocks_left += folders[i].block_count;
     // What was skipped stays so if the input ends here.
-    last_folder = std::max(last_folder, folder);
+    next_folder = std::max(next_folder, folder);
     ::format::cab::data_header block;
     block.reserve = header.has_reserve ? &header.reserve.value : nullptr;
     for (; blocks_left > 0; --blocks_left) {

@@ -68,7 +68,7 @@ private:
     const std::uint64_t start;    ///< of the cabinet in the input
     std::uint64_t head = 0;       ///< bytes of the header and the folder records
     std::uint64_t data_begin = 0; ///< of the folder that is being read
-    std::size_t last_folder = 0;  ///< index behind it
+    std::size_t next_folder = 0;  ///< behind it
     bool at_data = false;         ///< goToData has gone to blocks that endData hasn't ended
     // The data of the folder behind it begin so many blocks behind this place.
     std::uint64_t behind_last = 0;
