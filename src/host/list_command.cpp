@@ -33,24 +33,28 @@ constexpr std::size_t size_width = 10; ///< of the largest file that a cabinet c
 constexpr std::size_t time_width = 19;
 constexpr std::size_t method_width = 7;
 
-/// As "2004-02-29 13:37:42", with `separator` between date and time; empty if the file has no time.
-std::string time_of(const harbor6::File& file, char separator) {
+void add_digits(std::string& text, std::uint32_t value, unsigned digits) {
+    text.append(digits, '0');
+    for (auto at = text.size(); value > 0 && digits-- > 0; value /= 10)
+        text[--at] = static_cast<char>('0' + value % 10);
+}
+
+/// As "2004-02-29 13:37:42", with `separator` between date and time; nothing if the file has no time.
+void add_time(std::string& text, const harbor6::File& file, char separator) {
     any::time stored;
     if (!file.getTime(key::modTime, stored))
-        return {};
+        return;
     const fs::time time(stored);
-    std::string text = un::write(time.year, 10, 4);
+    add_digits(text, time.year, 4);
     const auto add = [&](char before, std::uint32_t value) {
         text += before;
-        text += static_cast<char>('0' + value / 10 % 10);
-        text += static_cast<char>('0' + value % 10);
+        add_digits(text, value, 2);
     };
     add('-', time.month);
     add('-', time.day);
     add(separator, time.hour);
     add(':', time.minute);
     add(':', time.second);
-    return text;
 }
 
 std::uint64_t size_of(const harbor6::File& file) {
@@ -80,8 +84,10 @@ public:
 
     void add(const harbor6::File& file, std::uint64_t size, const std::string& name) {
         begin();
-        std::string line =
-            right(written(size), size_width) + "  " + left(time_of(file, ' '), time_width) + "  ";
+        line = right(written(size), size_width) + "  ";
+        const auto time_at = line.size();
+        add_time(line, file, ' ');
+        line.resize(time_at + time_width + 2, ' ');
         const auto flags = flags_of(file);
         for (const auto& each : attributes)
             line += flags.*each.flag ? each.letter : '-';
@@ -90,9 +96,9 @@ public:
             line += left(file.string(key::compMethod), method_width) + "  " +
                     right(std::to_string(file.integer(key::folderIndex)), 6) + "  " +
                     right(std::to_string(file.integer(key::folderOffset)), size_width) + "  ";
+        line += name;
+        line += '\n';
         log.out.print(line);
-        log.out.print(name);
-        log.out.print("\n");
     }
     void end(const report::totals& sums) {
         if (chosen.quiet || (sums.files == 0 && !log.is_sound()))
@@ -115,6 +121,7 @@ private:
 
     report& log;
     const options& chosen;
+    std::string line; ///< keeps its memory
     bool begun = false;
 };
 
@@ -124,7 +131,9 @@ void print_json(report& log, const harbor6::File& file, std::uint64_t size, cons
     line.add("archive", log.archive_name()).add("path", path).add("size", size);
     if (stored != path)
         line.add("stored", stored);
-    if (const auto time = time_of(file, 'T'); !time.empty())
+    std::string time;
+    add_time(time, file, 'T');
+    if (!time.empty())
         line.add("modified", time);
     std::vector<std::string> flags;
     const auto set = flags_of(file);

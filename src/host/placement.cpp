@@ -152,8 +152,8 @@ std::optional<placement> place(command_context& context, const archive_source& a
     directory_tree current(".", true);
     // Which of the files are wanted, and what an archive in the archive contains, isn't known yet.
     // Without the folders of its path an item may get the name of anything.
-    const bool looks_inside = context.client.wanted.everything() && !archive.is_one_of_several &&
-                              !chosen.flat && chosen.strip == 0;
+    const bool looks_inside =
+        context.client.wanted.everything() && !archive.is_one_of_several && !chosen.flat && chosen.strip == 0;
     auto only = looks_inside ? only_item_in(context, archive) : std::nullopt;
     if (only && chosen.lower)
         only->name = lower_case(only->name);

@@ -70,11 +70,9 @@ void progress::at_file(const std::string& path) {
     file = path;
 }
 
-void progress::at(std::uint64_t place) {
+void progress::go_to(std::uint64_t place) {
     if (shared)
         return shared->store(place, std::memory_order_relaxed);
-    if (!draws)
-        return;
     const std::lock_guard lock(mutex);
     const auto now = clock::now();
     if (now < next_drawing)

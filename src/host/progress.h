@@ -22,7 +22,10 @@ public:
     /// The data of the file `path` begins.
     void at_file(const std::string& path);
     /// The archive was read up to `place`.
-    void at(std::uint64_t place);
+    void at(std::uint64_t place) {
+        if (draws || shared)
+            go_to(place);
+    }
     /// Removes the line.
     void end();
     /// From now on at() only stores the place there.
@@ -30,6 +33,8 @@ public:
 
 private:
     using clock = std::chrono::steady_clock;
+
+    void go_to(std::uint64_t place);
 
     const bool draws;
     std::atomic<std::uint64_t>* shared = nullptr;

@@ -27,7 +27,7 @@ DiskFolder::DiskFolder(expansion_state& shared_expansion, std::shared_ptr<const 
       obstacle(std::move(reason)) {}
 
 void DiskFolder::make() {
-    if (!obstacle.empty() || expansion.target.is_open(path()))
+    if (!obstacle.empty() || expansion.target.is_known(path()))
         return;
     if (!path().empty() && expansion.is_promised(nio::stem(path(), '/'), nio::leaf(path(), '/')))
         obstacle = unusable(path(), "it is not a folder");
@@ -38,7 +38,7 @@ void DiskFolder::make() {
     try {
         expansion.target.make_folder(path());
     } catch (const fs::Exception& failure) {
-        if (!expansion.target.is_open({}))
+        if (!expansion.target.is_known({}))
             throw; // without the top no file can be written
         obstacle = failure.message();
     }
@@ -58,7 +58,7 @@ pattern::AcquiredPtr<harbor6::Folder> DiskFolder::makeUnusable(const std::string
 }
 
 bool DiskFolder::isCreated() {
-    return !obstacle.empty() || expansion.target.is_open(path());
+    return !obstacle.empty() || expansion.target.is_known(path());
 }
 
 void DiskFolder::create() {

@@ -21,6 +21,8 @@ namespace host {
 namespace {
 
 constexpr std::size_t longest_name = 255;
+constexpr std::size_t most_known_bytes = 4 * 1024 * 1024;
+constexpr std::size_t bytes_beside_a_path = 160; ///< about what a known folder takes
 constexpr int folder_flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
 /// Raises `error`, and says so if a file or a link exists where a folder is needed.
@@ -180,31 +182,47 @@ file_descriptor directory_tree::open_at(const file_descriptor& folder, const cha
 /// Closes the folders used least recently, so that at most `left` stay open.
 void directory_tree::close_surplus(std::size_t left) {
     while (recent.size() > left) {
-        open_folders.erase(*recent.back().path);
+        open_folders.erase(recent.back().path);
         recent.pop_back();
     }
 }
 
 /// The open folder, which then is the first of `recent`; null if it isn't open.
-directory_tree::open_folder* directory_tree::find_open(const std::string& folder) {
+directory_tree::handle directory_tree::find_open(const std::string& folder) {
     const auto found = open_folders.find(folder);
     if (found == open_folders.end())
         return nullptr;
     recent.splice(recent.begin(), recent, found->second);
-    return &recent.front();
+    return recent.front().descriptor;
 }
 
-void directory_tree::keep_open(const std::string& folder, handle opened, bool created) {
+void directory_tree::keep_open(const std::string& folder, handle opened) {
     close_surplus(most_open_folders - 1);
-    recent.push_front({std::make_shared<const std::string>(folder), std::move(opened), false, created});
-    open_folders.emplace(*recent.front().path, recent.begin());
+    recent.push_front({folder, std::move(opened)});
+    open_folders.emplace(recent.front().path, recent.begin());
+}
+
+directory_tree::known_folder* directory_tree::find_known(const std::string& folder) {
+    const auto found = known.find(folder);
+    return found == known.end() ? nullptr : &found->second;
+}
+
+/// Nothing where too many are known already.
+void directory_tree::remember(const std::string& folder, bool created) {
+    const auto bytes = folder.size() + bytes_beside_a_path;
+    if (find_known(folder) || known_bytes + bytes > most_known_bytes)
+        return;
+    known_bytes += bytes;
+    auto path = std::make_shared<const std::string>(folder);
+    const std::string_view text = *path;
+    known.emplace(text, known_folder{std::move(path), false, created});
 }
 
 directory_tree::handle directory_tree::open(const std::string& folder, if_missing policy) {
     if (folder.empty())
         return open_root(policy);
-    if (const auto* const found = find_open(folder))
-        return found->descriptor;
+    if (auto found = find_open(folder))
+        return found;
     const auto above = nio::stem(folder, '/');
     bool created = false;
     file_descriptor opened;
@@ -221,21 +239,25 @@ directory_tree::handle directory_tree::open(const std::string& folder, if_missin
             note_entry(above);
     }
     auto shared = std::make_shared<const file_descriptor>(std::move(opened));
-    keep_open(folder, shared, created);
+    keep_open(folder, shared);
+    remember(folder, created);
     return shared;
 }
 
 void directory_tree::note_entry(const std::string& folder) {
     if (folder.empty())
         root_empty = false;
-    else if (const auto found = open_folders.find(folder); found != open_folders.end())
-        found->second->empty = false;
+    else if (auto* const found = find_known(folder))
+        found->empty = false;
 }
 
 entry_kind directory_tree::look_up(const std::string& folder, const std::string& name) {
+    const auto* const state = find_known(folder);
+    if (folder.empty() ? root_empty : state && state->empty)
+        return entry_kind::none;
     const auto parent = open(folder, if_missing::return_null);
     struct stat status = {};
-    if (!parent || (folder.empty() ? root_empty : recent.front().empty))
+    if (!parent)
         return entry_kind::none;
     if (fstatat(parent->get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno == ENOENT)
@@ -326,10 +348,15 @@ void directory_tree::remove_folder(const std::string& folder) {
 
 /// Closes a folder that was renamed or removed, and all folders below it.
 void directory_tree::forget(const std::string& folder) {
+    std::erase_if(known, [&](const auto& each) {
+        const bool concerned = each.first == folder || each.first.starts_with(folder + '/');
+        known_bytes -= concerned ? each.first.size() + bytes_beside_a_path : 0;
+        return concerned;
+    });
     for (auto entry = recent.begin(); entry != recent.end();) {
         const auto here = entry++;
-        if (*here->path == folder || here->path->starts_with(folder + '/')) {
-            open_folders.erase(*here->path);
+        if (here->path == folder || here->path.starts_with(folder + '/')) {
+            open_folders.erase(here->path);
             recent.erase(here);
         }
     }
@@ -337,10 +364,13 @@ void directory_tree::forget(const std::string& folder) {
 
 std::shared_ptr<const file_descriptor> directory_tree::make_folder(const std::string& folder) {
     auto opened = open(folder, if_missing::create);
-    auto& prepared = folder.empty() ? root_written : recent.front().written;
-    if (!prepared)
-        prepare_to_write(folder, *opened, folder.empty() ? root_empty : recent.front().empty);
-    prepared = true;
+    auto* const state = find_known(folder);
+    if (folder.empty() ? root_written : state && state->written)
+        return opened;
+    prepare_to_write(folder, *opened, folder.empty() ? root_empty : state && state->empty);
+    if (state)
+        state->written = true;
+    root_written = root_written || folder.empty();
     return opened;
 }
 
@@ -353,13 +383,13 @@ void directory_tree::prepare_to_write(const std::string& folder, const file_desc
         path = nio::stem(path, '/');
 }
 
-bool directory_tree::is_open(const std::string& folder) const {
-    return folder.empty() ? root != nullptr : open_folders.contains(folder);
+bool directory_tree::is_known(const std::string& folder) const {
+    return folder.empty() ? root != nullptr : known.contains(folder) || open_folders.contains(folder);
 }
 
 std::shared_ptr<const std::string> directory_tree::intern(const std::string& folder) const {
-    if (const auto found = open_folders.find(folder); found != open_folders.end())
-        return found->second->path;
+    if (const auto found = known.find(folder); found != known.end())
+        return found->second.path;
     return std::make_shared<const std::string>(folder);
 }
 

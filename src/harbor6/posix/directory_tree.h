@@ -68,10 +68,10 @@ public:
     void remove_folder(const std::string& folder);
     /// Opens `folder`, creating it and missing folders above it.
     std::shared_ptr<const file_descriptor> make_folder(const std::string& folder);
-    /// Whether the folder is open, and so exists.
-    bool is_open(const std::string& folder) const;
-    /// The text of `folder`, shared with the open folder of that path if there is one: saves memory where
-    /// many files keep the path of their folder.
+    /// Whether the folder is known to exist, as it is or was open.
+    bool is_known(const std::string& folder) const;
+    /// The text of `folder`, shared if that folder is known: saves memory where many files keep the path of
+    /// their folder.
     std::shared_ptr<const std::string> intern(const std::string& folder) const;
 
     /// Opens `name` in the open folder `folder`, as openat does, and closes folders that it kept open if
@@ -98,11 +98,15 @@ public:
 private:
     using handle = std::shared_ptr<const file_descriptor>;
     using object = made_files::object; // or of a folder
-    struct open_folder {
+    /// What stays of a folder when it is closed, so that opening it once more costs no more than that.
+    struct known_folder {
         std::shared_ptr<const std::string> path;
-        handle descriptor;
         bool written = false; ///< prepare_to_write() was called
         bool empty = false;   ///< made here, and nothing was put into it since
+    };
+    struct open_folder {
+        std::string path;
+        handle descriptor;
     };
     using recent_folders = std::list<open_folder>;
     enum class if_missing { return_null, create };
@@ -113,11 +117,13 @@ private:
     std::optional<object> object_at(const std::string& folder, const std::string& name);
     void make_root();
 
-    open_folder* find_open(const std::string& folder);
+    handle find_open(const std::string& folder);
+    known_folder* find_known(const std::string& folder);
+    void remember(const std::string& folder, bool created);
     handle open(const std::string& folder, if_missing policy);
     file_descriptor open_in_one_call(const std::string& folder) const;
     void close_surplus(std::size_t left);
-    void keep_open(const std::string& folder, handle opened, bool created);
+    void keep_open(const std::string& folder, handle opened);
     handle open_root(if_missing policy);
     [[noreturn]] void fail_on_root(int error) const;
     file_descriptor open_child(const file_descriptor& parent, const std::string& folder, if_missing policy,
@@ -128,10 +134,12 @@ private:
     bool follow_root;
     handle root;
     bool root_written = false;
-    bool root_empty = false; ///< as in open_folder
+    bool root_empty = false; ///< as in known_folder
     std::string above_root;  ///< the first folder above the top that existed before; for syncs
     recent_folders recent;   ///< most recently used first
     std::map<std::string_view, recent_folders::iterator> open_folders; ///< the same by path
+    std::map<std::string_view, known_folder> known; ///< by path, as far as its memory is bounded
+    std::size_t known_bytes = 0;
     made_files made;
     std::set<object> written;           ///< folders, so that each is prepared once
     std::set<std::string> to_be_synced; ///< the same by their paths, with `syncs`

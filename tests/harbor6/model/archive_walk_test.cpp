@@ -113,8 +113,7 @@ TEST(ArchiveWalk, GivesWhatIsWholeOfADamagedArchiveAndTellsTheFailureAtTheEnd) {
         std::string bytes, failure;
     } cases[] = {
         {false, "a=1 d/b=2 ", bytes, "crc format::cab::data_header: CRC mismatch, data is invalid"},
-        {true, "a=1 d/b=2 c=3 ", bytes,
-         "harbor6::cab::Archive::addContentTo: CRC mismatch, data is invalid"},
+        {true, "a=1 d/b=2 c=3 ", bytes, "harbor6::cab::Archive::addContentTo: CRC mismatch, data is invalid"},
         {true, "a=1 d/b=2 ", support::cut(bytes, 158),
          "format::cab::data_header: cut short: the input ends at byte 158"},
         {false, "", support::cut(bytes, 40), "stream::little_endian_input: unexpected end of stream"},
