@@ -5,6 +5,8 @@
 #include "harbor6/posix/temporary_files.h"
 #include "harbor6/posix/write_behind.h"
 
+#include <algorithm>
+
 namespace host {
 
 std::string numbered_name(const std::string& name, unsigned number) {
@@ -54,20 +56,22 @@ std::string expansion_state::folder_name(const std::string& parent, const std::s
 }
 
 std::string expansion_state::imagine_folder(const std::string& folder) {
-    if (folder.empty() || is_imagined(folder))
-        return {};
-    const auto above = nio::stem(folder, '/');
-    if (auto obstacle = imagine_folder(above); !obstacle.empty())
-        return obstacle;
-    switch (target.look_up(above, nio::leaf(folder, '/'))) {
-    case entry_kind::file:
-        return "cannot use folder " + nio::printable(folder) + ": it is a file";
-    case entry_kind::other:
-        return "cannot use folder " + nio::printable(folder) + ": it is a symbolic link";
-    default:
-        imagined.insert(folder);
-        return {};
+    for (std::size_t begin = 0; begin < folder.size();) {
+        const auto end = std::min(folder.find('/', begin), folder.size());
+        const auto path = folder.substr(0, end);
+        if (!is_imagined(path)) {
+            switch (target.look_up(nio::stem(path, '/'), folder.substr(begin, end - begin))) {
+            case entry_kind::file:
+                return "cannot use folder " + nio::printable(path) + ": it is a file";
+            case entry_kind::other:
+                return "cannot use folder " + nio::printable(path) + ": it is a symbolic link";
+            default:
+                imagined.insert(path);
+            }
+        }
+        begin = end + 1;
     }
+    return {};
 }
 
 bool expansion_state::promise(const DiskFile& file) {

@@ -218,30 +218,39 @@ void directory_tree::remember(const std::string& folder, bool created) {
     known.emplace(text, known_folder{std::move(path), false, created});
 }
 
+/// Goes up to a folder that can be opened, and from there down again; archives can state paths of any depth,
+/// so not by recursion.
 directory_tree::handle directory_tree::open(const std::string& folder, if_missing policy) {
-    if (folder.empty())
-        return open_root(policy);
-    if (auto found = find_open(folder))
-        return found;
-    const auto above = nio::stem(folder, '/');
-    bool created = false;
-    file_descriptor opened;
-    if (!above.empty() && !open_folders.contains(above))
-        opened = open_in_one_call(folder);
-    if (!opened) {
-        const auto parent = open(above, policy);
-        if (!parent)
-            return nullptr;
-        opened = open_child(*parent, folder, policy, created);
-        if (!opened)
+    handle opened;
+    auto at = folder;
+    for (auto above = nio::stem(at, '/'); !at.empty(); at = above, above = nio::stem(at, '/')) {
+        if ((opened = find_open(at)))
+            break;
+        if (above.empty() || open_folders.contains(above))
+            continue;
+        if (auto found = open_in_one_call(at)) {
+            opened = std::make_shared<const file_descriptor>(std::move(found));
+            keep_open(at, opened);
+            remember(at, false);
+            break;
+        }
+    }
+    if (at.empty())
+        opened = open_root(policy);
+    while (opened && at.size() < folder.size()) {
+        const auto above = at;
+        at = folder.substr(0, folder.find('/', at.empty() ? 0 : at.size() + 1));
+        bool created = false;
+        auto child = open_child(*opened, at, policy, created);
+        if (!child)
             return nullptr;
         if (created)
             note_entry(above);
+        opened = std::make_shared<const file_descriptor>(std::move(child));
+        keep_open(at, opened);
+        remember(at, created);
     }
-    auto shared = std::make_shared<const file_descriptor>(std::move(opened));
-    keep_open(folder, shared);
-    remember(folder, created);
-    return shared;
+    return opened;
 }
 
 void directory_tree::note_entry(const std::string& folder) {
