@@ -1,5 +1,7 @@
 #include "harbor6/shell/attributes.h"
 
+#include <mutex>
+
 namespace harbor6 {
 
 Attributes::~Attributes() {
@@ -148,6 +150,9 @@ Attributes::Index* Attributes::newIndex() const {
 
 Attributes::Index& Attributes::index() const {
     if (!index_map) {
+        // A shared index is filled by its first object, which may be any thread's.
+        static std::mutex filling;
+        const std::lock_guard lock(filling);
         index_map = newIndex();
         try {
             populateIndex();

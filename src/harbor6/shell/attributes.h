@@ -20,8 +20,8 @@ namespace harbor6 {
 ///
 /// None of these operations raises, unless a class says otherwise. One thread at a time may use an object.
 /// Without an override of newIndex each object has an index of its own, made when first needed and deleted
-/// with the object. An index that a class shares among its objects is filled without a lock: the first use of
-/// the class must not race.
+/// with the object. An index that a class shares among its objects is filled by the first of them, whatever
+/// thread it is used by.
 class HARBOR6_API Attributes {
 public:
     Attributes() = default;
