@@ -104,7 +104,10 @@ TEST(ArchiveWalk, GivesEntriesWhileTheArchiveIsOpen) {
 
 TEST(ArchiveWalk, GivesWhatIsWholeOfADamagedArchiveAndTellsTheFailureAtTheEnd) {
     cabinet made;
-    made.file("a", "1").folder(support::stored).file("d\\b", "22").file({.name = "d\\bad", .size = 9});
+    made.file("a", "1")
+        .folder(support::stored)
+        .file("d\\b", "22")
+        .file({.name = "d\\bad", .size = 9, .folder_index = 1});
     made.block({.payload = "3"}).block({.payload = "bad", .checksum = 1});
     const auto bytes = made.folder(support::stored).file("c", "444").bytes();
     const struct {
@@ -113,7 +116,8 @@ TEST(ArchiveWalk, GivesWhatIsWholeOfADamagedArchiveAndTellsTheFailureAtTheEnd) {
         std::string bytes, failure;
     } cases[] = {
         {false, "a=1 d/b=2 ", bytes, "crc format::cab::data_header: CRC mismatch, data is invalid"},
-        {true, "a=1 d/b=2 c=3 ", bytes, "harbor6::cab::Archive::addContentTo: CRC mismatch, data is invalid"},
+        {true, "a=1 d/b=2 c=3 ", bytes,
+         "crc harbor6::cab::Archive::addContentTo: CRC mismatch, data is invalid"},
         {true, "a=1 d/b=2 ", support::cut(bytes, 158),
          "format::cab::data_header: cut short: the input ends at byte 158"},
         {false, "", support::cut(bytes, 40), "stream::little_endian_input: unexpected end of stream"},
