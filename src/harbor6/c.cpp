@@ -65,7 +65,9 @@ std::unique_ptr<stream::input> supplied(const harbor6_source& source) {
         std::size_t came = 0;
         if (from.read(from.context, offset, buffer, length, &came) != 0)
             throw aborted();
-        return std::min(came, length);
+        if (came > length)
+            throw un::exception("the source states more bytes than were wanted", "harbor6/c.h");
+        return came;
     };
     return std::make_unique<stream::positioned_input>(read, source.size);
 }
@@ -93,6 +95,8 @@ harbor6_status open_archive(const harbor6_formats* formats, harbor6_archive** re
         return HARBOR6_NO_MEMORY;
     auto& archive = **result;
     try {
+        if (formats->registry.classifier.formats().empty())
+            throw un::exception("no formats are loaded", "harbor6/c.h");
         auto opened = bytes(archive);
         archive.reader = std::make_unique<host::ArchiveReader>(formats->registry, std::move(opened),
                                                                archive.volumes.get());
@@ -115,7 +119,7 @@ const host::tally_entry* entry_of(const harbor6_archive* archive, std::size_t nu
 template<class T>
 const T* attribute(const harbor6_archive* archive, std::size_t number, const char* key) {
     const auto* const entry = entry_of(archive, number);
-    if (!entry)
+    if (!entry || !key)
         return nullptr;
     const auto found = entry->attributes.find(key);
     return found == entry->attributes.end() ? nullptr : std::get_if<T>(&found->second);
@@ -244,7 +248,7 @@ private:
     void tell(const std::string& path, harbor6_status code, const std::string& text) {
         if (code != HARBOR6_OK && first_failure.empty())
             first_failure = nio::printable(path) + ": " + nio::printable(text);
-        if (to.report && to.report(to.context, path.c_str(), code, text.c_str()) != 0)
+        if (to.report && !stop && to.report(to.context, path.c_str(), code, text.c_str()) != 0)
             stop = true;
     }
 
@@ -295,7 +299,7 @@ const char* harbor6_formats_name(const harbor6_formats* formats, size_t number) 
 
 harbor6_status harbor6_set_code_page(const char* name) {
     try {
-        nio::set_code_page(name);
+        nio::set_code_page(c_interface::needed(name, "name"));
         return HARBOR6_OK;
     } catch (...) {
         return c_interface::status_in_flight();
@@ -305,6 +309,7 @@ harbor6_status harbor6_set_code_page(const char* name) {
 harbor6_status harbor6_open_path(const harbor6_formats* formats, const char* path,
                                  harbor6_archive** archive) {
     return open_archive(formats, archive, [&](harbor6_archive& made) {
+        c_interface::needed(path, "path");
         auto finder = std::make_unique<host::VolumeFinder>(std::vector<std::string>());
         finder->beginArchive(path);
         made.volumes = std::move(finder);
@@ -373,7 +378,7 @@ harbor6_status harbor6_lookup(harbor6_archive* archive, const char* path, size_t
         if (archive->by_path.empty())
             for (std::size_t i = 0; i < entries.size(); ++i)
                 archive->by_path.emplace(entries[i].path, i);
-        const auto found = archive->by_path.find(path);
+        const auto found = archive->by_path.find(c_interface::needed(path, "path"));
         if (found == archive->by_path.end())
             keep(*archive, HARBOR6_NO_ENTRY, "no entry " + nio::printable(path));
         else
@@ -499,7 +504,7 @@ harbor6_status harbor6_expand(harbor6_archive* archive, const char* folder,
                               : chosen.existing == HARBOR6_KEEP  ? Existing::keep
                                                                  : Existing::fail;
         c_journal reports(chosen);
-        host::directory_tree tree(folder, true);
+        host::directory_tree tree(c_interface::needed(folder && *folder ? folder : nullptr, "folder"), true);
         tree.keeps_unfinished = (chosen.flags & HARBOR6_KEEP_PARTIAL) != 0;
         tree.syncs = (chosen.flags & HARBOR6_SYNC) != 0;
         host::expansion_state state(tree, archive->reader->plain_format(), reports);

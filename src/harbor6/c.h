@@ -14,8 +14,10 @@
  * have the numbers 0 to harbor6_count() - 1. There is no global state but the code page. Threads may share
  * the formats once they are loaded; an archive and its streams belong to one thread at a time. No function
  * raises anything through its caller, and callbacks must not either: they return nonzero to end what is
- * running. All texts are UTF-8, end with a zero, and belong to the library: they are valid until the next
- * call with the same object, those of entries until the archive is closed. */
+ * running, and use no function on an archive that is being read but those that tell about its entries: all
+ * others return HARBOR6_FAILED. No pointer may be NULL unless that is allowed. All texts are UTF-8, end with
+ * a zero, and belong to the library: they are valid until the next call with the same object, those of
+ * entries until the archive is closed. */
 #ifndef HARBOR6_C_H
 #define HARBOR6_C_H
 
@@ -189,8 +191,8 @@ HARBOR6_C_API uint64_t harbor6_stream_seek(harbor6_stream* stream, uint64_t offs
 HARBOR6_C_API void harbor6_stream_close(harbor6_stream* stream);
 
 /** Begins to read the entry `first` and then those of higher numbers, in one pass on a thread of its own,
- * which is at most about 1 MiB ahead of the caller. Until the pass is closed, nothing else may be done with
- * the archive but to ask about its entries. */
+ * which is at most about 1 MiB ahead of the caller. Until the pass is closed, other functions that read the
+ * archive return HARBOR6_FAILED. */
 HARBOR6_C_API harbor6_status harbor6_pass_open(harbor6_archive* archive, size_t first, harbor6_pass** pass);
 /** Goes to the next entry, the first time to `first`, passing over what was not read of the present one.
  * Entries come in the order of their data; those whose data begin before the end of the one in front are left

@@ -26,6 +26,7 @@ struct harbor6_archive {
     std::map<std::string, std::size_t> by_path; ///< made by the first lookup
     harbor6_status code = HARBOR6_OK;
     std::string error;
+    bool busy = false; ///< it is being read: by a call that has not returned, or by a pass that is open
 };
 
 namespace c_interface {
@@ -43,20 +44,38 @@ harbor6_status keep_in_flight(harbor6_archive& archive) noexcept;
 /// What the caller supplies, as a stream.
 std::unique_ptr<stream::input> supplied(const harbor6_source& source);
 
-/// Runs `act`, and keeps how it ended.
+/// Runs `act`, and keeps how it ended. The archive is open.
+template<class Act>
+harbor6_status run(harbor6_archive& archive, Act act) noexcept {
+    try {
+        keep(archive, HARBOR6_OK, {});
+        act();
+        return archive.code;
+    } catch (...) {
+        return keep_in_flight(archive);
+    }
+}
+
+/// The same for a call from outside, which is refused while the archive is busy.
 template<class Act>
 harbor6_status guarded(harbor6_archive* archive, Act act) noexcept {
     if (!archive)
         return HARBOR6_NO_MEMORY;
-    try {
-        if (!archive->reader)
-            return archive->code;
-        keep(*archive, HARBOR6_OK, {});
-        act();
+    if (archive->busy)
+        return HARBOR6_FAILED; // the status is that of what goes on
+    if (!archive->reader)
         return archive->code;
-    } catch (...) {
-        return keep_in_flight(*archive);
-    }
+    archive->busy = true;
+    const auto code = run(*archive, act);
+    archive->busy = false;
+    return code;
+}
+
+/// Raises un::exception if a text that is needed isn't given.
+inline const char* needed(const char* text, const char* what) {
+    if (!text)
+        throw un::exception(std::string("no ") + what + " is given", "harbor6/c.h");
+    return text;
 }
 
 } // namespace c_interface

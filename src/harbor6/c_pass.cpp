@@ -37,7 +37,7 @@ struct harbor6_pass : host::entry_receiver, basic::runnable {
     harbor6_pass(harbor6_archive* source, std::size_t first_entry) : archive(source), first(first_entry) {}
 
     void run() override {
-        c_interface::guarded(archive, [&] { archive->reader->read(*this); });
+        c_interface::run(*archive, [&] { archive->reader->read(*this); });
         const std::lock_guard lock(mutex);
         finished = true;
         changed.notify_all();
@@ -171,16 +171,23 @@ struct harbor6_pass : host::entry_receiver, basic::runnable {
 harbor6_status harbor6_pass_open(harbor6_archive* archive, size_t first, harbor6_pass** pass) {
     *pass = nullptr;
     std::unique_ptr<harbor6_pass> made;
-    const auto code =
-        c_interface::guarded(archive, [&] { made = std::make_unique<harbor6_pass>(archive, first); });
+    const auto code = c_interface::guarded(archive, [&] {
+        if (first > harbor6_count(archive)) {
+            c_interface::keep(*archive, HARBOR6_NO_ENTRY, "no entry of that number");
+            return;
+        }
+        made = std::make_unique<harbor6_pass>(archive, first);
+    });
     if (!made)
         return code;
+    archive->busy = true; // from here on its status is the worker's
     try {
         made->worker.start(made.get());
     } catch (...) {
+        archive->busy = false;
         return c_interface::keep_in_flight(*archive);
     }
-    *pass = made.release(); // from here on the archive's status is the worker's
+    *pass = made.release();
     return HARBOR6_OK;
 }
 
@@ -235,6 +242,7 @@ harbor6_status harbor6_pass_close(harbor6_pass* pass) {
     }
     pass->worker.join();
     auto* const archive = pass->archive;
+    archive->busy = false;
     delete pass;
     return harbor6_error_code(archive);
 }

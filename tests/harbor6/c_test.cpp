@@ -7,6 +7,7 @@
 #include "support/cabinet_writer.h"
 #include "support/temporary_folder.h"
 
+#include <array>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
@@ -423,14 +424,64 @@ TEST_F(CInterface, ExpandsSafelyAndReportsEachFile) {
     EXPECT_EQ(support::read_file(place / "c"), "3");
 }
 
+TEST_F(CInterface, RefusesWhatItCanNotDo) {
+    const auto archive = open(cabinet().file("a", "1").file("b", "2").bytes());
+    auto* const a = archive.get();
+    EXPECT_EQ(harbor6_text(a, 0, nullptr), nullptr);
+    int64_t number = 0;
+    EXPECT_EQ(harbor6_number(a, 0, nullptr, &number), 0);
+    size_t entry = 0;
+    EXPECT_EQ(harbor6_lookup(a, nullptr, &entry), HARBOR6_FAILED);
+    EXPECT_STREQ(harbor6_error(a), "no path is given");
+    EXPECT_EQ(harbor6_expand(a, "", nullptr), HARBOR6_FAILED);
+    EXPECT_STREQ(harbor6_error(a), "no folder is given");
+
+    // While a pass is open, or from a callback, the archive is not read once more.
+    harbor6_pass *pass = nullptr, *second = nullptr;
+    harbor6_stream* stream = nullptr;
+    EXPECT_EQ(harbor6_pass_open(a, 3, &pass), HARBOR6_NO_ENTRY);
+    ASSERT_EQ(harbor6_pass_open(a, 0, &pass), HARBOR6_OK);
+    EXPECT_EQ(harbor6_pass_open(a, 0, &second), HARBOR6_FAILED);
+    EXPECT_EQ(harbor6_open_entry(a, 0, 9, &stream), HARBOR6_FAILED);
+    harbor6_pass_close(pass);
+    harbor6_receiver receiver = {};
+    receiver.context = a;
+    receiver.bytes = [](void* context, size_t, const void*, size_t) {
+        harbor6_stream* none = nullptr;
+        return harbor6_open_entry(static_cast<harbor6_archive*>(context), 0, 9, &none) == HARBOR6_FAILED ? 0
+                                                                                                         : 1;
+    };
+    EXPECT_EQ(harbor6_read(a, &receiver), HARBOR6_OK);
+    EXPECT_EQ(read_entry(a, 1), "2");
+
+    harbor6_source source = {};
+    source.size = 100;
+    source.read = [](void*, uint64_t, void*, size_t length, size_t* came) {
+        *came = length + 1;
+        return 0;
+    };
+    harbor6_archive* made = nullptr;
+    EXPECT_EQ(harbor6_open_source(formats.get(), &source, &made), HARBOR6_FAILED);
+    EXPECT_STREQ(harbor6_error(made), "the source states more bytes than were wanted");
+    harbor6_close(made);
+    const std::unique_ptr<harbor6_formats, closer> none(harbor6_formats_new());
+    EXPECT_EQ(harbor6_open_path(none.get(), HARBOR_TEST_DATA "/mszip.cab", &made), HARBOR6_FAILED);
+    EXPECT_STREQ(harbor6_error(made), "no formats are loaded");
+    harbor6_close(made);
+}
+
 TEST_F(CInterface, ServesSeveralThreads) {
     const auto bytes = support::read_file(HARBOR_TEST_DATA "/mszip.cab");
-    const auto expected = read_all(open(bytes).get());
+    // The threads come first: what all archives share is made by the first use.
+    std::array<decltype(read_all(open(bytes).get())), 4> found;
     std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] { EXPECT_TRUE(read_all(open(bytes).get()) == expected); });
+    for (auto& each : found)
+        threads.emplace_back([&] { each = read_all(open(bytes).get()); });
     for (auto& thread : threads)
         thread.join();
+    const auto expected = read_all(open(bytes).get());
+    for (const auto& each : found)
+        EXPECT_TRUE(each == expected);
 }
 
 } // namespace
