@@ -22,6 +22,12 @@ string(REGEX REPLACE "/$" "" up_to_prefix ${up_to_prefix})
 configure_file(${PROJECT_SOURCE_DIR}/cmake/harbor6.pc.in ${PROJECT_BINARY_DIR}/harbor6.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/harbor6.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 
+set(guides ${CMAKE_INSTALL_DATADIR}/doc/libharbor6-dev)
+install(FILES ${PROJECT_SOURCE_DIR}/docs/model.md ${PROJECT_SOURCE_DIR}/docs/writing-a-host.md
+              ${PROJECT_SOURCE_DIR}/docs/writing-a-format.md DESTINATION ${guides} COMPONENT dev)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/ DESTINATION ${guides}/examples COMPONENT dev
+        PATTERN cluster EXCLUDE)
+
 if(HARBOR_PROGRAM)
     # In /usr the loader finds the library by itself.
     if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
