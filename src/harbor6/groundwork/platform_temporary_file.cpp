@@ -16,8 +16,10 @@ constexpr int owner_only = 0600;
 
 /// For file systems that don't create nameless files: the name exists for a moment. -1 with errno on failure.
 int create_and_unlink(const std::string& folder) {
-    static std::atomic<unsigned> next{0};
-    const auto prefix = folder + "/.harbor-" + std::to_string(getpid()) + "-tmp";
+    // Names like those of files that aren't complete (posix/temporary_files.h), so that one that a kill
+    // leaves is removed, but not the same numbers.
+    static std::atomic<unsigned> next{3'000'000'000};
+    const auto prefix = folder + "/.harbor-" + std::to_string(getpid()) + "-";
     for (;;) {
         const auto path = prefix + std::to_string(next++);
         const int opened = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, owner_only);

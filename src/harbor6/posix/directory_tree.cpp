@@ -337,6 +337,12 @@ void directory_tree::rename(const std::string& from, const std::string& to, bool
                 : !rename_without_replacing(from_folder, old_name.c_str(), to_folder, new_name.c_str()))
         throw_system_error("rename", from, errno);
     forget(from);
+    // A folder takes along what was written to those in it.
+    const std::set<std::string> written_to(to_be_synced.lower_bound(from),
+                                           to_be_synced.lower_bound(from + '0'));
+    for (const auto& path : written_to)
+        if (path == from || path.starts_with(from + '/'))
+            to_be_synced.insert(to + path.substr(from.size()));
 }
 
 void directory_tree::remove_file(const std::string& folder, const std::string& name) {
