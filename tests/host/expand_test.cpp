@@ -390,6 +390,12 @@ TEST_F(Expand, ExpandsArchivesInsideArchives) {
     EXPECT_EQ(tree(place / "1"), "deep ");
     std::filesystem::remove(place / ".__&&temp_folder&&__");
 
+    // A process that was killed at that moment has left its folder.
+    std::filesystem::create_directories(place / "killed/.__&&temp_folder&&__");
+    write_file(place / "killed/.__&&temp_folder&&__/left", "");
+    EXPECT_EQ(run("expand -q --nested one.cab -C killed"), fine());
+    EXPECT_EQ(tree(place / "killed"), "1 (2)/ 1 (2)/left deep ");
+
     // Existing files block both the content of an archive and the archive itself.
     std::filesystem::create_directory(place / "u");
     write_file(place / "u/1", "");

@@ -3,6 +3,7 @@
 #include "harbor6/groundwork/text.h"
 #include "harbor6/hosts/disk_file.h"
 #include "harbor6/hosts/owning_iterator.h"
+#include "harbor6/model/wrapper_name.h"
 #include "harbor6/posix/system_error.h"
 #include "harbor6/posix/temporary_files.h"
 
@@ -13,6 +14,17 @@ namespace {
 /// Why the folder `path` can't be used.
 std::string unusable(const std::string& path, const std::string& reason) {
     return "cannot use folder " + nio::printable(path) + ": " + reason;
+}
+
+/// Gives a folder with the temporary path `left`, which a killed process left, a free name like `name`.
+void put_aside(directory_tree& target, const std::string& left, const std::string& name) {
+    const auto parent = nio::stem(left, '/');
+    if (target.look_up(parent, harbor6::wrapper_name) != entry_kind::folder)
+        return;
+    unsigned number = 2;
+    while (target.look_up(parent, numbered_name(name, number)) != entry_kind::none)
+        ++number;
+    target.rename(left, join_path(parent, numbered_name(name, number)), false);
 }
 
 } // namespace
@@ -170,6 +182,8 @@ bool DiskFolder::setItemName(const std::string& value) {
         if (path().empty() || !obstacle.empty() || !name_fault(value).empty())
             return false;
         const auto moved = join_path(nio::stem(path(), '/'), value);
+        if (value == harbor6::wrapper_name)
+            put_aside(expansion.target, moved, itemName());
         const uninterrupted_step one_step;
         expansion.target.rename(path(), moved, false);
         if (path() == expansion.renamed->path())

@@ -3,6 +3,7 @@
 #include "harbor6/model/file.h"
 #include "harbor6/model/folder.h"
 #include "harbor6/model/format.h"
+#include "harbor6/model/wrapper_name.h"
 #include "harbor6/shell/client_interface.h"
 #include "harbor6/shell/harbor_shell.h"
 
@@ -13,8 +14,6 @@ namespace harbor6 {
 using pattern::AcquiredPtr;
 
 namespace {
-
-constexpr char wrapper_name[] = ".__&&temp_folder&&__";
 
 /// Tells an archive that isn't stored in a file what it receives next: the source, its only item, or null.
 void announce(Archive& archive, const Container& source) {
