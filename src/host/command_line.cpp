@@ -359,7 +359,7 @@ std::string complaint_of(const CLI::App& program, const CLI::Error& error,
     return text;
 }
 
-/// The arguments as CLI11 takes them, and what stands behind "--".
+/// The arguments as CLI11 takes them, and those after "--".
 struct divided_arguments {
     std::vector<std::string> front; ///< in reverse order
     std::vector<std::string> patterns;

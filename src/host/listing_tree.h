@@ -12,7 +12,7 @@ class console;
 /// The files of an archive by folders, for print(): names are sorted, and each folder is printed once.
 class listing_tree {
 public:
-    /// Adds the file `path`; `note`, which must be printable, stands behind its name.
+    /// Adds the file `path`; `note`, which must be printable, follows its name.
     void add(const std::string& path, const std::string& note);
     /// Prints the tree below a line with `title`, which must be printable, and the number of files.
     void print(console& out, const std::string& title) const;
