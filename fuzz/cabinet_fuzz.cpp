@@ -5,6 +5,7 @@
 //   - with `wanted_only`, gives complete files the same bytes.
 
 #include "cabinet_mutator.h"
+#include "harbor6/groundwork/text.h"
 #include "support/cabinet_host.h"
 
 #include <cstdio>
@@ -78,7 +79,8 @@ public:
     }
 
     bool sourceArchiveDamaged(harbor6::Archive&, const std::exception_ptr& failure) override {
-        damage += support::refusal_of([&] { std::rethrow_exception(failure); }) + "\n";
+        // Its class says whether it ended a file, which depends on the files that are wanted.
+        damage += nio::failure_text(failure) + "\n";
         return true;
     }
 
