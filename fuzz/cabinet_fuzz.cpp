@@ -1,7 +1,8 @@
 // Whole passes over any bytes as a cabinet, into memory. Whatever the bytes hold, a pass ends with a result
 // or an exception of the project's tree, and
 //   - gives the same when fresh memory is filled with another byte;
-//   - gives each wanted file the same bytes and the same failure, whichever other files are wanted;
+//   - gives each wanted file the same bytes, and tells of damage in the same words, whichever other files are
+//     wanted;
 //   - with `wanted_only`, gives complete files the same bytes.
 
 #include "cabinet_mutator.h"
